@@ -1,0 +1,12 @@
+#include "common/CompilationRow.h"
+
+#include "common/GeneralAPI.h"
+
+namespace zib {
+
+QString CompilationRow::path() const
+{
+    return GeneralAPI::JoinPath(location, fileName);
+}
+
+} // namespace zib

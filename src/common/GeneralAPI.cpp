@@ -1,0 +1,209 @@
+#include "common/GeneralAPI.h"
+
+#include "common/GenralMacro.h"
+#include "common/Messages.h"
+#include "common/Platform.h"
+#include "common/Texts.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+#include <initializer_list>
+
+using zib::platform;
+
+namespace GeneralAPI {
+
+namespace {
+
+constexpr int kIniBufferBytes = 2048;
+const QString kBrowseTitle = QStringLiteral("Please choose a folder to save the output files");
+
+/// The separator that a path's own style uses.
+QChar separatorOf(const QString& path)
+{
+    const bool drive = path.size() > 1 && path[1] == u':' && path[0].isLetter() && path[0].unicode() < 128;
+    const bool backslashes = path.contains(u'\\') && !path.contains(u'/');
+    return drive || backslashes ? u'\\' : u'/';
+}
+
+QString cleaned(QString text)
+{
+    return text.remove(QChar::Null).trimmed();
+}
+
+QString iniPath(const QString& file)
+{
+    static QString defaultPath;
+    if (!file.isEmpty())
+        return file;
+    if (defaultPath.isEmpty()) {
+        const QString base = QFileInfo(QCoreApplication::applicationFilePath()).completeBaseName();
+        defaultPath = JoinPath(zib::applicationFolder(), base + QStringLiteral(".ini"));
+    }
+    return defaultPath;
+}
+
+/// Makes one folder if it is missing. @returns whether it is there now.
+bool ensureFolder(const QString& folder)
+{
+    return QFileInfo(folder).isDir() || QDir().mkdir(folder) || QFileInfo(folder).isDir();
+}
+
+struct ListEntry
+{
+    const char* text;
+    int number;
+};
+
+void fillList(QComboBox* combo, std::initializer_list<ListEntry> entries, int index)
+{
+    combo->clear();
+    for (const ListEntry& entry : entries)
+        combo->addItem(QString::fromLatin1(entry.text), entry.number);
+    combo->setCurrentIndex(index);
+}
+
+} // namespace
+
+QString ReadIniString(const QString& section, const QString& key, const QString& fallback,
+                      const QString& file)
+{
+    if (!platform().ini)
+        return cleaned(fallback);
+    const QByteArray value = platform().ini->GetPrivateProfileStringA(
+        section.toUtf8(), key.toUtf8(), fallback.toUtf8(), kIniBufferBytes, iniPath(file));
+    return cleaned(QString::fromUtf8(value));
+}
+
+bool WriteIniString(const QString& section, const QString& key, const QString& value, const QString& file)
+{
+    if (!platform().ini)
+        return false;
+    const QByteArray text = cleaned(value).toUtf8();
+    std::optional<QByteArray> keyArgument;
+    std::optional<QByteArray> valueArgument;
+    if (!key.isEmpty())
+        keyArgument = key.toUtf8();
+    if (!key.isEmpty() && !text.isEmpty())
+        valueArgument = text;
+    return platform().ini->WritePrivateProfileStringA(section.toUtf8(), keyArgument, valueArgument,
+                                                      iniPath(file));
+}
+
+QString JoinPath(const QString& folder, const QString& name)
+{
+    if (folder.trimmed().isEmpty())
+        return name;
+    const QChar separator = separatorOf(folder);
+    return folder.endsWith(separator) ? folder + name : folder + separator + name;
+}
+
+QString GetFolderOfPath(const QString& path)
+{
+    return path.left(path.lastIndexOf(separatorOf(path)) + 1);
+}
+
+QString GetFileNameOfPath(const QString& path)
+{
+    return path.mid(path.lastIndexOf(separatorOf(path)) + 1);
+}
+
+void MakeFolderPath(const QString& path)
+{
+    const QChar separator = separatorOf(path);
+    QString made = separator == u'/' && path.startsWith(u'/') ? QStringLiteral("/") : QString();
+    for (const QString& part : path.split(separator)) {
+        if (part.trimmed().isEmpty())
+            continue;
+        made += part.trimmed() + separator;
+        if (!ensureFolder(made)) {
+            if (platform().messages)
+                platform().messages->critical(nullptr, QStringLiteral("Create directory error: ") + path,
+                                              QStringLiteral("Error"));
+            return;
+        }
+    }
+}
+
+QString BrowseForFolder(QWidget* owner)
+{
+    return platform().folders ? platform().folders->SHBrowseForFolderA(owner, kBrowseTitle) : QString();
+}
+
+QString FormatDuration(qint32 milliseconds)
+{
+    const auto two = [](qint32 n) { return QStringLiteral("%1").arg(n, 2, 10, QLatin1Char('0')); };
+    return two(milliseconds / 60000) + u':' + two(milliseconds % 60000 / 1000) + u':'
+        + two(milliseconds % 1000 / 10);
+}
+
+void OpenHelpFile()
+{
+    if (platform().shell)
+        platform().shell->ShellExecuteA(QStringLiteral("open"),
+                                        JoinPath(zib::applicationFolder(), QStringLiteral("zibburn.chm")));
+}
+
+void OpenHomePage()
+{
+    if (platform().shell)
+        platform().shell->ShellExecuteA(QStringLiteral("open"), QStringLiteral("IExplore.exe"),
+                                        zib::kHomePage);
+}
+
+void ExploreFolder(const QString& folder)
+{
+    if (platform().shell)
+        platform().shell->ShellExecuteA(QStringLiteral("explore"), folder);
+}
+
+std::optional<int> GetComboItemData(const QComboBox* combo)
+{
+    if (combo->currentIndex() < 0)
+        return std::nullopt;
+    return combo->currentData().toInt();
+}
+
+void SelectComboItemData(QComboBox* combo, int number)
+{
+    const int index = combo->findData(number);
+    if (index >= 0)
+        combo->setCurrentIndex(index);
+}
+
+void SetCheckValue(QCheckBox* box, bool on)
+{
+    box->setCheckState(on ? Qt::Checked : Qt::Unchecked);
+}
+
+bool IsChecked(const QCheckBox* box)
+{
+    return box->checkState() == Qt::Checked;
+}
+
+void FillFrequencyList(QComboBox* combo, int index)
+{
+    fillList(combo,
+             {{"96,000 Hz", 96000}, {"88,200 Hz", 88200}, {"48,000 Hz", 48000}, {"44,100 Hz", 44100},
+              {"32,000 Hz", 32000}, {"24,000 Hz", 24000}, {"22,050 Hz", 22050}, {"16,000 Hz", 16000},
+              {"12,000 Hz", 12000}, {"11,025 Hz", 11025}, {"8,000 Hz", 8000}, {"6,000 Hz", 6000}},
+             index);
+}
+
+void FillChannelsList(QComboBox* combo, int index)
+{
+    fillList(combo, {{"Mono", 1}, {"Stereo", 2}}, index);
+}
+
+void FillBitsList(QComboBox* combo, int index)
+{
+    fillList(combo,
+             {{"2 Bits", 2}, {"3 Bits", 3}, {"4 Bits", 4}, {"5 Bits", 5}, {"8 Bits", 8}, {"16 Bits", 16}},
+             index);
+}
+
+} // namespace GeneralAPI

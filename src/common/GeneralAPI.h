@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+class QCheckBox;
+class QComboBox;
+class QWidget;
+
+/// Small stateless procedures that every window uses. A path that starts with a drive letter, or holds "\" and
+/// no "/", is in the backslash style; every other path is native and "/" takes the part of "\".
+namespace GeneralAPI {
+
+/// @returns the value with NULs and outer blanks removed, or @p fallback when it is missing. At most 2047 bytes.
+/// An empty @p file means the program's own default INI file.
+QString ReadIniString(const QString& section, const QString& key, const QString& fallback,
+                      const QString& file = {});
+/// Writes the trimmed value; an empty one deletes the key, an empty key deletes the section.
+/// @returns whether the file holds the change.
+bool WriteIniString(const QString& section, const QString& key, const QString& value,
+                    const QString& file = {});
+
+/// @returns folder and name with exactly one separator between; a blank folder gives the name alone.
+QString JoinPath(const QString& folder, const QString& name);
+/// @returns the part up to and including the last separator, or nothing.
+QString GetFolderOfPath(const QString& path);
+/// @returns the part behind the last separator.
+QString GetFileNameOfPath(const QString& path);
+/// Creates a folder with every missing parent; a failure is told in a box and ends it.
+void MakeFolderPath(const QString& path);
+/// @returns the folder the user chose, or an empty text.
+QString BrowseForFolder(QWidget* owner);
+/// @returns "mm:ss:hh" from milliseconds, truncated; minutes grow beyond two digits.
+QString FormatDuration(qint32 milliseconds);
+
+void OpenHelpFile();
+void OpenHomePage();
+void ExploreFolder(const QString& folder);
+
+/// @returns the number stored with the selected entry, or nothing when none is selected.
+std::optional<int> GetComboItemData(const QComboBox* combo);
+/// Selects the first entry that stores @p number; without one the selection stays.
+void SelectComboItemData(QComboBox* combo, int number);
+void SetCheckValue(QCheckBox* box, bool on);
+/// True exactly when the box is checked; a greyed box reads false.
+bool IsChecked(const QCheckBox* box);
+
+/// Fill the format lists: entries with their numbers as item data, then the entry at @p index is selected.
+void FillFrequencyList(QComboBox* combo, int index);
+void FillChannelsList(QComboBox* combo, int index);
+void FillBitsList(QComboBox* combo, int index);
+
+} // namespace GeneralAPI

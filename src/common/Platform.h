@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+class QWidget;
+
+namespace zib {
+
+class Messages;
+
+/// INI files with the documented behaviour of the calls named here. Texts are UTF-8.
+class IniService
+{
+public:
+    virtual ~IniService() = default;
+    /// Reads a value into at most @p size bytes, terminating NUL included, never cutting a character in two.
+    /// @returns the value read, or @p fallback when file, section or key is missing.
+    virtual QByteArray GetPrivateProfileStringA(const QByteArray& section, const QByteArray& key,
+                                                const QByteArray& fallback, int size,
+                                                const QString& file) = 0;
+    /// Sets a key; no value deletes the key, no key deletes the section. The file is replaced whole or not at all.
+    /// @returns whether the file now holds the change.
+    virtual bool WritePrivateProfileStringA(const QByteArray& section, const std::optional<QByteArray>& key,
+                                            const std::optional<QByteArray>& value, const QString& file) = 0;
+};
+
+/// Hands things to the desktop. Calls return at once; failures are the desktop's own affair.
+class Shell
+{
+public:
+    virtual ~Shell() = default;
+    /// @param verb "open" or "explore".  @returns whether something was started; callers may ignore it.
+    virtual bool ShellExecuteA(const QString& verb, const QString& file, const QString& parameters = {},
+                               const QString& folder = {}) = 0;
+};
+
+/// The folder picker.
+class FolderPicker
+{
+public:
+    virtual ~FolderPicker() = default;
+    /// @returns the chosen folder, or an empty text when the user cancelled.
+    virtual QString SHBrowseForFolderA(QWidget* owner, const QString& title) = 0;
+};
+
+/// A read-only registry under HKEY_LOCAL_MACHINE.
+class Registry
+{
+public:
+    virtual ~Registry() = default;
+    /// @returns the text value, or nothing when key or value is missing.
+    virtual std::optional<QString> value(const QString& key, const QString& name) const = 0;
+};
+
+/// The platform services that the common utilities call; main hands over the real ones, tests scripted ones.
+struct Platform
+{
+    IniService* ini = nullptr;
+    Shell* shell = nullptr;
+    FolderPicker* folders = nullptr;
+    Registry* registry = nullptr;
+    Messages* messages = nullptr;
+};
+
+/// The services in use. A missing one does nothing and finds nothing.
+const Platform& platform();
+void setPlatform(const Platform& services);
+
+} // namespace zib

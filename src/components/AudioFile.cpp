@@ -1,0 +1,3 @@
+#include "components/AudioFile.h"
+
+AudioFile::~AudioFile() = default;

@@ -1,0 +1,3 @@
+#include "components/AudioInformation.h"
+
+AudioInformation::~AudioInformation() = default;

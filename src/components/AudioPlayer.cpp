@@ -1,0 +1,3 @@
+#include "components/AudioPlayer.h"
+
+AudioPlayer::~AudioPlayer() = default;

@@ -1,0 +1,3 @@
+#include "components/CDRipperX.h"
+
+CDRipperX::~CDRipperX() = default;

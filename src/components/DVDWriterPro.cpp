@@ -1,0 +1,3 @@
+#include "components/DVDWriterPro.h"
+
+DVDWriterPro::~DVDWriterPro() = default;

@@ -1,0 +1,3 @@
+#include "components/Printer.h"
+
+Printer::~Printer() = default;
