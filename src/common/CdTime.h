@@ -13,7 +13,7 @@ inline constexpr int kSamplesPerFrame = 588; ///< Sample pairs, left and right.
 inline constexpr int kCdSampleRate = 44100;
 inline constexpr int kCdChannels = 2;
 inline constexpr int kCdBits = 16;
-inline constexpr int kPregapFrames = 150;       ///< Two seconds before every track.
+inline constexpr int kPregapFrames = 150;        ///< Two seconds before every track.
 inline constexpr int kShortestTrackFrames = 300; ///< Four seconds, the shortest track a disc may hold.
 inline constexpr int kMostTracks = 99;
 

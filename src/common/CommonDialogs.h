@@ -13,7 +13,8 @@ namespace zib {
 /// What a common file dialog is asked for, and the flags of its kind.
 struct FileDialogRequest
 {
-    enum Flag : quint32 {
+    enum Flag : quint32
+    {
         AllowMultiselect = 0x200,
         PathMustExist = 0x800,
         FileMustExist = 0x1000,
@@ -22,10 +23,10 @@ struct FileDialogRequest
     };
 
     QString title;
-    QString filter;           ///< "Text|*.a;*.b|Text|*.c"; patterns match capitals too.
-    quint32 flags = 0;        ///< Flag values, joined.
-    QString initialFolder{};  ///< Empty: wherever the last dialog was.
-    int maxFileSize = 260;    ///< Longest answer in characters; a longer one is a failure.
+    QString filter;          ///< "Text|*.a;*.b|Text|*.c"; patterns match capitals too.
+    quint32 flags = 0;       ///< Flag values, joined.
+    QString initialFolder{}; ///< Empty: wherever the last dialog was.
+    int maxFileSize = 260;   ///< Longest answer in characters; a longer one is a failure.
 };
 
 /// The error number that a cancelled common dialog raises.
@@ -36,7 +37,8 @@ class CommonDialogs
 {
 public:
     virtual ~CommonDialogs() = default;
-    /// @returns one full path; or, with several files chosen, their folder and then their names, parted by NUL.
+    /// @returns one full path; or, with several files chosen, their folder and then their names, parted by
+    /// NUL.
     virtual Outcome<QString> openFile(QWidget* owner, const FileDialogRequest& request) = 0;
     /// @returns the name as typed: no extension is added and no overwrite question asked.
     virtual Outcome<QString> saveFile(QWidget* owner, const FileDialogRequest& request) = 0;

@@ -137,8 +137,8 @@ QString BrowseForFolder(QWidget* owner)
 QString FormatDuration(qint32 milliseconds)
 {
     const auto two = [](qint32 n) { return QStringLiteral("%1").arg(n, 2, 10, QLatin1Char('0')); };
-    return two(milliseconds / 60000) + u':' + two(milliseconds % 60000 / 1000) + u':'
-        + two(milliseconds % 1000 / 10);
+    return two(milliseconds / 60000) + u':' + two(milliseconds % 60000 / 1000) + u':' +
+           two(milliseconds % 1000 / 10);
 }
 
 void OpenHelpFile()
@@ -188,9 +188,18 @@ bool IsChecked(const QCheckBox* box)
 void FillFrequencyList(QComboBox* combo, int index)
 {
     fillList(combo,
-             {{"96,000 Hz", 96000}, {"88,200 Hz", 88200}, {"48,000 Hz", 48000}, {"44,100 Hz", 44100},
-              {"32,000 Hz", 32000}, {"24,000 Hz", 24000}, {"22,050 Hz", 22050}, {"16,000 Hz", 16000},
-              {"12,000 Hz", 12000}, {"11,025 Hz", 11025}, {"8,000 Hz", 8000}, {"6,000 Hz", 6000}},
+             {{"96,000 Hz", 96000},
+              {"88,200 Hz", 88200},
+              {"48,000 Hz", 48000},
+              {"44,100 Hz", 44100},
+              {"32,000 Hz", 32000},
+              {"24,000 Hz", 24000},
+              {"22,050 Hz", 22050},
+              {"16,000 Hz", 16000},
+              {"12,000 Hz", 12000},
+              {"11,025 Hz", 11025},
+              {"8,000 Hz", 8000},
+              {"6,000 Hz", 6000}},
              index);
 }
 

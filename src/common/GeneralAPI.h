@@ -8,12 +8,12 @@ class QCheckBox;
 class QComboBox;
 class QWidget;
 
-/// Small stateless procedures that every window uses. A path that starts with a drive letter, or holds "\" and
-/// no "/", is in the backslash style; every other path is native and "/" takes the part of "\".
+/// Small stateless procedures that every window uses. A path that starts with a drive letter, or holds "\"
+/// and no "/", is in the backslash style; every other path is native and "/" takes the part of "\".
 namespace GeneralAPI {
 
-/// @returns the value with NULs and outer blanks removed, or @p fallback when it is missing. At most 2047 bytes.
-/// An empty @p file means the program's own default INI file.
+/// @returns the value with NULs and outer blanks removed, or @p fallback when it is missing. At most 2047
+/// bytes. An empty @p file means the program's own default INI file.
 QString ReadIniString(const QString& section, const QString& key, const QString& fallback,
                       const QString& file = {});
 /// Writes the trimmed value; an empty one deletes the key, an empty key deletes the section.

@@ -35,10 +35,10 @@ struct OptionsData
     bool operator==(const OptionsData&) const = default;
 };
 
-extern const OptionsData& gOptions;     ///< Written by OptionsFunc through zib::setOptions.
-extern const QString& gSettingsFile;    ///< Full path of settings.ini; written by the main window at load.
-extern const double& TotalMinutes;      ///< Running time of the compilation; written by RefreshTotals.
-extern const QString& CurrentFile;      ///< The file the players play; written by frmMain and the players.
+extern const OptionsData& gOptions;  ///< Written by OptionsFunc through zib::setOptions.
+extern const QString& gSettingsFile; ///< Full path of settings.ini; written by the main window at load.
+extern const double& TotalMinutes;   ///< Running time of the compilation; written by RefreshTotals.
+extern const QString& CurrentFile;   ///< The file the players play; written by frmMain and the players.
 
 namespace zib {
 

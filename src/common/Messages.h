@@ -11,14 +11,18 @@ namespace zib {
 class Messages
 {
 public:
-    enum class Answer { Yes, No, Cancel };
+    enum class Answer
+    {
+        Yes,
+        No,
+        Cancel
+    };
 
     virtual ~Messages() = default;
     /// Refusals and guidance: information icon, OK.
     virtual void information(QWidget* owner, const QString& text) = 0;
     /// Failures: critical icon, OK.
-    virtual void critical(QWidget* owner, const QString& text,
-                          const QString& title = kApplicationTitle) = 0;
+    virtual void critical(QWidget* owner, const QString& text, const QString& title = kApplicationTitle) = 0;
     /// A box without an icon, OK.
     virtual void plain(QWidget* owner, const QString& text) = 0;
     /// A question with Yes, No and Cancel; closing the box means Cancel.

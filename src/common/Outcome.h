@@ -11,20 +11,21 @@ namespace zib {
 /// Why something could not be done. The kind decides what happens next; the detail only names the thing.
 struct Failure
 {
-    enum class Kind {
-        Cancelled,       ///< The user asked to stop; never reported as an error.
-        NotFound,        ///< A file, folder, drive or printer that is not there.
-        NoPermission,    ///< It exists but the account may not use it.
-        Busy,            ///< Another program holds it.
-        NoMedium,        ///< The drive is empty.
-        WrongMedium,     ///< The disc cannot be used for this.
-        MediumTooSmall,  ///< The tracks do not fit.
-        UnreadableFile,  ///< The file cannot be read or is not what it claims to be.
-        WriteFailed,     ///< Nothing more can be written: full disk, lost device.
-        DeviceGone,      ///< The device went away in the middle.
-        DeviceError,     ///< The device reported an error of its own.
-        BadValue,        ///< A text or number that does not fit its field.
-        Unsupported,     ///< The request is understood but cannot be served.
+    enum class Kind
+    {
+        Cancelled,      ///< The user asked to stop; never reported as an error.
+        NotFound,       ///< A file, folder, drive or printer that is not there.
+        NoPermission,   ///< It exists but the account may not use it.
+        Busy,           ///< Another program holds it.
+        NoMedium,       ///< The drive is empty.
+        WrongMedium,    ///< The disc cannot be used for this.
+        MediumTooSmall, ///< The tracks do not fit.
+        UnreadableFile, ///< The file cannot be read or is not what it claims to be.
+        WriteFailed,    ///< Nothing more can be written: full disk, lost device.
+        DeviceGone,     ///< The device went away in the middle.
+        DeviceError,    ///< The device reported an error of its own.
+        BadValue,       ///< A text or number that does not fit its field.
+        Unsupported,    ///< The request is understood but cannot be served.
     };
 
     Kind kind;

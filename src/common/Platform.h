@@ -21,7 +21,8 @@ public:
     virtual QByteArray GetPrivateProfileStringA(const QByteArray& section, const QByteArray& key,
                                                 const QByteArray& fallback, int size,
                                                 const QString& file) = 0;
-    /// Sets a key; no value deletes the key, no key deletes the section. The file is replaced whole or not at all.
+    /// Sets a key; no value deletes the key, no key deletes the section. The file is replaced whole or not at
+    /// all.
     /// @returns whether the file now holds the change.
     virtual bool WritePrivateProfileStringA(const QByteArray& section, const std::optional<QByteArray>& key,
                                             const std::optional<QByteArray>& value, const QString& file) = 0;

@@ -9,8 +9,8 @@ namespace zib {
 
 /// A run of interleaved samples on its way from a reader to a writer or a player.
 ///
-/// It carries 16-bit samples when the source has no more to give, otherwise floating samples (full scale 1.0),
-/// so that a change of rate or width rounds only once, in the writer.
+/// It carries 16-bit samples when the source has no more to give, otherwise floating samples (full
+/// scale 1.0), so that a change of rate or width rounds only once, in the writer.
 class AudioBlock
 {
 public:

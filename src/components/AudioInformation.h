@@ -11,14 +11,19 @@ class AudioInformation : public QObject
     Q_OBJECT
 public:
     /// Which of a file's tags: the richer one (ID3v2, or RIFF INFO in a WAV file) or the old one (ID3v1).
-    enum class TagKind { Main = 1, Old = 2 };
+    enum class TagKind
+    {
+        Main = 1,
+        Old = 2
+    };
 
     using QObject::QObject;
     ~AudioInformation() override;
 
     /// Whether the file is MP3 or WAV audio that can be decoded, judged by its content and never by its name.
     virtual bool isAudioFile(const QString& path) = 0;
-    /// Opens a file for the questions below.  @returns false when it is no audio; every answer is then empty or 0.
+    /// Opens a file for the questions below.  @returns false when it is no audio; every answer is then empty
+    /// or 0.
     virtual bool open(const QString& path) = 0;
 
     /// The title from the main tag, else from the old one; trimmed; may be empty.

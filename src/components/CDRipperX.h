@@ -6,9 +6,10 @@
 
 /// Extracts audio tracks of a disc, or of a disc image, into WAV files of 44100 Hz, 16 bits, 2 channels.
 ///
-/// Order of calls: selectDevice, questions about the disc, clearQueue, addTrack, start; then ExtractionStarted,
-/// for each queued track TrackStarted, progress and TrackFinished, and at the end one ExtractionFinished.
-/// Everything is called from the owner's thread and signals arrive on it. Positions are frames of 1/75 second.
+/// Order of calls: selectDevice, questions about the disc, clearQueue, addTrack, start; then
+/// ExtractionStarted, for each queued track TrackStarted, progress and TrackFinished, and at the end one
+/// ExtractionFinished. Everything is called from the owner's thread and signals arrive on it. Positions are
+/// frames of 1/75 second.
 class CDRipperX : public QObject
 {
     Q_OBJECT
@@ -58,7 +59,8 @@ public:
     virtual bool start() = 0;
     /// Ends a running extraction within two seconds; the unfinished file is removed.
     virtual void abort() = 0;
-    /// After the end: one line for each track that could not be read whole, with its place; empty when all is well.
+    /// After the end: one line for each track that could not be read whole, with its place; empty when all is
+    /// well.
     virtual QStringList unreadTracks() const = 0;
 
 signals:

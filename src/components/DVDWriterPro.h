@@ -19,10 +19,11 @@ struct WriteSpeed
 
 /// Writes an audio disc in one session.
 ///
-/// Order of calls: initializeDrives, selectDrive, the settings, addAudioTrack for each track, start; then events
-/// until exactly one of WriteCompleted, WriteCancelled and WriteError; then start again or destroy. Everything is
-/// called from the thread that owns the object, and signals arrive on it. Calls that wait for a drive let the
-/// owner's window repaint meanwhile. Destroying a busy writer cancels, waits in bounded time and frees the drive.
+/// Order of calls: initializeDrives, selectDrive, the settings, addAudioTrack for each track, start; then
+/// events until exactly one of WriteCompleted, WriteCancelled and WriteError; then start again or destroy.
+/// Everything is called from the thread that owns the object, and signals arrive on it. Calls that wait for a
+/// drive let the owner's window repaint meanwhile. Destroying a busy writer cancels, waits in bounded time
+/// and frees the drive.
 class DVDWriterPro : public QObject
 {
     Q_OBJECT
@@ -75,7 +76,8 @@ public:
     virtual void setCloseDisc(bool on) = 0;
     virtual void setBufferProtection(bool on) = 0;
 
-    /// Adds a track from a WAV file of 44100 Hz, 16 bits, 2 channels.  @returns false when the file is no such file.
+    /// Adds a track from a WAV file of 44100 Hz, 16 bits, 2 channels.  @returns false when the file is no
+    /// such file.
     virtual bool addAudioTrack(const QString& path) = 0;
     virtual int trackCount() const = 0;
     /// Begins writing and returns at once.  @returns false when it could not begin; then no event follows.
@@ -98,8 +100,8 @@ signals:
     /// Only after the disc was closed and read back to show the tracks written; or a simulation went through.
     void WriteCompleted();
     void WriteCancelled();
-    /// @param error kDriveError with a sense code 1000 to 1055 and the sense data "[K ASC ASCQ]"; any other code
-    /// with a description that says what to do.
+    /// @param error kDriveError with a sense code 1000 to 1055 and the sense data "[K ASC ASCQ]"; any other
+    /// code with a description that says what to do.
     void WriteError(qint32 error, qint32 sense, const QString& description, const QString& senseData);
     /// Remarks of the engine that nobody has to act on.
     void Information(const QString& text, qint32 a, qint32 b, qint32 c);

@@ -31,7 +31,7 @@ public:
 
     QStringList shown;
     QList<QPointer<QWidget>> owners;
-    Answer answer = Answer::Cancel;         ///< What a question is answered with.
+    Answer answer = Answer::Cancel;             ///< What a question is answered with.
     std::function<void(const QString&)> onShow; ///< Runs while a box is "open".
 
 private:
@@ -47,12 +47,12 @@ public:
     Outcome<QColor> chooseColor(QWidget* owner, const QString& title, const QColor& current) override;
     Outcome<QFont> chooseFont(QWidget* owner, const QString& title, const QFont& current) override;
 
-    QList<QString> files;   ///< Answers of the next file dialogs.
-    QList<QColor> colors;   ///< Answers of the next colour dialogs.
-    QList<QFont> fonts;     ///< Answers of the next font dialogs.
+    QList<QString> files; ///< Answers of the next file dialogs.
+    QList<QColor> colors; ///< Answers of the next colour dialogs.
+    QList<QFont> fonts;   ///< Answers of the next font dialogs.
     QList<FileDialogRequest> opened;
     QList<FileDialogRequest> saved;
-    QStringList titles;     ///< Titles of colour and font dialogs.
+    QStringList titles; ///< Titles of colour and font dialogs.
     QList<QColor> presetColors;
     QList<QFont> presetFonts;
 };
@@ -78,9 +78,9 @@ public:
     void showLabelTitle(QWidget*) override { note("labelTitle"); }
 
     QStringList shown;
-    QList<CompilationRow> rows;        ///< What showPrepare or showLabelDesigner was given last.
-    QStringList trackFiles;            ///< What showWrite was given.
-    QStringList preparedFiles;         ///< What showPrepare answers.
+    QList<CompilationRow> rows;                 ///< What showPrepare or showLabelDesigner was given last.
+    QStringList trackFiles;                     ///< What showWrite was given.
+    QStringList preparedFiles;                  ///< What showPrepare answers.
     std::function<void(const QString&)> onShow; ///< Runs while a window is "open".
 
 private:
@@ -117,7 +117,8 @@ public:
 };
 
 /// Everything outside a window, faked, and every shared value put back at the end. The INI service is the
-/// caller's choice, since files are real in tests: pass the platform's own where settings are read or written.
+/// caller's choice, since files are real in tests: pass the platform's own where settings are read or
+/// written.
 struct FakeDesk
 {
     explicit FakeDesk(IniService* ini = nullptr);

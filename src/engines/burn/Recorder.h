@@ -14,18 +14,18 @@ namespace zib {
 /// One track as a recorder takes it: where its samples stand in a file, in CD format.
 struct BurnTrack
 {
-    QString path;             ///< The WAV file, or its local copy.
-    QString name;             ///< What the user knows it by: the original's path.
-    qint64 dataOffset = 0;    ///< First byte of the samples.
-    qint64 dataBytes = 0;     ///< Bytes of samples, without padding.
-    CdTime length;            ///< Frames on the disc, padding included; at least kShortestTrackFrames.
+    QString path;          ///< The WAV file, or its local copy.
+    QString name;          ///< What the user knows it by: the original's path.
+    qint64 dataOffset = 0; ///< First byte of the samples.
+    qint64 dataBytes = 0;  ///< Bytes of samples, without padding.
+    CdTime length;         ///< Frames on the disc, padding included; at least kShortestTrackFrames.
 };
 
 /// What is to be written, and how.
 struct BurnJob
 {
-    QList<BurnTrack> tracks;  ///< 1 to 99, in disc order, each with a pregap of kPregapFrames.
-    int speed = 0;            ///< kB/s of 1000 bytes; 0 is the drive's own choice.
+    QList<BurnTrack> tracks; ///< 1 to 99, in disc order, each with a pregap of kPregapFrames.
+    int speed = 0;           ///< kB/s of 1000 bytes; 0 is the drive's own choice.
     bool simulate = false;
     bool bufferProtection = false;
     bool closeSession = true;
@@ -51,10 +51,10 @@ public:
 struct BurnError
 {
     bool cancelled = false;
-    qint32 error = 0;     ///< DVDWriterPro::kDriveError, or another code for failures without sense data.
-    qint32 sense = 0;     ///< 1000 to 1055 with kDriveError.
-    QString description;  ///< A sentence that says what happened, or what to do.
-    QString senseData;    ///< "[K ASC ASCQ]" in hexadecimal, as the drive reported it.
+    qint32 error = 0;    ///< DVDWriterPro::kDriveError, or another code for failures without sense data.
+    qint32 sense = 0;    ///< 1000 to 1055 with kDriveError.
+    QString description; ///< A sentence that says what happened, or what to do.
+    QString senseData;   ///< "[K ASC ASCQ]" in hexadecimal, as the drive reported it.
 };
 
 /// What is in a recorder.
@@ -62,12 +62,12 @@ struct Medium
 {
     int status = DVDWriterPro::kNoDisc; ///< One of DVDWriterPro's disc states.
     bool holdsData = false;
-    CdTime capacity;                    ///< Frames that may be written, pregaps included.
-    QList<WriteSpeed> speeds;           ///< Fastest first, each once.
+    CdTime capacity;          ///< Frames that may be written, pregaps included.
+    QList<WriteSpeed> speeds; ///< Fastest first, each once.
 };
 
-/// One place that can take a disc: a drive, or the recorder of disc images. Calls block; the writer makes them
-/// on a worker thread, never two at a time for one recorder.
+/// One place that can take a disc: a drive, or the recorder of disc images. Calls block; the writer makes
+/// them on a worker thread, never two at a time for one recorder.
 class Recorder
 {
 public:
@@ -82,8 +82,8 @@ public:
 
     /// Looks at the disc. Bounded in time; the drive is left unlocked and free.
     virtual Outcome<Medium> inspect() = 0;
-    /// Writes, closes and reads back. Returns nothing on success. Every phase is bounded in time, and the recorder
-    /// is left unlocked and free however it ends.
+    /// Writes, closes and reads back. Returns nothing on success. Every phase is bounded in time, and the
+    /// recorder is left unlocked and free however it ends.
     virtual std::optional<BurnError> write(const BurnJob& job, BurnObserver& observer) = 0;
     /// Hands the disc out, where there is one.
     virtual void eject() {}

@@ -1,0 +1,66 @@
+"""Every form holds exactly the controls of its roster docs/controls/<form>.csv.
+
+A roster line is "name,class". Lines of controls that the window makes while running, or components that are no
+widgets, carry a third field that says so ("run-time" or "component") and are not looked for in the form.
+"""
+import csv
+import sys
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+
+root = Path(sys.argv[1])
+
+
+def controls_of(form):
+    tree = ElementTree.parse(form).getroot()
+    found = {}
+    for kind in ("widget", "action", "addaction"):
+        for element in tree.iter(kind):
+            name = element.get("name")
+            if name and kind != "addaction":
+                found[name] = element.get("class") or "QAction"
+    extends = {c.findtext("class"): c.findtext("extends") for c in tree.iter("customwidget")}
+    connections = tree.find("connections")
+    wired = connections is not None and len(connections) > 0
+    return found, extends, wired
+
+
+def roster_of(form):
+    path = root / "docs" / "controls" / (form.stem + ".csv")
+    if not path.exists():
+        return None
+    with path.open(newline="") as lines:
+        rows = [row for row in csv.reader(lines) if row and not row[0].startswith("#")]
+    if rows and rows[0][:2] == ["name", "class"]:
+        rows = rows[1:]
+    return rows
+
+
+def main():
+    faults = []
+    forms = sorted((root / "src").rglob("*.ui"))
+    for form in forms:
+        roster = roster_of(form)
+        if roster is None:
+            faults.append(f"{form.name}: has no roster")
+            continue
+        found, extends, wired = controls_of(form)
+        if wired:
+            faults.append(f"{form.name}: wires events; that belongs into connectControls")
+        for row in roster:
+            name, kind = row[0].strip(), row[1].strip()
+            if len(row) > 2 and row[2].strip():
+                continue
+            actual = found.get(name)
+            if actual is None:
+                faults.append(f"{form.name}: {name} is missing")
+            elif kind not in (actual, extends.get(actual)):
+                faults.append(f"{form.name}: {name} is a {actual}, not a {kind}")
+        listed = {row[0].strip() for row in roster}
+        for name in sorted(set(found) - listed):
+            faults.append(f"{form.name}: {name} is not in the roster")
+    print("\n".join(faults) or f"{len(forms)} forms hold what their rosters say.")
+    return 1 if faults else 0
+
+
+sys.exit(main())
