@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace zib {
+
+/// One sound file as a test imagines it.
+struct FakeSound
+{
+    int rateHz = 44100;
+    int channels = 2;
+    int bits = 16;
+    bool isPcm = true; ///< A WAV file of plain integer samples.
+    QString title;     ///< In the main tag.
+    QString artist;
+    QString oldTitle; ///< In the old tag.
+    QString oldArtist;
+    QList<qint16> samples;                ///< Interleaved; all channels together.
+    std::optional<qint32> durationMs{};   ///< Told instead of what the samples give.
+    std::optional<qint32> failAtSample{}; ///< Reading fails from this sample on.
+
+    /// Samples of one channel.
+    qint64 length() const { return samples.size() / channels; }
+};
+
+/// The files that the fake audio components of one test share: what can be read, what was written, what was
+/// called.
+struct FakeAudioShelf
+{
+    /// A sound of @p frames sample frames whose samples count up, so that an order mixed up shows.
+    static FakeSound ramp(qint64 frames, int rateHz = 44100, int channels = 2)
+    {
+        FakeSound sound;
+        sound.rateHz = rateHz;
+        sound.channels = channels;
+        sound.samples.reserve(frames * channels);
+        for (qint64 i = 0; i < frames * channels; ++i)
+            sound.samples << static_cast<qint16>(i % 30011);
+        return sound;
+    }
+
+    QHash<QString, FakeSound> sounds;         ///< Readable files by path; every other path is no audio.
+    QStringList refusedTargets;               ///< Paths at which no file can be created.
+    std::optional<int> blocksUntilDiskFull{}; ///< Blocks that still fit; then writing fails.
+    QHash<QString, FakeSound> written;        ///< What was finished with close(), by path.
+    QStringList discarded;                    ///< Targets that were dropped.
+    QStringList calls;                        ///< "open PATH", "create PATH", "close PATH" ... in order.
+};
+
+} // namespace zib
