@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/CompilationRow.h"
+#include "common/Outcome.h"
 
 #include <QList>
 #include <QStringList>
@@ -30,7 +31,8 @@ public:
     virtual void showPlay(QWidget* owner) = 0;
     virtual void showLabelDesigner(QWidget* owner, const QList<CompilationRow>& rows) = 0;
     /// From here on the owner is the label designer, which is redrawn when a dialog applies its changes.
-    virtual void showPreview(QWidget* owner) = 0;
+    /// @returns why the preview could not be shown; the detail is a sentence for the user.
+    virtual Outcome<> showPreview(QWidget* owner) = 0;
     virtual void showLabelList(QWidget* owner) = 0;
     virtual void showLabelBack(QWidget* owner) = 0;
     virtual void showLabelTitle(QWidget* owner) = 0;

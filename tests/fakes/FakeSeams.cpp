@@ -91,6 +91,12 @@ void RecordingWindows::showLabelDesigner(QWidget*, const QList<CompilationRow>& 
     note("label");
 }
 
+Outcome<> RecordingWindows::showPreview(QWidget*)
+{
+    note("preview");
+    return previewAnswer;
+}
+
 bool RecordingShell::ShellExecuteA(const QString& verb, const QString& file, const QString& parameters,
                                    const QString&)
 {

@@ -72,7 +72,7 @@ public:
     void showPlayer(QWidget*) override { note("player"); }
     void showPlay(QWidget*) override { note("play"); }
     void showLabelDesigner(QWidget*, const QList<CompilationRow>& rows) override;
-    void showPreview(QWidget*) override { note("preview"); }
+    Outcome<> showPreview(QWidget*) override;
     void showLabelList(QWidget*) override { note("labelList"); }
     void showLabelBack(QWidget*) override { note("labelBack"); }
     void showLabelTitle(QWidget*) override { note("labelTitle"); }
@@ -81,6 +81,7 @@ public:
     QList<CompilationRow> rows;                 ///< What showPrepare or showLabelDesigner was given last.
     QStringList trackFiles;                     ///< What showWrite was given.
     QStringList preparedFiles;                  ///< What showPrepare answers.
+    Outcome<> previewAnswer;           ///< What showPreview answers.
     std::function<void(const QString&)> onShow; ///< Runs while a window is "open".
 
 private:
