@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 
 #include <optional>
@@ -10,6 +11,14 @@ class QWidget;
 namespace zib {
 
 class Messages;
+
+/// One change to an INI file: no value deletes the key, no key deletes the section.
+struct IniChange
+{
+    QByteArray section;
+    std::optional<QByteArray> key;
+    std::optional<QByteArray> value;
+};
 
 /// INI files with the documented behaviour of the calls named here. Texts are UTF-8.
 class IniService
@@ -26,6 +35,10 @@ public:
     /// @returns whether the file now holds the change.
     virtual bool WritePrivateProfileStringA(const QByteArray& section, const std::optional<QByteArray>& key,
                                             const std::optional<QByteArray>& value, const QString& file) = 0;
+    /// Makes many changes in order. The platform's own service makes all of them in one replacement of the
+    /// file, or none; this plain version writes them one by one and stops at the first that fails.
+    /// @returns whether the file now holds every change.
+    virtual bool writeAll(const QList<IniChange>& changes, const QString& file);
 };
 
 /// Hands things to the desktop. Calls return at once; failures are the desktop's own affair.

@@ -1,0 +1,18 @@
+#include "platform/DesktopFolderPicker.h"
+
+#include "platform/FileBox.h"
+
+namespace zib {
+
+QString DesktopFolderPicker::SHBrowseForFolderA(QWidget* owner, const QString& title)
+{
+    FileBox box(owner, title, m_lastFolder);
+    box.setFileMode(QFileDialog::Directory);
+    box.setOption(QFileDialog::ShowDirsOnly);
+    if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty())
+        return {};
+    m_lastFolder = box.selectedFiles().first();
+    return m_lastFolder;
+}
+
+} // namespace zib

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "common/Platform.h"
+
+namespace zib {
+
+/// The folder picker on the screen.
+class DesktopFolderPicker final : public FolderPicker
+{
+public:
+    QString SHBrowseForFolderA(QWidget* owner, const QString& title) override;
+
+private:
+    QString m_lastFolder;
+};
+
+} // namespace zib

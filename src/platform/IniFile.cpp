@@ -1,0 +1,85 @@
+#include "platform/IniFile.h"
+
+#include "platform/AtomicFile.h"
+#include "platform/IniText.h"
+
+namespace zib {
+
+namespace {
+
+constexpr int kMostTries = 8; // Against a program that keeps changing the file.
+
+/// The bytes that fit a buffer of @p size with its NUL; a UTF-8 character that does not fit whole is left out.
+QByteArray fitted(const QByteArray& text, int size)
+{
+    const qsizetype room = size > 0 ? size - 1 : 0;
+    if (text.size() <= room)
+        return text;
+    const auto continues = [&text](qsizetype i) { return (static_cast<uchar>(text[i]) & 0xC0) == 0x80; };
+    qsizetype end = room;
+    while (end > 0 && room - end < 3 && continues(end))
+        --end;
+    return text.left(continues(end) ? room : end);
+}
+
+QByteArray withoutTrailingBlanks(QByteArray text)
+{
+    while (text.endsWith(' '))
+        text.chop(1);
+    return text;
+}
+
+bool apply(IniText& text, const IniChange& change)
+{
+    if (!change.key)
+        text.removeSection(change.section);
+    else if (!change.value)
+        text.removeKey(change.section, *change.key);
+    else
+        return text.set(change.section, *change.key, *change.value);
+    return true;
+}
+
+Replaced changeOnce(const QList<IniChange>& changes, const QString& target, const FolderLock& lock)
+{
+    const auto before = readSnapshot(target);
+    if (!before)
+        return Replaced::Failed;
+    IniText text(before->bytes);
+    for (const IniChange& change : changes)
+        if (!apply(text, change))
+            return Replaced::Failed;
+    if (text.bytes() == before->bytes)
+        return Replaced::Done;
+    return replaceFile(target, text.bytes(), *before, lock);
+}
+
+} // namespace
+
+QByteArray IniFile::GetPrivateProfileStringA(const QByteArray& section, const QByteArray& key,
+                                             const QByteArray& fallback, int size, const QString& file)
+{
+    const auto snapshot = readSnapshot(file);
+    const auto value = snapshot ? IniText(snapshot->bytes).value(section, key) : std::nullopt;
+    return fitted(value ? *value : withoutTrailingBlanks(fallback), size);
+}
+
+bool IniFile::WritePrivateProfileStringA(const QByteArray& section, const std::optional<QByteArray>& key,
+                                         const std::optional<QByteArray>& value, const QString& file)
+{
+    return writeAll({{section, key, value}}, file);
+}
+
+bool IniFile::writeAll(const QList<IniChange>& changes, const QString& file)
+{
+    const auto target = followLinks(file);
+    if (!target)
+        return false;
+    const FolderLock lock(*target);
+    Replaced result = Replaced::Changed;
+    for (int i = 0; i < kMostTries && result == Replaced::Changed; ++i)
+        result = changeOnce(changes, *target, lock);
+    return result == Replaced::Done;
+}
+
+} // namespace zib
