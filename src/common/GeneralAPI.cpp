@@ -30,9 +30,21 @@ QChar separatorOf(const QString& path)
     return drive || backslashes ? u'\\' : u'/';
 }
 
+/// Without its outer spaces; other white space belongs to the text.
+QString trimmedSpaces(const QString& text)
+{
+    qsizetype begin = 0;
+    qsizetype end = text.size();
+    while (begin < end && text[begin] == u' ')
+        ++begin;
+    while (end > begin && text[end - 1] == u' ')
+        --end;
+    return text.mid(begin, end - begin);
+}
+
 QString cleaned(QString text)
 {
-    return text.remove(QChar::Null).trimmed();
+    return trimmedSpaces(text.remove(QChar::Null));
 }
 
 QString iniPath(const QString& file)
@@ -83,20 +95,24 @@ bool WriteIniString(const QString& section, const QString& key, const QString& v
 {
     if (!platform().ini)
         return false;
+    const zib::IniChange change = IniChangeOf(section, key, value);
+    return platform().ini->WritePrivateProfileStringA(change.section, change.key, change.value, iniPath(file));
+}
+
+zib::IniChange IniChangeOf(const QString& section, const QString& key, const QString& value)
+{
     const QByteArray text = cleaned(value).toUtf8();
-    std::optional<QByteArray> keyArgument;
-    std::optional<QByteArray> valueArgument;
+    zib::IniChange change{section.toUtf8(), {}, {}};
     if (!key.isEmpty())
-        keyArgument = key.toUtf8();
+        change.key = key.toUtf8();
     if (!key.isEmpty() && !text.isEmpty())
-        valueArgument = text;
-    return platform().ini->WritePrivateProfileStringA(section.toUtf8(), keyArgument, valueArgument,
-                                                      iniPath(file));
+        change.value = text;
+    return change;
 }
 
 QString JoinPath(const QString& folder, const QString& name)
 {
-    if (folder.trimmed().isEmpty())
+    if (trimmedSpaces(folder).isEmpty())
         return name;
     const QChar separator = separatorOf(folder);
     return folder.endsWith(separator) ? folder + name : folder + separator + name;
@@ -117,9 +133,9 @@ void MakeFolderPath(const QString& path)
     const QChar separator = separatorOf(path);
     QString made = separator == u'/' && path.startsWith(u'/') ? QStringLiteral("/") : QString();
     for (const QString& part : path.split(separator)) {
-        if (part.trimmed().isEmpty())
+        if (trimmedSpaces(part).isEmpty())
             continue;
-        made += part.trimmed() + separator;
+        made += trimmedSpaces(part) + separator;
         if (!ensureFolder(made)) {
             if (platform().messages)
                 platform().messages->critical(nullptr, QStringLiteral("Create directory error: ") + path,

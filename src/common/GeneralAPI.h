@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/Platform.h"
+
 #include <QString>
 
 #include <optional>
@@ -20,6 +22,8 @@ QString ReadIniString(const QString& section, const QString& key, const QString&
 /// @returns whether the file holds the change.
 bool WriteIniString(const QString& section, const QString& key, const QString& value,
                     const QString& file = {});
+/// @returns what WriteIniString would write, for a service that makes many changes at once.
+zib::IniChange IniChangeOf(const QString& section, const QString& key, const QString& value);
 
 /// @returns folder and name with exactly one separator between; a blank folder gives the name alone.
 QString JoinPath(const QString& folder, const QString& name);
