@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QFont>
+#include <QFrame>
+
+class QPainter;
+
+namespace zib {
+
+/// The gauge of the disc's capacity: a scale of 100 minutes and a bar as long as TotalMinutes, in bands that
+/// change colour at 60, 74 and 80 minutes. Its geometry is in twips; ticks, trough and bands have fixed
+/// colours.
+class CapacityGauge final : public QFrame
+{
+    Q_OBJECT
+public:
+    explicit CapacityGauge(QWidget* parent = nullptr);
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void paintTrough(QPainter& painter) const;
+    void paintTicks(QPainter& painter) const;
+    void paintLabels(QPainter& painter) const;
+    void paintFill(QPainter& painter) const;
+    QColor background() const;
+    double scaleTwips() const;
+    void chooseFont();
+
+    QFont m_labelFont;
+};
+
+} // namespace zib

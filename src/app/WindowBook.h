@@ -1,0 +1,45 @@
+#pragma once
+
+#include "common/Services.h"
+#include "common/Windows.h"
+
+#include <QPointer>
+
+class frmMain;
+
+namespace zib {
+
+/// Opens the program's windows, each modally, and hands the news of one to another. Owns the services that
+/// every window is given.
+class WindowBook final : public Windows
+{
+public:
+    /// All arguments outlive the book, and the book outlives every window.
+    WindowBook(Messages& messages, CommonDialogs& dialogs, const Components& components);
+
+    const Services& services() const { return m_services; }
+    /// The window that is refreshed when options were applied.
+    void setMainWindow(frmMain* window);
+
+    void showSplash(QWidget* owner) override;
+    void showTip(QWidget* owner) override;
+    void showAbout(QWidget* owner) override;
+    void showOptions(QWidget* owner) override;
+    QStringList showPrepare(QWidget* owner, const QList<CompilationRow>& rows) override;
+    void showWrite(QWidget* owner, const QStringList& trackFiles) override;
+    void showRip(QWidget* owner) override;
+    void showMP3ToWAV(QWidget* owner) override;
+    void showPlayer(QWidget* owner) override;
+    void showPlay(QWidget* owner) override;
+    void showLabelDesigner(QWidget* owner, const QList<CompilationRow>& rows) override;
+    Outcome<> showPreview(QWidget* owner) override;
+    void showLabelList(QWidget* owner) override;
+    void showLabelBack(QWidget* owner) override;
+    void showLabelTitle(QWidget* owner) override;
+
+private:
+    Services m_services;
+    QPointer<frmMain> m_main;
+};
+
+} // namespace zib

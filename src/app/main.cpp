@@ -1,0 +1,47 @@
+#include "app/WindowBook.h"
+#include "app/frmMain.h"
+#include "common/Texts.h"
+#include "components/Components.h"
+#include "platform/BoxMessages.h"
+#include "platform/DesktopDialogs.h"
+#include "platform/DesktopFolderPicker.h"
+#include "platform/DesktopShell.h"
+#include "platform/IniFile.h"
+#include "platform/SystemRegistry.h"
+
+#include <QApplication>
+#include <QIcon>
+
+namespace {
+
+/// The engines behind the components.
+zib::Components engines()
+{
+    zib::Components components;
+    return components;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(zib::kApplicationTitle);
+    QGuiApplication::setDesktopFileName(QStringLiteral("zibcdburner"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/zibcdburner.svg")));
+
+    zib::IniFile ini;
+    zib::DesktopShell shell;
+    zib::DesktopFolderPicker folders;
+    zib::SystemRegistry registry;
+    zib::BoxMessages messages;
+    zib::DesktopDialogs dialogs;
+    zib::setPlatform({&ini, &shell, &folders, &registry, &messages});
+
+    const zib::Components components = engines();
+    zib::WindowBook windows(messages, dialogs, components);
+    frmMain window(windows.services());
+    windows.setMainWindow(&window);
+    window.show();
+    return QApplication::exec();
+}
