@@ -1,0 +1,160 @@
+#include "label/LabelSurface.h"
+
+#include "label/LabelControls.h"
+#include "label/LabelLayout.h"
+#include "label/LabelMaker.h"
+#include "label/LabelPictureFile.h"
+
+#include <QFileInfo>
+#include <QPalette>
+#include <QWidget>
+
+using LabelMaker::LabelDocument;
+
+namespace zib {
+
+namespace {
+
+template <typename Control>
+Control* child(QWidget* surface, const QString& name)
+{
+    auto* control = surface->findChild<Control*>(name, Qt::FindDirectChildrenOnly);
+    Q_ASSERT(control);
+    return control;
+}
+
+void paintSurface(QWidget* surface, const QColor& color)
+{
+    QPalette colors = surface->palette();
+    colors.setColor(QPalette::Window, color);
+    surface->setPalette(colors);
+    surface->setAutoFillBackground(true);
+}
+
+/// Removes an array's members from the highest down to 1.
+template <typename Control>
+void unload(QList<Control*>& array)
+{
+    while (array.size() > 1)
+        delete array.takeLast();
+}
+
+} // namespace
+
+LabelSurface::LabelSurface(QWidget* surface, QSize areaTwips)
+    : QObject(surface), m_surface(surface), m_area(areaTwips),
+      m_image(child<ImageControl>(surface, QStringLiteral("Image1"))),
+      m_title(child<TextControl>(surface, QStringLiteral("cdTitle"))),
+      m_lines{child<LineControl>(surface, QStringLiteral("lines_0"))}, m_labels{child<TextControl>(
+                                                                           surface,
+                                                                           QStringLiteral("labels_0"))}
+{
+    m_lines[0]->hide();
+    m_labels[0]->hide();
+    paintSurface(m_surface, Qt::white);
+}
+
+Outcome<> LabelSurface::RedrawLabel()
+{
+    RedrawTable();
+    RedrawTitle();
+    return RedrawBackground();
+}
+
+void LabelSurface::RedrawTable()
+{
+    LabelMaker::Document document = LabelDocument;
+    document.TextFontName = document.TextFontName.trimmed();
+    LabelMaker::setLabelDocument(document);
+
+    m_surface->setUpdatesEnabled(false);
+    unload(m_labels);
+    unload(m_lines);
+    for (const LabelLine& line : layout::gridLines())
+        addLine(line);
+    for (const LabelText& text : layout::cellTexts())
+        addLabel(text);
+    m_surface->setUpdatesEnabled(true);
+}
+
+void LabelSurface::RedrawTitle()
+{
+    LabelMaker::Document document = LabelDocument;
+    document.TitleText = document.TitleText.trimmed();
+    document.TitleFontName = document.TitleFontName.trimmed();
+    LabelMaker::setLabelDocument(document);
+    m_title->setItem(layout::title());
+}
+
+Outcome<> LabelSurface::RedrawBackground()
+{
+    LabelMaker::Document document = LabelDocument;
+    document.BackImagePath = document.BackImagePath.trimmed();
+    LabelMaker::setLabelDocument(document);
+    if (document.UseBackColor)
+        paintSurface(m_surface, document.BackColor);
+    m_image->setVisible(document.UseBackImage);
+    if (!QFileInfo(document.BackImagePath).isFile())
+        return {};
+    const Outcome<LabelPicture> picture = pictureOf(document.BackImagePath);
+    if (!picture)
+        return document.UseBackImage ? Outcome<>(picture.error()) : Outcome<>();
+    m_image->setItem({layout::imagePlace(picture->size, m_area), *picture});
+    return {};
+}
+
+TextControl* LabelSurface::label(int n) const
+{
+    return n >= 1 ? m_labels.value(n) : nullptr;
+}
+
+LabelScene LabelSurface::scene() const
+{
+    LabelScene scene;
+    scene.area = m_area;
+    scene.background = m_surface->palette().color(QPalette::Window);
+    if (!m_image->isHidden())
+        scene.image = m_image->item();
+    scene.title = m_title->item();
+    for (const LineControl* line : m_lines.mid(1))
+        scene.lines << line->item();
+    for (const TextControl* cell : m_labels.mid(1))
+        scene.cells << cell->item();
+    return scene;
+}
+
+void LabelSurface::addLine(const LabelLine& line)
+{
+    auto* control = new LineControl(m_surface);
+    control->setObjectName(QStringLiteral("lines_%1").arg(m_lines.size()));
+    control->setItem(line);
+    control->show();
+    m_lines << control;
+}
+
+void LabelSurface::addLabel(const LabelText& text)
+{
+    auto* control = new TextControl(m_surface);
+    const auto n = static_cast<int>(m_labels.size());
+    control->setObjectName(QStringLiteral("labels_%1").arg(n));
+    control->setItem(text);
+    control->show();
+    connect(control, &TextControl::Click, this, [this, n] { emit labelClicked(n); });
+    m_labels << control;
+}
+
+Outcome<LabelPicture> LabelSurface::pictureOf(const QString& path)
+{
+    const QDateTime time = QFileInfo(path).lastModified();
+    if (path == m_picturePath && time == m_pictureTime)
+        return m_picture;
+    Outcome<LabelPicture> read = readPicture(path);
+    if (read) {
+        m_picture = *read;
+        m_picturePath = path;
+        m_pictureTime = time;
+    }
+    return read;
+}
+
+} // namespace zib

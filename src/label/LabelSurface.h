@@ -1,0 +1,62 @@
+#pragma once
+
+#include "common/Outcome.h"
+#include "label/LabelItems.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QObject>
+
+class QWidget;
+
+namespace zib {
+
+class ImageControl;
+class LineControl;
+class TextControl;
+
+/// The controls of one label surface, laid out from the label document: Image1, cdTitle and the arrays lines
+/// and labels, whose member 0 is a template that stays hidden. The controls belong to the surface.
+class LabelSurface final : public QObject
+{
+    Q_OBJECT
+public:
+    /// Finds the controls among the children of @p surface, which must have them all.
+    LabelSurface(QWidget* surface, QSize areaTwips);
+
+    /// The three steps below, in this order.
+    Outcome<> RedrawLabel();
+    /// Makes every line and cell anew.
+    void RedrawTable();
+    void RedrawTitle();
+    /// @returns a failure when the image is used, its file is there and cannot be shown: then the picture
+    /// stays as it was. A missing file is none.
+    Outcome<> RedrawBackground();
+
+    TextControl* title() const { return m_title; }
+    /// @returns cell label n, counted from 1; none when there is no such label.
+    TextControl* label(int n) const;
+
+    /// The label as the controls show it at this moment.
+    LabelScene scene() const;
+
+signals:
+    void labelClicked(int n);
+
+private:
+    void addLine(const LabelLine& line);
+    void addLabel(const LabelText& text);
+    Outcome<LabelPicture> pictureOf(const QString& path);
+
+    QWidget* m_surface;
+    QSize m_area; ///< Twips.
+    ImageControl* m_image;
+    TextControl* m_title;
+    QList<LineControl*> m_lines;  ///< Member 0 is the template.
+    QList<TextControl*> m_labels; ///< Member 0 is the template.
+    QString m_picturePath;        ///< The file whose picture was read last, and
+    QDateTime m_pictureTime;      ///< its time then.
+    LabelPicture m_picture;
+};
+
+} // namespace zib
