@@ -1,0 +1,80 @@
+#include "engines/burn/CueSheet.h"
+
+#include <QRegularExpression>
+
+namespace zib {
+
+namespace {
+
+/// A time as a whole number of frames, or -1.
+qint64 framesOf(const QString& minutes, const QString& seconds, const QString& frames)
+{
+    const int s = seconds.toInt();
+    const int f = frames.toInt();
+    return s < 60 && f < kFramesPerSecond ? (minutes.toLongLong() * 60 + s) * kFramesPerSecond + f : -1;
+}
+
+/// Takes one line into @p content. @returns whether it has a place there.
+bool takeLine(const QString& line, CueContent& content)
+{
+    static const QRegularExpression file(QStringLiteral("^FILE \"([^\"]+)\" BINARY$"));
+    static const QRegularExpression track(QStringLiteral("^TRACK (\\d\\d) AUDIO$"));
+    static const QRegularExpression index(QStringLiteral("^INDEX (0[01]) (\\d{2,}):(\\d\\d):(\\d\\d)$"));
+    if (const auto m = file.match(line); m.hasMatch() && content.binName.isEmpty()) {
+        content.binName = m.captured(1);
+        return true;
+    }
+    if (const auto m = track.match(line); m.hasMatch()) {
+        content.tracks << CueTrack{CdTime::fromFrames(-1), CdTime::fromFrames(-1)};
+        return m.captured(1).toInt() == content.tracks.size();
+    }
+    const auto m = index.match(line);
+    if (!m.hasMatch() || content.tracks.isEmpty())
+        return false;
+    const CdTime time = CdTime::fromFrames(framesOf(m.captured(2), m.captured(3), m.captured(4)));
+    CueTrack& last = content.tracks.last();
+    if (m.captured(1) == QStringLiteral("01"))
+        last.start = time;
+    if (last.gap < CdTime())
+        last.gap = time;
+    return time >= CdTime();
+}
+
+/// Whether every track has its start and they follow each other.
+bool inOrder(const QList<CueTrack>& tracks)
+{
+    CdTime at;
+    for (const CueTrack& track : tracks) {
+        if (track.gap < at || track.start < track.gap)
+            return false;
+        at = track.start;
+    }
+    return !tracks.isEmpty();
+}
+
+} // namespace
+
+QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks)
+{
+    QString text = QStringLiteral("FILE \"%1\" BINARY\n").arg(binName);
+    for (qsizetype i = 0; i < tracks.size(); ++i) {
+        text += QStringLiteral("  TRACK %1 AUDIO\n").arg(i + 1, 2, 10, QLatin1Char('0'));
+        if (tracks[i].gap != tracks[i].start)
+            text += QStringLiteral("    INDEX 00 %1\n").arg(tracks[i].gap.toMsf());
+        text += QStringLiteral("    INDEX 01 %1\n").arg(tracks[i].start.toMsf());
+    }
+    return text.toUtf8();
+}
+
+Outcome<CueContent> parseCue(const QByteArray& text)
+{
+    CueContent content;
+    for (const QString& line : QString::fromUtf8(text).split(u'\n', Qt::SkipEmptyParts))
+        if (!takeLine(line.trimmed(), content))
+            return Failure{Failure::Kind::BadValue, line};
+    if (content.binName.isEmpty() || !inOrder(content.tracks))
+        return Failure{Failure::Kind::BadValue, content.binName};
+    return content;
+}
+
+} // namespace zib

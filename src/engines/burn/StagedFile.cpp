@@ -1,0 +1,166 @@
+#include "engines/burn/StagedFile.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <cerrno>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace zib {
+
+namespace {
+
+const QString kHiddenPrefix = QStringLiteral(".");
+const QString kHiddenSuffix = QStringLiteral(".part");
+/// So much is handed to the storage at a time: the last flush then never takes long.
+constexpr qint64 kFlushStepBytes = qint64{8} << 20;
+constexpr mode_t kFileRights = 0666;
+
+QByteArray nativeName(const QString& path)
+{
+    return QFile::encodeName(path);
+}
+
+/// Makes a folder's entries safe: a name is on the storage only after its folder is.
+void flushFolder(const QString& folder)
+{
+    const int fd = ::open(nativeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    ::fsync(fd);
+    ::close(fd);
+}
+
+/// Renames without replacing; file systems that cannot promise that are asked first.
+bool renameToFree(const QString& from, const QString& to)
+{
+    const QByteArray source = nativeName(from);
+    const QByteArray target = nativeName(to);
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (errno != EINVAL && errno != ENOSYS)
+        return false;
+    struct stat s{};
+    return ::lstat(target.constData(), &s) != 0 && ::rename(source.constData(), target.constData()) == 0;
+}
+
+} // namespace
+
+StagedFile::~StagedFile()
+{
+    if (m_file >= 0)
+        remove();
+}
+
+void StagedFile::close()
+{
+    if (m_file >= 0)
+        ::close(m_file);
+    m_file = -1;
+}
+
+Failure StagedFile::storageFailure() const
+{
+    const bool forbidden = errno == EACCES || errno == EPERM || errno == EROFS;
+    return {forbidden ? Failure::Kind::NoPermission : Failure::Kind::WriteFailed, m_folder};
+}
+
+Outcome<> StagedFile::create(const QString& folder, const QString& name)
+{
+    m_folder = folder;
+    m_path = QDir(folder).filePath(name);
+    m_hiddenPath = QDir(folder).filePath(kHiddenPrefix + name + kHiddenSuffix);
+    m_size = m_flushed = 0;
+    m_kept = m_nameless = false;
+    m_file = ::open(nativeName(m_hiddenPath).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileRights);
+    if (m_file < 0)
+        return storageFailure();
+    ::flock(m_file, LOCK_EX | LOCK_NB);
+    return {};
+}
+
+Outcome<> StagedFile::reserve(qint64 bytes)
+{
+    const int answer = ::fallocate(m_file, FALLOC_FL_KEEP_SIZE, 0, bytes);
+    if (answer == 0 || errno == EOPNOTSUPP || errno == ENOSYS || errno == EINVAL)
+        return {};
+    return storageFailure();
+}
+
+Outcome<> StagedFile::write(const char* data, qint64 size)
+{
+    for (qint64 done = 0; done < size;) {
+        const ssize_t n = ::write(m_file, data + done, static_cast<size_t>(size - done));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return storageFailure();
+        done += n;
+    }
+    m_size += size;
+    if (m_size - m_flushed >= kFlushStepBytes) {
+        ::sync_file_range(m_file, m_flushed, m_size - m_flushed, SYNC_FILE_RANGE_WRITE);
+        if (m_flushed > 0)
+            ::sync_file_range(m_file, 0, m_flushed, SYNC_FILE_RANGE_WAIT_BEFORE);
+        m_flushed = m_size;
+    }
+    return {};
+}
+
+Outcome<> StagedFile::flush()
+{
+    if (::fsync(m_file) != 0)
+        return storageFailure();
+    return {};
+}
+
+Outcome<> StagedFile::keep()
+{
+    if (!renameToFree(m_hiddenPath, m_path))
+        return storageFailure();
+    m_kept = true;
+    flushFolder(m_folder);
+    close();
+    return {};
+}
+
+void StagedFile::makeNameless()
+{
+    QFile::remove(m_hiddenPath);
+    m_nameless = true;
+}
+
+QString StagedFile::currentPath() const
+{
+    if (m_nameless)
+        return QStringLiteral("/proc/self/fd/%1").arg(m_file);
+    return m_kept ? m_path : m_hiddenPath;
+}
+
+void StagedFile::remove()
+{
+    if (!m_nameless)
+        QFile::remove(currentPath());
+    close();
+}
+
+void StagedFile::removeLeftOvers(const QString& folder)
+{
+    const QStringList pattern{kHiddenPrefix + QStringLiteral("Disc *") + kHiddenSuffix};
+    for (const QString& name : QDir(folder).entryList(pattern, QDir::Files | QDir::Hidden | QDir::NoSymLinks)) {
+        const QString path = QDir(folder).filePath(name);
+        const int fd = ::open(nativeName(path).constData(), O_RDWR | O_CLOEXEC);
+        if (fd < 0)
+            continue;
+        if (::flock(fd, LOCK_EX | LOCK_NB) == 0)
+            QFile::remove(path);
+        ::close(fd);
+    }
+}
+
+} // namespace zib

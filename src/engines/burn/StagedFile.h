@@ -1,0 +1,53 @@
+#pragma once
+
+#include "common/CdTime.h"
+#include "common/Outcome.h"
+
+#include <QString>
+
+namespace zib {
+
+/// A file that is being written beside its final place, under a hidden name and locked, and appears under its
+/// final name only when it is whole. Dropped without keep, it leaves nothing.
+class StagedFile
+{
+public:
+    StagedFile() = default;
+    ~StagedFile();
+    Q_DISABLE_COPY_MOVE(StagedFile)
+
+    /// @param name the final name in @p folder.  @returns WriteFailed or NoPermission, the detail is the folder.
+    Outcome<> create(const QString& folder, const QString& name);
+    Outcome<> write(const char* data, qint64 size);
+    /// Reserves room, so that a full storage shows before the work and not after it.
+    Outcome<> reserve(qint64 bytes);
+    /// Waits until everything is on the storage, without the name.
+    Outcome<> flush();
+    /// Gives the file its name, never in place of another file.
+    Outcome<> keep();
+    /// Takes the name away for good: the file can be opened by currentPath for as long as this object lives, and
+    /// nothing of it is left after that, not even when the program is killed.
+    void makeNameless();
+    /// What to open to read the file at the moment.
+    QString currentPath() const;
+    /// Removes the file, under whatever name.
+    void remove();
+
+    /// Removes hidden files in @p folder that nobody is writing any more.
+    static void removeLeftOvers(const QString& folder);
+
+private:
+    Failure storageFailure() const;
+    void close();
+
+    QString m_folder;
+    QString m_path;
+    QString m_hiddenPath;
+    int m_file = -1;
+    qint64 m_size = 0;
+    qint64 m_flushed = 0;
+    bool m_kept = false;
+    bool m_nameless = false;
+};
+
+} // namespace zib

@@ -1,0 +1,75 @@
+#include "engines/burn/WriteRun.h"
+
+#include "engines/burn/TrackCache.h"
+
+namespace zib {
+
+namespace {
+// The sentence numbers of what is found out before the drive could say it, with the sense data it would give.
+constexpr qint32 kSenseNoDisc = 1033;
+constexpr qint32 kSensePastTheEnd = 1021;
+const QString kNoDiscData = QStringLiteral("[2 3A 00]");      // MMC: medium not present
+const QString kPastTheEndData = QStringLiteral("[5 21 00]");  // SPC: logical block address out of range
+} // namespace
+
+void WriteRun::run()
+{
+    job.cancelled = &cancelled;
+    const auto error = perform();
+    events.push({.kind = WriteEvent::Kind::Ended, .failed = error.has_value(), .error = error.value_or(BurnError{})});
+}
+
+std::optional<BurnError> WriteRun::perform()
+{
+    if (auto error = checkTracks())
+        return error;
+    if (auto error = checkDisc())
+        return error;
+    TrackCache copies(cacheFolder);
+    if (cache) {
+        const auto tell = [this](int percent) {
+            events.push({.kind = WriteEvent::Kind::Caching, .done = percent});
+        };
+        if (auto filled = copies.fill(job, tell); !filled)
+            return BurnError::from(filled.error());
+    }
+    if (cancelled)
+        return BurnError::byUser();
+    WriteReporter reporter(job, events);
+    auto error = recorder->write(job, reporter);
+    if (!error)
+        reporter.completed();
+    return error;
+}
+
+/// Whether every file is still what it was when it was added.
+std::optional<BurnError> WriteRun::checkTracks() const
+{
+    for (const BurnTrack& track : job.tracks)
+        if (auto opened = TrackSource().open(track); !opened)
+            return BurnError::from(opened.error());
+    return std::nullopt;
+}
+
+std::optional<BurnError> WriteRun::checkDisc() const
+{
+    if (cancelled)
+        return BurnError::byUser();
+    const auto medium = recorder->inspect();
+    if (!medium)
+        return BurnError::from(medium.error());
+    if (medium->status == DVDWriterPro::kNoDisc)
+        return BurnError::withSense(kSenseNoDisc, kNoDiscData);
+    const bool writable = medium->status == DVDWriterPro::kBlankDisc
+        || medium->status == DVDWriterPro::kAppendableDisc;
+    if (!writable || medium->holdsData)
+        return BurnError::from({Failure::Kind::WrongMedium, recorder->path()});
+    if (job.totalLength() <= medium->capacity)
+        return std::nullopt;
+    BurnError tooSmall = BurnError::withSense(kSensePastTheEnd, kPastTheEndData);
+    tooSmall.description = QStringLiteral("The tracks need %1 with their gaps, the disc holds %2.")
+                               .arg(job.totalLength().toMsf(), medium->capacity.toMsf());
+    return tooSmall;
+}
+
+} // namespace zib
