@@ -15,8 +15,9 @@ namespace zib {
 struct WriteEvent;
 struct WriteRun;
 
-/// The disc writer: it checks, caches, writes and reports, on whatever recorder is selected. Recorders block; they
-/// run on one worker thread, and calls that wait for them let the owner's events go on, without user input.
+/// The disc writer: it checks, caches, writes and reports, on whatever recorder is selected. Recorders block;
+/// they run on one worker thread, and calls that wait for them let the owner's events go on, without user
+/// input.
 class DiscWriter final : public DVDWriterPro
 {
     Q_OBJECT
@@ -58,11 +59,15 @@ public:
     void finish(bool eject) override;
 
 private:
-    enum class Look { Afresh, RecentWillDo };
+    enum class Look
+    {
+        Afresh,
+        RecentWillDo
+    };
 
     const Recorder* recorder(int drive) const;
-    /// What is in the selected drive. A drive that cannot be asked looks blank and without speeds: the write that
-    /// follows then tells why.
+    /// What is in the selected drive. A drive that cannot be asked looks blank and without speeds: the write
+    /// that follows then tells why.
     Medium medium(Look look);
     void deliverEvents();
     void deliver(const WriteEvent& event);

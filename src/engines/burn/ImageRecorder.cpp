@@ -23,9 +23,9 @@ QString freeStem(const QString& folder)
     const QString plain = QDateTime::currentDateTime().toString(QStringLiteral("'Disc' yyyy-MM-dd HH.mm.ss"));
     const auto taken = [&](const QString& stem) {
         const QDir dir(folder);
-        return QFileInfo::exists(dir.filePath(stem + QStringLiteral(".bin")))
-            || QFileInfo::exists(dir.filePath(stem + QStringLiteral(".cue")))
-            || QFileInfo::exists(dir.filePath(u'.' + stem + QStringLiteral(".bin.part")));
+        return QFileInfo::exists(dir.filePath(stem + QStringLiteral(".bin"))) ||
+               QFileInfo::exists(dir.filePath(stem + QStringLiteral(".cue"))) ||
+               QFileInfo::exists(dir.filePath(u'.' + stem + QStringLiteral(".bin.part")));
     };
     QString stem = plain;
     for (int n = 2; taken(stem); ++n)

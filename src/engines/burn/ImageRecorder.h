@@ -4,9 +4,9 @@
 
 namespace zib {
 
-/// The recorder that every machine has: it behaves as a drive with a blank 80-minute disc and writes disc images,
-/// "Disc DATE TIME.bin" and ".cue", into one folder. An image has its names only when it is whole and safe on the
-/// storage; what an earlier, killed run left behind is removed at the next write.
+/// The recorder that every machine has: it behaves as a drive with a blank 80-minute disc and writes disc
+/// images, "Disc DATE TIME.bin" and ".cue", into one folder. An image has its names only when it is whole and
+/// safe on the storage; what an earlier, killed run left behind is removed at the next write.
 class ImageRecorder final : public Recorder
 {
 public:

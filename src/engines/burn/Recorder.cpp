@@ -18,7 +18,8 @@ constexpr Words kWords[] = {
     {Failure::Kind::NotFound, BurnErrorCode::kSourceFile, "The file \"",
      "\" is no longer there. Prepare the list again."},
     {Failure::Kind::WriteFailed, BurnErrorCode::kStorage, "\"",
-     "\" could not be written. Make room on that drive, or see to the rights of the folder, and write again."},
+     "\" could not be written. Make room on that drive, or see to the rights of the folder, and write "
+     "again."},
     {Failure::Kind::NoPermission, BurnErrorCode::kNoPermission, "You may not use \"",
      "\". Ask for the rights to it (for a drive: membership in the group cdrom) and write again."},
     {Failure::Kind::Busy, BurnErrorCode::kBusy, "Another program is using \"",
@@ -64,8 +65,8 @@ BurnError BurnError::from(const Failure& failure)
     for (const Words& words : kWords)
         if (words.kind == failure.kind)
             return {.error = words.code,
-                    .description = QString::fromLatin1(words.before) + failure.detail
-                        + QString::fromLatin1(words.after)};
+                    .description = QString::fromLatin1(words.before) + failure.detail +
+                                   QString::fromLatin1(words.after)};
     return {.error = BurnErrorCode::kUnsupported, .description = failure.detail};
 }
 

@@ -19,9 +19,10 @@ namespace zib {
 /// What is to be written, and how.
 struct BurnJob
 {
-    QList<BurnTrack> tracks;  ///< 1 to 99, in disc order, each with a pregap of kPregapFrames; read by TrackSource.
-    int speed = 0;            ///< kB/s of 1000 bytes; 0 is the drive's own choice.
-    int writeMode = 0;        ///< 0 is session-at-once, with track-at-once where the drive cannot.
+    QList<BurnTrack>
+        tracks;        ///< 1 to 99, in disc order, each with a pregap of kPregapFrames; read by TrackSource.
+    int speed = 0;     ///< kB/s of 1000 bytes; 0 is the drive's own choice.
+    int writeMode = 0; ///< 0 is session-at-once, with track-at-once where the drive cannot.
     bool simulate = false;
     bool bufferProtection = false;
     bool closeSession = true;
@@ -40,7 +41,8 @@ class BurnObserver
 public:
     virtual ~BurnObserver() = default;
     virtual void readingTrack(int track) = 0;
-    /// @param doneBytes bytes of the track on the disc so far.  @param sizeBytes its length on the disc in bytes.
+    /// @param doneBytes bytes of the track on the disc so far.  @param sizeBytes its length on the disc in
+    /// bytes.
     virtual void progress(int track, qint64 doneBytes, qint64 sizeBytes) = 0;
     virtual void closingTrack(int track) = 0;
     virtual void closingDisc() = 0;
@@ -63,10 +65,10 @@ inline constexpr qint32 kUnsupported = 10; ///< The recorder cannot do what was 
 struct BurnError
 {
     bool cancelled = false;
-    qint32 error = 0;     ///< DVDWriterPro::kDriveError, or a BurnErrorCode.
-    qint32 sense = 0;     ///< 1000 to 1055 with kDriveError.
-    QString description{};  ///< A sentence that says what happened, or what to do.
-    QString senseData{};    ///< "[K ASC ASCQ]" in hexadecimal, as the drive reported it.
+    qint32 error = 0;      ///< DVDWriterPro::kDriveError, or a BurnErrorCode.
+    qint32 sense = 0;      ///< 1000 to 1055 with kDriveError.
+    QString description{}; ///< A sentence that says what happened, or what to do.
+    QString senseData{};   ///< "[K ASC ASCQ]" in hexadecimal, as the drive reported it.
 
     /// The end that the user asked for.
     static BurnError byUser();
@@ -83,13 +85,13 @@ struct Medium
 {
     int status = DVDWriterPro::kNoDisc; ///< One of DVDWriterPro's disc states.
     bool holdsData = false;
-    CdTime capacity{};                  ///< Frames that may be written, pregaps included.
-    QList<WriteSpeed> speeds{};         ///< Fastest first, each once; empty when there is no choice.
+    CdTime capacity{};          ///< Frames that may be written, pregaps included.
+    QList<WriteSpeed> speeds{}; ///< Fastest first, each once; empty when there is no choice.
 };
 
-/// One place that can take a disc: a drive, or the recorder of disc images. Calls block; the writer makes them
-/// on a worker thread, never two at a time for one recorder. The identity and ability calls answer at once, from
-/// any thread, with what was found when the recorder was made.
+/// One place that can take a disc: a drive, or the recorder of disc images. Calls block; the writer makes
+/// them on a worker thread, never two at a time for one recorder. The identity and ability calls answer at
+/// once, from any thread, with what was found when the recorder was made.
 class Recorder
 {
 public:
@@ -105,9 +107,9 @@ public:
     /// Looks at the disc. Bounded in time; the drive is left unlocked and free. No disc is an answer, not a
     /// failure; a failure says why the drive could not be asked.
     virtual Outcome<Medium> inspect() = 0;
-    /// Writes, closes and reads back. Returns nothing on success. Every phase is bounded in time, and the recorder
-    /// is left unlocked and free however it ends. The track count, the files and the capacity were checked before;
-    /// what changes since then is an error here.
+    /// Writes, closes and reads back. Returns nothing on success. Every phase is bounded in time, and the
+    /// recorder is left unlocked and free however it ends. The track count, the files and the capacity were
+    /// checked before; what changes since then is an error here.
     virtual std::optional<BurnError> write(const BurnJob& job, BurnObserver& observer) = 0;
     /// Hands the disc out, where there is one.
     virtual void eject() {}
@@ -117,7 +119,8 @@ public:
 struct FoundRecorders
 {
     std::vector<std::shared_ptr<Recorder>> recorders{};
-    bool allUsable = true; ///< false when a recorder exists that may not be opened or that another program holds.
+    bool allUsable =
+        true; ///< false when a recorder exists that may not be opened or that another program holds.
 };
 
 /// Finds recorders. Runs on the worker thread and may take its time.

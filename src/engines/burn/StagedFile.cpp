@@ -45,7 +45,9 @@ bool renameToFree(const QString& from, const QString& to)
         return true;
     if (errno != EINVAL && errno != ENOSYS)
         return false;
-    struct stat s{};
+    struct stat s
+    {
+    };
     return ::lstat(target.constData(), &s) != 0 && ::rename(source.constData(), target.constData()) == 0;
 }
 
@@ -152,7 +154,8 @@ void StagedFile::remove()
 void StagedFile::removeLeftOvers(const QString& folder)
 {
     const QStringList pattern{kHiddenPrefix + QStringLiteral("Disc *") + kHiddenSuffix};
-    for (const QString& name : QDir(folder).entryList(pattern, QDir::Files | QDir::Hidden | QDir::NoSymLinks)) {
+    for (const QString& name :
+         QDir(folder).entryList(pattern, QDir::Files | QDir::Hidden | QDir::NoSymLinks)) {
         const QString path = QDir(folder).filePath(name);
         const int fd = ::open(nativeName(path).constData(), O_RDWR | O_CLOEXEC);
         if (fd < 0)

@@ -16,7 +16,8 @@ public:
     ~StagedFile();
     Q_DISABLE_COPY_MOVE(StagedFile)
 
-    /// @param name the final name in @p folder.  @returns WriteFailed or NoPermission, the detail is the folder.
+    /// @param name the final name in @p folder.  @returns WriteFailed or NoPermission, the detail is the
+    /// folder.
     Outcome<> create(const QString& folder, const QString& name);
     Outcome<> write(const char* data, qint64 size);
     /// Reserves room, so that a full storage shows before the work and not after it.
@@ -25,8 +26,8 @@ public:
     Outcome<> flush();
     /// Gives the file its name, never in place of another file.
     Outcome<> keep();
-    /// Takes the name away for good: the file can be opened by currentPath for as long as this object lives, and
-    /// nothing of it is left after that, not even when the program is killed.
+    /// Takes the name away for good: the file can be opened by currentPath for as long as this object lives,
+    /// and nothing of it is left after that, not even when the program is killed.
     void makeNameless();
     /// What to open to read the file at the moment.
     QString currentPath() const;

@@ -40,7 +40,8 @@ Outcome<> TrackCache::reserve(const BurnJob& job)
     if (!QDir().mkpath(m_folder))
         return Failure{Failure::Kind::WriteFailed, m_folder};
     for (qsizetype i = 0; i < job.tracks.size(); ++i) {
-        const QString name = QStringLiteral("zib-track-%1-%2").arg(QCoreApplication::applicationPid()).arg(i + 1);
+        const QString name =
+            QStringLiteral("zib-track-%1-%2").arg(QCoreApplication::applicationPid()).arg(i + 1);
         auto file = std::make_unique<StagedFile>();
         if (auto created = file->create(m_folder, name); !created)
             return created;

@@ -21,7 +21,8 @@ constexpr int kMostChunks = 10'000;
 constexpr quint16 kPcm = 1;
 constexpr quint16 kExtensible = 0xFFFE;
 /// Behind the two bytes of the format: the rest of the identifier that marks a sub-format as a plain one.
-constexpr std::array<uchar, 14> kPlainSubFormat = {0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
+constexpr std::array<uchar, 14> kPlainSubFormat = {0, 0, 0,    0, 0x10, 0,    0x80,
+                                                   0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
 
 Failure unreadableFile(const QString& name)
 {
@@ -30,7 +31,9 @@ Failure unreadableFile(const QString& name)
 
 FileStamp stampOf(const struct stat& s)
 {
-    return {.device = s.st_dev, .inode = s.st_ino, .bytes = s.st_size,
+    return {.device = s.st_dev,
+            .inode = s.st_ino,
+            .bytes = s.st_size,
             .changedNs = qint64{s.st_mtim.tv_sec} * 1'000'000'000 + s.st_mtim.tv_nsec};
 }
 
@@ -39,7 +42,9 @@ FileStamp stampOf(const struct stat& s)
 int openToRead(const QString& path)
 {
     const QByteArray name = QFile::encodeName(path);
-    struct stat s{};
+    struct stat s
+    {
+    };
     if (::stat(name.constData(), &s) != 0 || !S_ISREG(s.st_mode))
         return -1;
     return ::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -50,7 +55,9 @@ struct Input
 {
     explicit Input(const QString& path) : fd(openToRead(path))
     {
-        struct stat s{};
+        struct stat s
+        {
+        };
         if (fd >= 0 && fstat(fd, &s) == 0)
             stamp = stampOf(s);
     }
@@ -89,8 +96,8 @@ bool isCdFormat(const std::array<uchar, 40>& format, qint64 size)
         return false;
     if (word(0) == kPcm)
         return true;
-    return word(0) == kExtensible && size >= 40 && word(24) == kPcm
-        && std::equal(kPlainSubFormat.begin(), kPlainSubFormat.end(), format.begin() + 26);
+    return word(0) == kExtensible && size >= 40 && word(24) == kPcm &&
+           std::equal(kPlainSubFormat.begin(), kPlainSubFormat.end(), format.begin() + 26);
 }
 
 void readFormat(const Input& file, qint64 offset, qint64 size, WavLayout& layout)
@@ -127,7 +134,8 @@ WavLayout walkChunks(const Input& file)
         return layout;
     std::array<char, 8> chunk{};
     qint64 at = 12;
-    for (int n = 0; n < kMostChunks && layout.dataOffset < 0 && file.readAt(at, chunk.data(), chunk.size()); ++n) {
+    for (int n = 0; n < kMostChunks && layout.dataOffset < 0 && file.readAt(at, chunk.data(), chunk.size());
+         ++n) {
         const qint64 size = qFromLittleEndian<quint32>(chunk.data() + 4);
         at += 8;
         if (std::memcmp(chunk.data(), "fmt ", 4) == 0)
@@ -143,7 +151,8 @@ WavLayout walkChunks(const Input& file)
 
 CdTime lengthOnDisc(qint64 dataBytes)
 {
-    return std::max(CdTime::holdingSamples(dataBytes / kBytesPerPair), CdTime::fromFrames(kShortestTrackFrames));
+    return std::max(CdTime::holdingSamples(dataBytes / kBytesPerPair),
+                    CdTime::fromFrames(kShortestTrackFrames));
 }
 
 } // namespace
@@ -156,14 +165,22 @@ Outcome<BurnTrack> findTrack(const QString& path)
     const WavLayout layout = walkChunks(file);
     if (!layout.cdFormat || layout.dataBytes == 0)
         return unreadableFile(path);
-    return BurnTrack{.path = path, .name = path, .dataOffset = layout.dataOffset, .dataBytes = layout.dataBytes,
-                     .length = lengthOnDisc(layout.dataBytes), .stamp = file.stamp};
+    return BurnTrack{.path = path,
+                     .name = path,
+                     .dataOffset = layout.dataOffset,
+                     .dataBytes = layout.dataBytes,
+                     .length = lengthOnDisc(layout.dataBytes),
+                     .stamp = file.stamp};
 }
 
 BurnTrack atCopy(const BurnTrack& track, const QString& path)
 {
-    return {.path = path, .name = track.name, .dataOffset = 0, .dataBytes = track.length.bytes(),
-            .length = track.length, .stamp = Input(path).stamp};
+    return {.path = path,
+            .name = track.name,
+            .dataOffset = 0,
+            .dataBytes = track.length.bytes(),
+            .length = track.length,
+            .stamp = Input(path).stamp};
 }
 
 TrackSource::~TrackSource()
@@ -184,7 +201,9 @@ Outcome<> TrackSource::open(const BurnTrack& track)
     m_track = track;
     m_done = 0;
     m_file = openToRead(track.path);
-    struct stat s{};
+    struct stat s
+    {
+    };
     if (m_file < 0 || fstat(m_file, &s) != 0 || stampOf(s) != track.stamp)
         return unreadableFile(m_track.name);
     posix_fadvise(m_file, track.dataOffset, track.dataBytes, POSIX_FADV_SEQUENTIAL);
@@ -197,8 +216,8 @@ Outcome<qint64> TrackSource::read(char* buffer, qint64 size)
     const qint64 sound = std::clamp<qint64>(m_track.dataBytes - m_done, 0, wanted);
     qint64 got = 0;
     while (got < sound) {
-        const ssize_t n = pread(m_file, buffer + got, static_cast<size_t>(sound - got),
-                                m_track.dataOffset + m_done + got);
+        const ssize_t n =
+            pread(m_file, buffer + got, static_cast<size_t>(sound - got), m_track.dataOffset + m_done + got);
         if (n < 0 && errno == EINTR)
             continue;
         if (n <= 0)
@@ -207,7 +226,9 @@ Outcome<qint64> TrackSource::read(char* buffer, qint64 size)
     }
     std::memset(buffer + sound, 0, static_cast<size_t>(wanted - sound));
     m_done += wanted;
-    struct stat s{};
+    struct stat s
+    {
+    };
     if (sound > 0 && m_done >= m_track.dataBytes && (fstat(m_file, &s) != 0 || stampOf(s) != m_track.stamp))
         return unreadableFile(m_track.name);
     return wanted;

@@ -29,12 +29,14 @@ struct BurnTrack
     FileStamp stamp{};     ///< The file as it was when the samples were found.
 };
 
-/// Looks into a WAV file of 44100 Hz, 16 bits, 2 channels: plain PCM, RIFF or RF64, extensible header allowed,
-/// any other chunks skipped. A data chunk that claims more than the file holds is taken as far as it goes.
+/// Looks into a WAV file of 44100 Hz, 16 bits, 2 channels: plain PCM, RIFF or RF64, extensible header
+/// allowed, any other chunks skipped. A data chunk that claims more than the file holds is taken as far as it
+/// goes.
 /// @returns UnreadableFile when it is anything else, holds no sample, or is no regular file; NotFound.
 Outcome<BurnTrack> findTrack(const QString& path);
 
-/// @p track with its samples standing in the headerless copy @p path, padding included, and known by the same name.
+/// @p track with its samples standing in the headerless copy @p path, padding included, and known by the same
+/// name.
 BurnTrack atCopy(const BurnTrack& track, const QString& path);
 
 /// Reads the samples of one track as the disc takes them: little endian, padded with silence to its length.

@@ -31,8 +31,8 @@ private:
     std::shared_ptr<Gate> m_gate;
 };
 
-/// One thread that does one thing after the other. What hangs in it beyond all bounds is left behind rather than
-/// waited for, so tasks own everything they touch (shared pointers, copies).
+/// One thread that does one thing after the other. What hangs in it beyond all bounds is left behind rather
+/// than waited for, so tasks own everything they touch (shared pointers, copies).
 class Worker
 {
 public:
@@ -46,8 +46,8 @@ public:
 
     void post(std::function<void()> task);
 
-    /// Runs @p question on the thread and returns its answer. Meanwhile the caller's events go on, without the
-    /// user's input. Nothing when @p owner was destroyed by one of them.
+    /// Runs @p question on the thread and returns its answer. Meanwhile the caller's events go on, without
+    /// the user's input. Nothing when @p owner was destroyed by one of them.
     template <typename Answer>
     std::optional<Answer> ask(QObject* owner, std::function<Answer()> question)
     {
@@ -62,7 +62,8 @@ public:
             waker->post([] {});
         });
         while (guard && !done->load())
-            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
+            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
+                                            QEventLoop::WaitForMoreEvents);
         waker->close();
         if (!guard || !done->load())
             return std::nullopt;

@@ -48,7 +48,9 @@ void WriteReporter::readingTrack(int track)
 {
     completeUpTo(track - 1);
     const BurnTrack& read = m_job.tracks[track - 1];
-    m_events.push({.kind = WriteEvent::Kind::Reading, .track = track, .size = told(read.length.frames()),
+    m_events.push({.kind = WriteEvent::Kind::Reading,
+                   .track = track,
+                   .size = told(read.length.frames()),
                    .name = QFileInfo(read.name).fileName()});
 }
 
@@ -91,7 +93,8 @@ void WriteReporter::tell(int track, qint64 done, qint64 size)
 {
     m_track = track;
     m_done = done;
-    m_events.push({.kind = WriteEvent::Kind::Progress, .track = track, .done = told(done), .size = told(size)});
+    m_events.push(
+        {.kind = WriteEvent::Kind::Progress, .track = track, .done = told(done), .size = told(size)});
 }
 
 } // namespace zib

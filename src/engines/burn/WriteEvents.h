@@ -13,19 +13,28 @@ namespace zib {
 /// One thing that a running write has to tell.
 struct WriteEvent
 {
-    enum class Kind { Preparing, Caching, Reading, Progress, ClosingTrack, ClosingDisc, Ended };
+    enum class Kind
+    {
+        Preparing,
+        Caching,
+        Reading,
+        Progress,
+        ClosingTrack,
+        ClosingDisc,
+        Ended
+    };
 
     Kind kind;
     qint32 track = 0;
-    qint32 done = 0;  ///< Percent for Caching, bytes for Progress.
-    qint32 size = 0;  ///< Sectors for Reading, bytes for Progress.
-    QString name{};   ///< The file's name for Reading.
+    qint32 done = 0;     ///< Percent for Caching, bytes for Progress.
+    qint32 size = 0;     ///< Sectors for Reading, bytes for Progress.
+    QString name{};      ///< The file's name for Reading.
     bool failed = false; ///< For Ended; error then says why.
     BurnError error{};
 };
 
-/// Events on their way from the worker to the owner's thread, in order. A newer position takes the place of one
-/// that nobody has fetched yet, so fast work makes no flood. Any thread.
+/// Events on their way from the worker to the owner's thread, in order. A newer position takes the place of
+/// one that nobody has fetched yet, so fast work makes no flood. Any thread.
 class WriteEvents
 {
 public:
@@ -37,8 +46,8 @@ private:
     std::deque<WriteEvent> m_events;
 };
 
-/// Turns what a recorder tells into events: positions never fall, stay within the track, and every track that is
-/// left behind has ended at its full size. The worker's thread only.
+/// Turns what a recorder tells into events: positions never fall, stay within the track, and every track that
+/// is left behind has ended at its full size. The worker's thread only.
 class WriteReporter final : public BurnObserver
 {
 public:
@@ -57,8 +66,8 @@ private:
 
     const BurnJob& m_job;
     WriteEvents& m_events;
-    int m_track = 0;     ///< The track told last.
-    qint64 m_done = 0;   ///< Its position told last.
+    int m_track = 0;   ///< The track told last.
+    qint64 m_done = 0; ///< Its position told last.
 };
 
 } // namespace zib

@@ -8,15 +8,16 @@ namespace {
 // The sentence numbers of what is found out before the drive could say it, with the sense data it would give.
 constexpr qint32 kSenseNoDisc = 1033;
 constexpr qint32 kSensePastTheEnd = 1021;
-const QString kNoDiscData = QStringLiteral("[2 3A 00]");      // MMC: medium not present
-const QString kPastTheEndData = QStringLiteral("[5 21 00]");  // SPC: logical block address out of range
+const QString kNoDiscData = QStringLiteral("[2 3A 00]");     // MMC: medium not present
+const QString kPastTheEndData = QStringLiteral("[5 21 00]"); // SPC: logical block address out of range
 } // namespace
 
 void WriteRun::run()
 {
     job.cancelled = &cancelled;
     const auto error = perform();
-    events.push({.kind = WriteEvent::Kind::Ended, .failed = error.has_value(), .error = error.value_or(BurnError{})});
+    events.push(
+        {.kind = WriteEvent::Kind::Ended, .failed = error.has_value(), .error = error.value_or(BurnError{})});
 }
 
 std::optional<BurnError> WriteRun::perform()
@@ -60,8 +61,8 @@ std::optional<BurnError> WriteRun::checkDisc() const
         return BurnError::from(medium.error());
     if (medium->status == DVDWriterPro::kNoDisc)
         return BurnError::withSense(kSenseNoDisc, kNoDiscData);
-    const bool writable = medium->status == DVDWriterPro::kBlankDisc
-        || medium->status == DVDWriterPro::kAppendableDisc;
+    const bool writable =
+        medium->status == DVDWriterPro::kBlankDisc || medium->status == DVDWriterPro::kAppendableDisc;
     if (!writable || medium->holdsData)
         return BurnError::from({Failure::Kind::WrongMedium, recorder->path()});
     if (job.totalLength() <= medium->capacity)
