@@ -271,6 +271,7 @@ void TestHelp::everyMessage_hasItsAdvice_data()
              "There are no files in the list, need not to save.",
              "Would you like to save this project?",
              "Create directory error: ",
+             "These settings cannot be read, so their defaults are used:",
              "That the TIPOFDAY.TXT file was not found? \n\nCreate a text file named TIPOFDAY.TXT using "
              "NotePad "
              "with 1 tip per line. Then place it in the same directory as the application. ",
