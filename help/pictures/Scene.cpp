@@ -59,17 +59,17 @@ QStringList makeAlbum(const QString& folder, zib::FakeAudioShelf& shelf)
 
 QString Recorder::driveText1(int drive) const
 {
-    return drive == 0 ? QStringLiteral("/dev/sr0") : QStringLiteral("Image");
+    return drive == 0 ? QStringLiteral("/dev/sr0") : QStringLiteral("Images");
 }
 
 QString Recorder::driveText2(int drive) const
 {
-    return drive == 0 ? QStringLiteral("HL-DT-ST") : QStringLiteral("Disc Image");
+    return drive == 0 ? QStringLiteral("HL-DT-ST") : QStringLiteral("Disc image");
 }
 
 QString Recorder::driveText3(int drive) const
 {
-    return drive == 0 ? QStringLiteral("DVDRAM GH24NSD5") : QStringLiteral("Recorder");
+    return drive == 0 ? QStringLiteral("DVDRAM GH24NSD5") : QStringLiteral("(CUE and BIN file)");
 }
 
 QList<zib::WriteSpeed> Recorder::writeSpeeds()

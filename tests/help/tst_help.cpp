@@ -321,8 +321,8 @@ void TestHelp::everyWriterError_hasItsAdvice()
 {
     const QString text = page("writer-errors.html").simplified();
     const QStringList rows = found(text, "<tr valign=\"top\">(.*?)</tr>");
-    QCOMPARE(rows.size(), 56);
-    for (int n = 0; n < rows.size(); ++n) {
+    QCOMPARE(rows.size(), 56 + 9); // nine more of other kinds follow
+    for (int n = 0; n < 56; ++n) {
         const QStringList cells = found(rows[n], "<td>(.*?)</td>");
         QCOMPARE(cells.size(), 3);
         QCOMPARE(visibleText(cells[0]), QString::number(1000 + n));
