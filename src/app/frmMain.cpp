@@ -2,6 +2,7 @@
 
 #include "ui_frmMain.h"
 
+#include "app/ProjectFile.h"
 #include "app/ToolbarLook.h"
 #include "app/totals.h"
 #include "common/Colors.h"
@@ -36,7 +37,6 @@ constexpr int kTipDelayMs = 200;
 constexpr int kYieldMs = 40; ///< Longest stretch of adding files without a look at the window's events.
 constexpr int kFileNameBuffer = 32767;
 constexpr int kHintMs = 10000;
-constexpr int kMostProjectFiles = 200;
 constexpr std::array<int, CompilationModel::ColumnCount> kColumnTwips{1129, 3598, 2540, 2540,
                                                                       1835, 1834, 2540};
 constexpr std::array<int, 6> kPanelTwips{3598, 2540, 3950, 2822, 1834, 1482};
@@ -54,9 +54,8 @@ const QString kNothingToSave = QStringLiteral("There are no files in the list, n
 const QString kSaveProject = QStringLiteral("Would you like to save this project?");
 const QString kTooManyNames = QStringLiteral("So many names do not fit in one choice. "
                                              "Choose fewer files, or drop them on this window.");
-const QString kGeneral = QStringLiteral("General");
-const QString kFileCount = QStringLiteral("FileCount");
-const QString kFiles = QStringLiteral("Files");
+const QString kNotWritten = QStringLiteral("The project could not be written. The file is as it was before.");
+const QString kLeftOut = QStringLiteral("%1 of the files have names that a project cannot hold.");
 const QString kProjectFilter = QStringLiteral("Project Files(*.zibp)|*.zibp|All Files(*.*)|*.*");
 
 /// The number behind the last "_" of a control's name.
@@ -81,23 +80,6 @@ bool isFile(const QString& path)
 {
     const QFileInfo file(path);
     return file.exists() && !file.isDir();
-}
-
-QString fileKey(int number)
-{
-    return QStringLiteral("File%1").arg(number);
-}
-
-/// The files of a project that are there.
-QStringList filesOf(const QString& project, int count)
-{
-    QStringList paths;
-    for (int i = 1; i <= count; ++i) {
-        const QString path = GeneralAPI::ReadIniString(kFiles, fileKey(i), QString(), project);
-        if (isFile(path))
-            paths << path;
-    }
-    return paths;
 }
 
 } // namespace
@@ -419,7 +401,7 @@ void frmMain::AddFilesDialog()
     if (chosen)
         addFiles(pathsOf(*chosen));
     else if (chosen.error().kind != zib::Failure::Kind::Cancelled)
-        ui->StatusBar1->showMessage(kTooManyNames, kHintMs);
+        showHint(kTooManyNames);
     RefreshTotals();
 }
 
@@ -603,13 +585,11 @@ void frmMain::OpenProject()
     if (name.isEmpty() || !isFile(name))
         return;
     ProjectFileName = name;
-    const QString count = GeneralAPI::ReadIniString(kGeneral, kFileCount, QStringLiteral("0"), name);
-    bool numeric = false;
-    const int files = count.toInt(&numeric);
-    if (!numeric || files < 1 || files > kMostProjectFiles)
+    const auto files = zib::ProjectFile(name).read();
+    if (!files)
         return;
     m_list.clear();
-    addFiles(filesOf(name, files));
+    addFiles(*files);
     if (m_list.count() > 0)
         showProjectName();
     RefreshTotals();
@@ -634,9 +614,14 @@ void frmMain::SaveProject()
         SaveProjectAs(); // It comes back here with a name.
         return;
     }
-    GeneralAPI::WriteIniString(kGeneral, kFileCount, QString::number(m_list.count()), ProjectFileName);
-    for (int i = 0; i < m_list.count(); ++i)
-        GeneralAPI::WriteIniString(kFiles, fileKey(i + 1), m_list.rows().at(i).path(), ProjectFileName);
+    QStringList paths;
+    for (const zib::CompilationRow& row : m_list.rows())
+        paths << row.path();
+    const auto left = zib::ProjectFile(ProjectFileName).write(paths);
+    if (!left)
+        showHint(kNotWritten);
+    else if (!left->isEmpty())
+        showHint(kLeftOut.arg(left->size()));
 }
 
 bool frmMain::SaveProjectAs()
@@ -666,6 +651,12 @@ void frmMain::setPanel(QLabel* panel, const QString& text)
 {
     panel->setText(text);
     panel->setToolTip(text);
+}
+
+/// What went wrong without a box of its own; the panels come back after a while.
+void frmMain::showHint(const QString& text)
+{
+    ui->StatusBar1->showMessage(text, kHintMs);
 }
 
 /// Date and time of the system; wakes at the next full minute.

@@ -100,6 +100,7 @@ private:
     void showProjectName();
     void showToolbar(bool on);
     void showClock();
+    void showHint(const QString& text);
     static void setPanel(QLabel* panel, const QString& text);
 
     std::unique_ptr<Ui::frmMain> ui;

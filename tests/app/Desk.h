@@ -1,0 +1,114 @@
+#pragma once
+
+#include "app/frmMain.h"
+#include "common/GenralMacro.h"
+#include "fakes/FakeAudioInformation.h"
+#include "fakes/FakeSeams.h"
+#include "platform/IniFile.h"
+
+#include <QAction>
+#include <QFile>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTest>
+
+/// A main window with every outside thing faked, in an application folder of its own with real files.
+struct Desk
+{
+    Desk()
+    {
+        zib::setApplicationFolder(folder.path());
+        desk.components.makeInformation = [this] {
+            return std::make_unique<zib::FakeAudioInformation>(shelf);
+        };
+        set("View", "Show Splash Screen", "False");
+        set("View", "Show Tips Of Day", "False");
+    }
+
+    /// The window, made at the first call, so that a test can write settings before.
+    frmMain& window()
+    {
+        if (!m_window) {
+            m_window = std::make_unique<frmMain>(desk.services);
+            m_window->show();
+        }
+        return *m_window;
+    }
+    void set(const char* section, const char* key, const char* value)
+    {
+        ini.WritePrivateProfileStringA(section, QByteArray(key), QByteArray(value),
+                                       folder.filePath("settings.ini"));
+    }
+    /// A file of @p bytes bytes that the fake component takes for a sound of @p ms milliseconds.
+    QString sound(const QString& name, qint32 ms = 60000, int bytes = 1000, const QString& title = {},
+                  const QString& artist = {})
+    {
+        const QString path = file(name, bytes);
+        zib::FakeSound sound;
+        sound.durationMs = ms;
+        sound.title = title;
+        sound.artist = artist;
+        shelf.sounds.insert(path, sound);
+        return path;
+    }
+    QString file(const QString& name, int bytes = 10)
+    {
+        QFile file(folder.filePath(name));
+        if (file.open(QIODevice::WriteOnly))
+            file.write(QByteArray(bytes, 'x'));
+        return file.fileName();
+    }
+    /// Adds files through the Add Files dialog, which answers with @p paths, all of the application folder.
+    void add(const QStringList& paths)
+    {
+        QStringList parts{paths.size() == 1 ? paths.first() : folder.path()};
+        for (const QString& path : paths)
+            if (paths.size() > 1)
+                parts << path.section('/', -1);
+        desk.dialogs.files << parts.join(QChar(QChar::Null));
+        trigger("mnuFileSub_1");
+    }
+    /// Three tracks of a minute each.
+    void addThree() { add({sound("a.wav"), sound("b.wav"), sound("c.wav")}); }
+
+    template <typename T>
+    T* control(const QString& name)
+    {
+        T* found = window().findChild<T*>(name);
+        if (!found)
+            qFatal("There is no control %s", qPrintable(name));
+        return found;
+    }
+    QAction* action(const QString& name) { return control<QAction>(name); }
+    void trigger(const QString& name) { action(name)->trigger(); }
+    QTableView* list() { return control<QTableView>("ListView1"); }
+    QString cell(int row, int column) { return list()->model()->index(row, column).data().toString(); }
+    int rows() { return list()->model()->rowCount(); }
+    QStringList column(int number)
+    {
+        QStringList texts;
+        for (int row = 0; row < rows(); ++row)
+            texts << cell(row, number);
+        return texts;
+    }
+    QString panel(int number)
+    {
+        return control<QWidget>(QString("StatusBar1_%1").arg(number))->property("text").toString();
+    }
+    bool ticked(int row)
+    {
+        return list()->model()->index(row, 0).data(Qt::CheckStateRole).toInt() == Qt::Checked;
+    }
+    void tick(int row)
+    {
+        list()->model()->setData(list()->model()->index(row, 0), Qt::Checked, Qt::CheckStateRole);
+    }
+
+    QTemporaryDir folder;
+    zib::IniFile ini;
+    zib::FakeDesk desk{&ini};
+    zib::FakeAudioShelf shelf;
+
+private:
+    std::unique_ptr<frmMain> m_window;
+};
