@@ -1,0 +1,67 @@
+#pragma once
+
+#include "common/CompilationRow.h"
+#include "common/Services.h"
+
+#include <QDialog>
+#include <QList>
+
+#include <memory>
+
+namespace Ui {
+class frmLabelDesigner;
+}
+
+namespace zib {
+class LabelSurface;
+class TextControl;
+} // namespace zib
+
+/// The label designer: shows the label, edits its title and cells in place, opens the layout dialogs and
+/// prints. A click on a text opens the editor, any other click closes it. F2 opens it on the title, Tab walks
+/// on to the cells, Enter closes it, Escape puts it away without a change.
+class frmLabelDesigner final : public QDialog
+{
+    Q_OBJECT
+public:
+    /// Makes a new label document from @p rows.
+    frmLabelDesigner(const zib::Services& services, const QList<zib::CompilationRow>& rows,
+                     QWidget* parent = nullptr);
+    ~frmLabelDesigner() override;
+
+    /// @returns the width and height of the label area, in twips.
+    QSize labelArea() const;
+    /// What a dialog's applied changes call for; the document has changed. A picture that cannot be shown is
+    /// told in a box.
+    void RedrawTable();
+    void RedrawTitle();
+    void RedrawBackground();
+
+protected:
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
+
+private:
+    void connectControls();
+    void Form_Load(const QList<zib::CompilationRow>& rows);
+    void Form_Click();
+    void cdTitle_Click();
+    void labels_Click(int n);
+    void Title_Click();
+    void cmdBack_Click();
+    void cmdList_Click();
+    void cmdPrint_Click();
+    void cmdClose_Click();
+    bool editNext(bool forward);
+    void edit(int target);
+    zib::TextControl* targetLabel() const;
+    void BeginCellEdit(const zib::TextControl* label);
+    void EndCellEdit();
+    void hideEditor();
+
+    std::unique_ptr<Ui::frmLabelDesigner> ui;
+    const zib::Services m_services;
+    zib::LabelSurface* m_surface;
+    int EditTarget = -2; ///< -2 is nothing, -1 the title, a positive number that member of labels.
+};

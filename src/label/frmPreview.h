@@ -1,0 +1,48 @@
+#pragma once
+
+#include "common/Outcome.h"
+#include "common/Services.h"
+
+#include <QDialog>
+
+#include <memory>
+
+namespace Ui {
+class frmPreview;
+}
+
+namespace zib {
+class LabelSurface;
+}
+
+class QTimer;
+
+/// The label alone, at the size of the designer's label area. It prints itself once, a second after loading,
+/// and closes on a double-click.
+class frmPreview final : public QDialog
+{
+    Q_OBJECT
+public:
+    /// @param labelArea the designer's label area, in twips.
+    frmPreview(const zib::Services& services, QSize labelArea, QWidget* parent = nullptr);
+    ~frmPreview() override;
+
+    /// @returns why the window cannot be shown; the detail is a sentence for the user.
+    const zib::Outcome<>& loaded() const { return m_loaded; }
+
+protected:
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+private:
+    void connectControls();
+    void Form_Load(QSize labelArea);
+    void Form_DblClick();
+    void Timer1_Timer();
+    zib::Outcome<> print();
+
+    std::unique_ptr<Ui::frmPreview> ui;
+    const zib::Services m_services;
+    zib::LabelSurface* m_surface;
+    QTimer* m_timer;
+    zib::Outcome<> m_loaded;
+};

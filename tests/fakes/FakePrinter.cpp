@@ -1,0 +1,23 @@
+#include "fakes/FakePrinter.h"
+
+#include <QPainter>
+
+namespace zib {
+
+Outcome<> FakePrinter::print(const QString& jobName, const Page& page)
+{
+    if (!m_tray.answer)
+        return m_tray.answer;
+    QImage paper(794, 1123, QImage::Format_RGB32);
+    paper.fill(Qt::white);
+    paper.setDotsPerMeterX(3780);
+    paper.setDotsPerMeterY(3780);
+    QPainter painter(&paper);
+    painter.scale(96 / 1440.0, 96 / 1440.0);
+    page(painter);
+    painter.end();
+    m_tray.jobs << Job{jobName, paper};
+    return {};
+}
+
+} // namespace zib
