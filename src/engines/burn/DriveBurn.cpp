@@ -1,0 +1,325 @@
+#include "engines/burn/DriveBurn.h"
+
+#include "engines/burn/DiscReadback.h"
+
+#include <QFileInfo>
+#include <QThread>
+
+#include <algorithm>
+
+#include <libburn/libburn.h>
+
+namespace zib {
+
+namespace {
+
+constexpr int kFifoFrames = 1500; ///< Twenty seconds of sound at single speed.
+constexpr int kLibraryBlock = 2048;
+
+QString fileName(const QString& path)
+{
+    return QFileInfo(path).fileName();
+}
+
+BurnError plainError(qint32 code, const QString& description)
+{
+    BurnError error;
+    error.error = code;
+    error.description = description;
+    return error;
+}
+
+BurnError senseError(const Sense& sense, const QString& description)
+{
+    BurnError error = plainError(DVDWriterPro::kDriveError, description);
+    error.sense = writerErrorCode(sense);
+    error.senseData = sense.toText();
+    return error;
+}
+
+BurnError cancelledByUser()
+{
+    BurnError error;
+    error.cancelled = true;
+    return error;
+}
+
+BurnError unreadable(const QString& path)
+{
+    return plainError(
+        kFileUnreadable,
+        QStringLiteral("The file %1 cannot be read any more. Prepare the list again.").arg(fileName(path)));
+}
+
+} // namespace
+
+BurnError unavailable(const Failure& failure)
+{
+    QString words;
+    switch (failure.kind) {
+    case Failure::Kind::NoPermission:
+        words =
+            QStringLiteral("You are not allowed to use the drive %1. Ask for membership of the group cdrom.");
+        break;
+    case Failure::Kind::Busy:
+        words = QStringLiteral("Another program is using the drive %1. Close it and try again.");
+        break;
+    default:
+        words = QStringLiteral("The drive %1 does not answer. Check that it is connected and switched on.");
+        break;
+    }
+    return plainError(kDriveUnavailable, words.arg(failure.detail));
+}
+
+CdTime capacityOf(burn::burn_drive* drive)
+{
+    int start = 0;
+    int end = 0;
+    if (burn::burn_drive_get_start_end_lba(drive, &start, &end, 0) == 1 && end > 0)
+        return CdTime::fromFrames(end + kPregapFrames);
+    // The library counts sectors of data even where sound is going to be written.
+    const qint64 sectors = burn::burn_disc_available_space(drive, nullptr) / kLibraryBlock;
+    return CdTime::fromFrames(sectors > 0 ? sectors + kPregapFrames : 0);
+}
+
+DiscPlan::DiscPlan(const BurnJob& job)
+    : m_disc(burn::burn_disc_create()), m_session(burn::burn_session_create())
+{
+    burn::burn_disc_add_session(m_disc, m_session, BURN_POS_END);
+    for (const BurnTrack& track : job.tracks)
+        addTrack(track);
+}
+
+DiscPlan::~DiscPlan()
+{
+    for (burn::burn_track* track : m_tracks)
+        burn::burn_track_free(track);
+    burn::burn_session_free(m_session);
+    burn::burn_disc_free(m_disc);
+}
+
+void DiscPlan::addTrack(const BurnTrack& plan)
+{
+    m_feeds.push_back(std::make_unique<TrackFeed>(plan));
+    burn::burn_track* track = burn::burn_track_create();
+    m_tracks.push_back(track);
+    burn::burn_track_define_data(track, 0, 0, 1, BURN_AUDIO);
+    burn::burn_track_set_pregap_size(track, kPregapFrames, 0);
+    burn::burn_source* file = m_feeds.back()->makeSource();
+    burn::burn_source* fifo = burn::burn_fifo_source_new(file, kBytesPerFrame, kFifoFrames, 0);
+    burn::burn_track_set_source(track, fifo ? fifo : file);
+    burn::burn_source_free(file);
+    if (fifo)
+        burn::burn_source_free(fifo);
+    burn::burn_session_add_track(m_session, track, BURN_POS_END);
+}
+
+QString DiscPlan::unopenedFile() const
+{
+    for (const auto& feed : m_feeds)
+        if (!feed->isOpen())
+            return feed->name();
+    return {};
+}
+
+QString DiscPlan::shortFile() const
+{
+    for (const auto& feed : m_feeds)
+        if (feed->failed())
+            return feed->name();
+    return {};
+}
+
+DriveBurn::DriveBurn(GrabbedDrive& grabbed, const DriveRecorder::Traits& traits,
+                     const DrivePatience& patience, const BurnJob& job, BurnObserver& observer)
+    : m_grabbed(grabbed), m_traits(traits), m_patience(patience), m_job(job), m_observer(observer)
+{
+}
+
+std::optional<BurnError> DriveBurn::run()
+{
+    m_messages.clear();
+    const DiscPlan plan(m_job);
+    if (const QString missing = plan.unopenedFile(); !missing.isEmpty())
+        return unreadable(missing);
+    if (auto error = checkDisc())
+        return error;
+    burn::burn_write_opts* options = burn::burn_write_opts_new(m_grabbed.drive());
+    auto error = configure(options, plan.disc());
+    if (!error) {
+        burn::burn_drive_set_speed(m_grabbed.drive(), 0, m_job.speed);
+        m_messages.clear();
+        burn::burn_disc_write(options, plan.disc());
+        watch(plan);
+        error = judge(plan);
+    }
+    burn::burn_write_opts_free(options);
+    return error;
+}
+
+std::optional<BurnError> DriveBurn::checkDisc()
+{
+    burn::burn_drive* drive = m_grabbed.drive();
+    if (burn::burn_disc_get_status(drive) != burn::BURN_DISC_BLANK) {
+        m_messages.collect();
+        return driveError(QStringLiteral("There is no blank disc in the drive any more."));
+    }
+    const CdTime capacity = capacityOf(drive);
+    if (capacity.frames() > 0 && m_job.totalLength() > capacity)
+        return senseError({5, 0x21, 0}, QStringLiteral("The tracks need %1 of the disc's %2.")
+                                            .arg(m_job.totalLength().toMsf(), capacity.toMsf()));
+    return {};
+}
+
+std::optional<BurnError> DriveBurn::configure(burn::burn_write_opts* options, burn::burn_disc* disc)
+{
+    const bool simulates =
+        !m_job.simulate || (burn::burn_write_opts_set_simulate(options, 1) == 1 && m_traits.simulates);
+    if (!simulates)
+        return plainError(kWriteRefused,
+                          QStringLiteral("This drive has no test mode. Uncheck it in the options."));
+    burn::burn_write_opts_set_underrun_proof(options, m_job.bufferProtection ? 1 : 0);
+    burn::burn_write_opts_set_multi(options, m_job.closeDisc ? 0 : 1);
+    burn::burn_write_opts_set_perform_opc(options, 0);
+    if (m_traits.sessionAtOnce)
+        burn::burn_write_opts_set_write_type(options, burn::BURN_WRITE_SAO, burn::BURN_BLOCK_SAO);
+    else
+        burn::burn_write_opts_set_write_type(options, burn::BURN_WRITE_TAO, burn::BURN_BLOCK_MODE1);
+    char reasons[BURN_REASONS_LEN] = {};
+    if (burn::burn_precheck_write(options, disc, reasons, 1) > 0)
+        return {};
+    m_messages.collect();
+    return driveError(QStringLiteral("Drive and disc do not allow this write: %1")
+                          .arg(QString::fromLatin1(reasons).simplified()));
+}
+
+void DriveBurn::watch(const DiscPlan& plan)
+{
+    m_sinceSign.start();
+    for (;;) {
+        burn::burn_progress progress = {};
+        const int status = burn::burn_drive_get_status(m_grabbed.drive(), &progress);
+        m_messages.collect();
+        if (status == burn::BURN_DRIVE_IDLE)
+            break;
+        report(progress, status);
+        const bool wanted = m_job.cancelled && m_job.cancelled->load();
+        m_cancelledByUser = m_cancelledByUser || (wanted && !m_cancelSent);
+        m_stuck = m_stuck || (!m_cancelSent && stalled(progress, status));
+        if (wanted || m_stuck || !plan.shortFile().isEmpty())
+            stopDrive();
+        if (m_cancelSent && m_sinceCancel.elapsed() > m_patience.cancelMs) {
+            m_stuck = true;
+            m_grabbed.abandon();
+            return;
+        }
+        QThread::msleep(static_cast<unsigned long>(m_patience.pollMs));
+    }
+    m_wroteWell = burn::burn_drive_wrote_well(m_grabbed.drive()) == 1;
+}
+
+void DriveBurn::stopDrive()
+{
+    if (m_cancelSent)
+        return;
+    m_cancelSent = true;
+    m_sinceCancel.start();
+    burn::burn_drive_cancel(m_grabbed.drive());
+}
+
+void DriveBurn::report(const burn::burn_progress& progress, int status)
+{
+    const int track = std::clamp(progress.track + 1, 1, static_cast<int>(m_job.tracks.size()));
+    switch (status) {
+    case burn::BURN_DRIVE_WRITING: {
+        if (track != m_track)
+            m_observer.readingTrack(track);
+        m_phase = Phase::Writing;
+        m_track = track;
+        m_trackClosing = false;
+        const qint64 size = m_job.tracks.at(track - 1).length.bytes();
+        m_observer.progress(track, std::clamp<qint64>(qint64{progress.sector} * kBytesPerFrame, 0, size),
+                            size);
+        break;
+    }
+    case burn::BURN_DRIVE_CLOSING_TRACK:
+        if (!m_trackClosing)
+            m_observer.closingTrack(track);
+        m_trackClosing = true;
+        break;
+    case burn::BURN_DRIVE_WRITING_LEADOUT:
+    case burn::BURN_DRIVE_CLOSING_SESSION:
+        if (m_phase != Phase::Closing)
+            m_observer.closingDisc();
+        m_phase = Phase::Closing;
+        break;
+    default:
+        break;
+    }
+}
+
+bool DriveBurn::stalled(const burn::burn_progress& progress, int status)
+{
+    const qint64 sign = (qint64{status} << 56) + (qint64{progress.track} << 40) + progress.sector;
+    if (sign != m_lastSign) {
+        m_lastSign = sign;
+        m_sinceSign.restart();
+        return false;
+    }
+    const bool writing =
+        status == burn::BURN_DRIVE_WRITING && progress.sector > 0 && progress.sector < progress.sectors;
+    return m_sinceSign.elapsed() > (writing ? m_patience.writeMs : m_patience.closeMs);
+}
+
+std::optional<BurnError> DriveBurn::judge(const DiscPlan& plan)
+{
+    if (const QString file = plan.shortFile(); !file.isEmpty())
+        return unreadable(file);
+    if (m_cancelledByUser)
+        return cancelledByUser();
+    if (m_stuck) {
+        BurnError error =
+            driveError(QStringLiteral("The drive stopped answering. Switch it off and on again."));
+        error.error = m_messages.sense() ? DVDWriterPro::kDriveError : kDriveStuck;
+        return error;
+    }
+    if (!m_wroteWell)
+        return driveError(m_phase == Phase::Closing ? QStringLiteral("The drive could not close the disc.")
+                          : m_track > 0 ? QStringLiteral("The drive could not write track %1.").arg(m_track)
+                                        : QStringLiteral("The drive could not begin to write."));
+    if (m_job.simulate)
+        return {};
+    if (m_phase != Phase::Closing)
+        m_observer.closingDisc();
+    return readBack();
+}
+
+BurnError DriveBurn::driveError(const QString& description) const
+{
+    if (m_messages.connectionLost() && !m_messages.sense())
+        return unavailable({Failure::Kind::DeviceGone, m_traits.path});
+    if (!m_messages.sense())
+        return plainError(kWriteRefused, description);
+    return senseError(*m_messages.sense(), description);
+}
+
+std::optional<BurnError> DriveBurn::readBack()
+{
+    m_messages.clear();
+    burn::burn_drive* drive = m_grabbed.drive();
+    const bool read = burn::burn_drive_re_assess(drive, 0) > 0;
+    m_messages.collect();
+    const burn::burn_disc_status state = burn::burn_disc_get_status(drive);
+    const bool closed =
+        state == burn::BURN_DISC_FULL || (!m_job.closeDisc && state == burn::BURN_DISC_APPENDABLE);
+    const std::optional<DiscContents> contents = read && closed ? contentsOf(drive) : std::nullopt;
+    if (contents && shows(*contents, m_job, !m_traits.sessionAtOnce))
+        return {};
+    BurnError error = driveError(QStringLiteral(
+        "The disc was written, but it does not show the tracks when it is read back. Do not use it."));
+    if (error.error != DVDWriterPro::kDriveError)
+        error.error = kNotVerified;
+    return error;
+}
+
+} // namespace zib

@@ -1,0 +1,103 @@
+#pragma once
+
+#include "engines/burn/DriveRecorder.h"
+#include "engines/burn/LibburnSession.h"
+#include "engines/burn/TrackFeed.h"
+
+#include <QElapsedTimer>
+
+#include <memory>
+#include <vector>
+
+namespace burn {
+struct burn_disc;
+struct burn_session;
+struct burn_track;
+struct burn_write_opts;
+struct burn_progress;
+} // namespace burn
+
+namespace zib {
+
+// Error codes of failures that come without sense data.
+inline constexpr qint32 kDriveUnavailable = 1; ///< Gone, not permitted, or held by another program.
+inline constexpr qint32 kFileUnreadable = 2;
+inline constexpr qint32 kWriteRefused = 4; ///< Drive and disc do not allow what was asked.
+inline constexpr qint32 kDriveStuck = 5;
+inline constexpr qint32 kNotVerified = 6; ///< Written, but the disc does not show the tracks.
+
+/// A drive that could not be had, in words that say what to do.
+BurnError unavailable(const Failure& failure);
+
+/// Frames a blank disc takes, the first pregap included; 0 when the drive does not say.
+CdTime capacityOf(burn::burn_drive* drive);
+
+/// The disc as libburn is told of it: one session, one track for each file, two-second pregaps.
+class DiscPlan
+{
+public:
+    explicit DiscPlan(const BurnJob& job);
+    ~DiscPlan();
+    Q_DISABLE_COPY_MOVE(DiscPlan)
+
+    /// The name of the first track file that cannot be opened; empty when all can.
+    QString unopenedFile() const;
+    /// The name of the first track file that gave less than it promised; empty when none did.
+    QString shortFile() const;
+    burn::burn_disc* disc() const { return m_disc; }
+
+private:
+    void addTrack(const BurnTrack& track);
+
+    burn::burn_disc* m_disc;
+    burn::burn_session* m_session;
+    std::vector<burn::burn_track*> m_tracks;
+    std::vector<std::unique_ptr<TrackFeed>> m_feeds;
+};
+
+/// One write from its checks to the reading back, on a drive that is already ours.
+class DriveBurn
+{
+public:
+    DriveBurn(GrabbedDrive& grabbed, const DriveRecorder::Traits& traits, const DrivePatience& patience,
+              const BurnJob& job, BurnObserver& observer);
+
+    std::optional<BurnError> run();
+
+private:
+    enum class Phase
+    {
+        Preparing,
+        Writing,
+        Closing
+    };
+
+    std::optional<BurnError> checkDisc();
+    std::optional<BurnError> configure(burn::burn_write_opts* options, burn::burn_disc* disc);
+    void watch(const DiscPlan& plan);
+    void report(const burn::burn_progress& progress, int status);
+    bool stalled(const burn::burn_progress& progress, int status);
+    void stopDrive();
+    std::optional<BurnError> judge(const DiscPlan& plan);
+    std::optional<BurnError> readBack();
+    BurnError driveError(const QString& description) const;
+
+    GrabbedDrive& m_grabbed;
+    const DriveRecorder::Traits& m_traits;
+    const DrivePatience& m_patience;
+    const BurnJob& m_job;
+    BurnObserver& m_observer;
+    LibburnMessages m_messages;
+    Phase m_phase = Phase::Preparing;
+    int m_track = 0; ///< Being written, from 1; 0 before the first.
+    bool m_trackClosing = false;
+    bool m_cancelSent = false;
+    bool m_cancelledByUser = false;
+    bool m_stuck = false;
+    bool m_wroteWell = false;
+    qint64 m_lastSign = -1; ///< What the drive's progress looked like when it last moved.
+    QElapsedTimer m_sinceSign;
+    QElapsedTimer m_sinceCancel;
+};
+
+} // namespace zib

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "engines/burn/Recorder.h"
+
+#include <memory>
+#include <vector>
+
+namespace zib {
+
+/// How long a drive may take before it counts as stuck, in milliseconds. Real drives calibrate, spin up and
+/// close within these; tests shorten them.
+struct DrivePatience
+{
+    int pollMs = 100;      ///< Between two looks at the drive.
+    int readyMs = 20'000;  ///< For a disc that is being loaded.
+    int writeMs = 120'000; ///< Without one more sector while writing.
+    int closeMs = 600'000; ///< For lead-in, lead-out and closing.
+    int cancelMs = 60'000; ///< From a cancel until the drive is idle.
+};
+
+/// A CD recorder of this machine, through libburn. See Recorder for the calls; each takes the drive for
+/// itself, and gives it back unlocked.
+class DriveRecorder final : public Recorder
+{
+public:
+    /// What a drive says it can do.
+    struct Traits
+    {
+        QString path;
+        QString maker;
+        QString model;
+        bool writesCdR = false;
+        bool writesCdRw = false;
+        bool sessionAtOnce = false;
+        bool trackAtOnce = false;
+        bool simulates = false;
+        bool bufferProtection = false;
+    };
+
+    explicit DriveRecorder(Traits traits, DrivePatience patience = {});
+
+    QString path() const override { return m_traits.path; }
+    QString maker() const override { return m_traits.maker; }
+    QString model() const override { return m_traits.model; }
+    bool canWriteCdR() const override { return m_traits.writesCdR; }
+    bool canWriteCdRw() const override { return m_traits.writesCdRw; }
+    bool canWriteAudio() const override { return m_traits.sessionAtOnce || m_traits.trackAtOnce; }
+    bool hasBufferProtection() const override { return m_traits.bufferProtection; }
+
+    Outcome<Medium> inspect() override;
+    std::optional<BurnError> write(const BurnJob& job, BurnObserver& observer) override;
+    void eject() override;
+
+private:
+    Traits m_traits;
+    DrivePatience m_patience;
+};
+
+/// The CD recorders of this machine.
+struct FoundDrives
+{
+    std::vector<std::unique_ptr<Recorder>> recorders;
+    bool allUsable =
+        true; ///< False when a recorder exists that may not be opened or that another program holds.
+};
+
+/// Looks for recorders; takes up to some seconds for each drive, so never on the thread of a window.
+FoundDrives findDrives(const DrivePatience& patience = {});
+
+} // namespace zib
