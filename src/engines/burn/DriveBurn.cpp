@@ -2,7 +2,6 @@
 
 #include "engines/burn/DiscReadback.h"
 
-#include <QFileInfo>
 #include <QThread>
 
 #include <algorithm>
@@ -16,60 +15,24 @@ namespace {
 constexpr int kFifoFrames = 1500; ///< Twenty seconds of sound at single speed.
 constexpr int kLibraryBlock = 2048;
 
-QString fileName(const QString& path)
-{
-    return QFileInfo(path).fileName();
-}
-
 BurnError plainError(qint32 code, const QString& description)
 {
-    BurnError error;
-    error.error = code;
-    error.description = description;
-    return error;
+    return {.error = code, .description = description};
 }
 
 BurnError senseError(const Sense& sense, const QString& description)
 {
-    BurnError error = plainError(DVDWriterPro::kDriveError, description);
-    error.sense = writerErrorCode(sense);
-    error.senseData = sense.toText();
+    BurnError error = BurnError::withSense(writerErrorCode(sense), sense.toText());
+    error.description = description;
     return error;
 }
 
-BurnError cancelledByUser()
+BurnError unreadable(const QString& name)
 {
-    BurnError error;
-    error.cancelled = true;
-    return error;
-}
-
-BurnError unreadable(const QString& path)
-{
-    return plainError(
-        kFileUnreadable,
-        QStringLiteral("The file %1 cannot be read any more. Prepare the list again.").arg(fileName(path)));
+    return BurnError::from({Failure::Kind::UnreadableFile, name});
 }
 
 } // namespace
-
-BurnError unavailable(const Failure& failure)
-{
-    QString words;
-    switch (failure.kind) {
-    case Failure::Kind::NoPermission:
-        words =
-            QStringLiteral("You are not allowed to use the drive %1. Ask for membership of the group cdrom.");
-        break;
-    case Failure::Kind::Busy:
-        words = QStringLiteral("Another program is using the drive %1. Close it and try again.");
-        break;
-    default:
-        words = QStringLiteral("The drive %1 does not answer. Check that it is connected and switched on.");
-        break;
-    }
-    return plainError(kDriveUnavailable, words.arg(failure.detail));
-}
 
 CdTime capacityOf(burn::burn_drive* drive)
 {
@@ -114,15 +77,7 @@ void DiscPlan::addTrack(const BurnTrack& plan)
     burn::burn_session_add_track(m_session, track, BURN_POS_END);
 }
 
-QString DiscPlan::unopenedFile() const
-{
-    for (const auto& feed : m_feeds)
-        if (!feed->isOpen())
-            return feed->name();
-    return {};
-}
-
-QString DiscPlan::shortFile() const
+QString DiscPlan::failedFile() const
 {
     for (const auto& feed : m_feeds)
         if (feed->failed())
@@ -140,7 +95,7 @@ std::optional<BurnError> DriveBurn::run()
 {
     m_messages.clear();
     const DiscPlan plan(m_job);
-    if (const QString missing = plan.unopenedFile(); !missing.isEmpty())
+    if (const QString missing = plan.failedFile(); !missing.isEmpty())
         return unreadable(missing);
     if (auto error = checkDisc())
         return error;
@@ -176,7 +131,7 @@ std::optional<BurnError> DriveBurn::configure(burn::burn_write_opts* options, bu
     const bool simulates =
         !m_job.simulate || (burn::burn_write_opts_set_simulate(options, 1) == 1 && m_traits.simulates);
     if (!simulates)
-        return plainError(kWriteRefused,
+        return plainError(BurnErrorCode::kUnsupported,
                           QStringLiteral("This drive has no test mode. Uncheck it in the options."));
     burn::burn_write_opts_set_underrun_proof(options, m_job.bufferProtection ? 1 : 0);
     burn::burn_write_opts_set_multi(options, m_job.closeDisc ? 0 : 1);
@@ -203,10 +158,10 @@ void DriveBurn::watch(const DiscPlan& plan)
         if (status == burn::BURN_DRIVE_IDLE)
             break;
         report(progress, status);
-        const bool wanted = m_job.cancelled && m_job.cancelled->load();
+        const bool wanted = m_job.isCancelled();
         m_cancelledByUser = m_cancelledByUser || (wanted && !m_cancelSent);
         m_stuck = m_stuck || (!m_cancelSent && stalled(progress, status));
-        if (wanted || m_stuck || !plan.shortFile().isEmpty())
+        if (wanted || m_stuck || !plan.failedFile().isEmpty())
             stopDrive();
         if (m_cancelSent && m_sinceCancel.elapsed() > m_patience.cancelMs) {
             m_stuck = true;
@@ -273,14 +228,14 @@ bool DriveBurn::stalled(const burn::burn_progress& progress, int status)
 
 std::optional<BurnError> DriveBurn::judge(const DiscPlan& plan)
 {
-    if (const QString file = plan.shortFile(); !file.isEmpty())
+    if (const QString file = plan.failedFile(); !file.isEmpty())
         return unreadable(file);
     if (m_cancelledByUser)
-        return cancelledByUser();
+        return BurnError::byUser();
     if (m_stuck) {
         BurnError error =
             driveError(QStringLiteral("The drive stopped answering. Switch it off and on again."));
-        error.error = m_messages.sense() ? DVDWriterPro::kDriveError : kDriveStuck;
+        error.error = m_messages.sense() ? DVDWriterPro::kDriveError : BurnErrorCode::kStalled;
         return error;
     }
     if (!m_wroteWell)
@@ -297,9 +252,9 @@ std::optional<BurnError> DriveBurn::judge(const DiscPlan& plan)
 BurnError DriveBurn::driveError(const QString& description) const
 {
     if (m_messages.connectionLost() && !m_messages.sense())
-        return unavailable({Failure::Kind::DeviceGone, m_traits.path});
+        return BurnError::from({Failure::Kind::DeviceGone, m_traits.path});
     if (!m_messages.sense())
-        return plainError(kWriteRefused, description);
+        return plainError(BurnErrorCode::kUnsupported, description);
     return senseError(*m_messages.sense(), description);
 }
 
@@ -318,7 +273,7 @@ std::optional<BurnError> DriveBurn::readBack()
     BurnError error = driveError(QStringLiteral(
         "The disc was written, but it does not show the tracks when it is read back. Do not use it."));
     if (error.error != DVDWriterPro::kDriveError)
-        error.error = kNotVerified;
+        error.error = BurnErrorCode::kVerify;
     return error;
 }
 

@@ -19,16 +19,6 @@ struct burn_progress;
 
 namespace zib {
 
-// Error codes of failures that come without sense data.
-inline constexpr qint32 kDriveUnavailable = 1; ///< Gone, not permitted, or held by another program.
-inline constexpr qint32 kFileUnreadable = 2;
-inline constexpr qint32 kWriteRefused = 4; ///< Drive and disc do not allow what was asked.
-inline constexpr qint32 kDriveStuck = 5;
-inline constexpr qint32 kNotVerified = 6; ///< Written, but the disc does not show the tracks.
-
-/// A drive that could not be had, in words that say what to do.
-BurnError unavailable(const Failure& failure);
-
 /// Frames a blank disc takes, the first pregap included; 0 when the drive does not say.
 CdTime capacityOf(burn::burn_drive* drive);
 
@@ -40,10 +30,8 @@ public:
     ~DiscPlan();
     Q_DISABLE_COPY_MOVE(DiscPlan)
 
-    /// The name of the first track file that cannot be opened; empty when all can.
-    QString unopenedFile() const;
-    /// The name of the first track file that gave less than it promised; empty when none did.
-    QString shortFile() const;
+    /// The first track file that cannot be opened or gave less than it promised; empty when none did.
+    QString failedFile() const;
     burn::burn_disc* disc() const { return m_disc; }
 
 private:

@@ -3,14 +3,15 @@
 #include "engines/burn/DriveBurn.h"
 #include "engines/burn/LibburnSession.h"
 
-#include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QThread>
 
 #include <algorithm>
 #include <cmath>
 
 #include <libburn/libburn.h>
+#include <sys/stat.h>
 
 namespace zib {
 
@@ -122,14 +123,17 @@ DriveRecorder::Traits traitsOf(const QString& path, burn::burn_drive_info* info)
     return traits;
 }
 
-/// Device files of the machine's optical drives, in order.
+/// Device files of the machine's optical drives, in order, as the kernel numbers them.
 QStringList opticalDevices()
 {
+    constexpr int kMostDrives = 32;
     QStringList devices;
-    const QDir folder(QStringLiteral("/dev"));
-    for (const QString& name :
-         folder.entryList({QStringLiteral("sr*")}, QDir::System | QDir::Files, QDir::Name))
-        devices << folder.filePath(name);
+    for (int number = 0; number < kMostDrives; ++number) {
+        const QString path = QStringLiteral("/dev/sr%1").arg(number);
+        struct stat status = {};
+        if (::stat(QFile::encodeName(path).constData(), &status) == 0 && S_ISBLK(status.st_mode))
+            devices << path;
+    }
     return devices;
 }
 
@@ -160,7 +164,7 @@ std::optional<BurnError> DriveRecorder::write(const BurnJob& job, BurnObserver& 
     const LibburnSession session;
     GrabbedDrive grabbed(path());
     if (!grabbed)
-        return unavailable(grabbed.failure());
+        return BurnError::from(grabbed.failure());
     DriveBurn burning(grabbed, m_traits, m_patience, job, observer);
     return burning.run();
 }
@@ -173,9 +177,9 @@ void DriveRecorder::eject()
         grabbed.releaseEjecting();
 }
 
-FoundDrives findDrives(const DrivePatience& patience)
+FoundRecorders findDrives(const DrivePatience& patience)
 {
-    FoundDrives found;
+    FoundRecorders found;
     const LibburnSession session;
     for (const QString& path : opticalDevices()) {
         GrabbedDrive grabbed(path);
@@ -185,7 +189,7 @@ FoundDrives findDrives(const DrivePatience& patience)
         }
         const DriveRecorder::Traits traits = traitsOf(path, grabbed.info());
         if (traits.writesCdR || traits.writesCdRw)
-            found.recorders.push_back(std::make_unique<DriveRecorder>(traits, patience));
+            found.recorders.push_back(std::make_shared<DriveRecorder>(traits, patience));
     }
     return found;
 }

@@ -56,15 +56,7 @@ private:
     DrivePatience m_patience;
 };
 
-/// The CD recorders of this machine.
-struct FoundDrives
-{
-    std::vector<std::unique_ptr<Recorder>> recorders;
-    bool allUsable =
-        true; ///< False when a recorder exists that may not be opened or that another program holds.
-};
-
 /// Looks for recorders; takes up to some seconds for each drive, so never on the thread of a window.
-FoundDrives findDrives(const DrivePatience& patience = {});
+FoundRecorders findDrives(const DrivePatience& patience = {});
 
 } // namespace zib

@@ -1,29 +1,15 @@
 #include "engines/burn/TrackFeed.h"
 
-#include <QFile>
-
-#include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
-#include <fcntl.h>
 #include <libburn/libburn.h>
-#include <unistd.h>
 
 namespace zib {
 
 TrackFeed::TrackFeed(const BurnTrack& track)
-    : m_name(track.name), m_file(::open(QFile::encodeName(track.path).constData(), O_RDONLY | O_CLOEXEC)),
-      m_position(track.dataOffset), m_end(track.dataOffset + track.dataBytes),
-      m_toDeliver(track.length.bytes()), m_trackBytes(track.length.bytes())
+    : m_name(track.name), m_bytes(track.length.bytes()), m_failed(!m_source.open(track))
 {
-}
-
-TrackFeed::~TrackFeed()
-{
-    if (m_file >= 0)
-        ::close(m_file);
 }
 
 burn::burn_source* TrackFeed::makeSource()
@@ -43,12 +29,12 @@ burn::burn_source* TrackFeed::makeSource()
 
 int TrackFeed::read(burn::burn_source* source, unsigned char* buffer, int size)
 {
-    return static_cast<TrackFeed*>(source->data)->fill(buffer, size);
+    return static_cast<TrackFeed*>(source->data)->fill(reinterpret_cast<char*>(buffer), size);
 }
 
 off_t TrackFeed::size(burn::burn_source* source)
 {
-    return static_cast<TrackFeed*>(source->data)->m_trackBytes;
+    return static_cast<TrackFeed*>(source->data)->m_bytes;
 }
 
 int TrackFeed::setSize(burn::burn_source*, off_t)
@@ -58,25 +44,20 @@ int TrackFeed::setSize(burn::burn_source*, off_t)
 
 void TrackFeed::freeData(burn::burn_source*) {}
 
-int TrackFeed::fill(unsigned char* buffer, int size)
+/// The drive must never starve: after a failure it gets silence until the write is ended.
+int TrackFeed::fill(char* buffer, int size)
 {
-    const int wanted = static_cast<int>(std::min<qint64>(size, m_toDeliver));
     int filled = 0;
-    while (filled < wanted && m_position < m_end && !m_failed) {
-        const auto most = static_cast<size_t>(std::min<qint64>(wanted - filled, m_end - m_position));
-        const ssize_t got = ::pread(m_file, buffer + filled, most, m_position);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0) {
-            m_failed = true;
-            break;
-        }
-        filled += static_cast<int>(got);
-        m_position += got;
+    while (filled < size && !m_failed) {
+        const auto got = m_source.read(buffer + filled, size - filled);
+        if (got && *got == 0)
+            return filled;
+        m_failed = !got;
+        if (got)
+            filled += static_cast<int>(*got);
     }
-    std::memset(buffer + filled, 0, static_cast<size_t>(wanted - filled));
-    m_toDeliver -= wanted;
-    return wanted;
+    std::memset(buffer + filled, 0, static_cast<size_t>(size - filled));
+    return size;
 }
 
 } // namespace zib

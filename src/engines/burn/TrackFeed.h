@@ -1,9 +1,8 @@
 #pragma once
 
-#include "engines/burn/Recorder.h"
+#include "engines/burn/TrackSource.h"
 
 #include <atomic>
-#include <memory>
 
 #include <sys/types.h>
 
@@ -21,15 +20,12 @@ namespace zib {
 class TrackFeed
 {
 public:
-    /// Opens the track's file. A track shorter than its frames is padded with silence to their end.
     explicit TrackFeed(const BurnTrack& track);
-    ~TrackFeed();
     Q_DISABLE_COPY_MOVE(TrackFeed)
 
-    bool isOpen() const { return m_file >= 0; }
     /// A new source of the library's kind; the caller owns the reference and frees it with burn_source_free.
     burn::burn_source* makeSource();
-    /// Whether reading failed or the file ended early.
+    /// Whether the file could not be opened, failed or ended early.
     bool failed() const { return m_failed; }
     /// What the user knows the file by.
     const QString& name() const { return m_name; }
@@ -40,15 +36,12 @@ private:
     static int setSize(burn::burn_source* source, off_t size);
     static void freeData(burn::burn_source* source);
 
-    int fill(unsigned char* buffer, int size);
+    int fill(char* buffer, int size);
 
     QString m_name;
-    int m_file = -1;
-    qint64 m_position = 0;
-    qint64 m_end = 0;       ///< Of the samples, in the file.
-    qint64 m_toDeliver = 0; ///< Bytes of the track on the disc that are still to come.
-    qint64 m_trackBytes = 0;
-    std::atomic<bool> m_failed = false;
+    TrackSource m_source;
+    qint64 m_bytes;
+    std::atomic<bool> m_failed;
 };
 
 } // namespace zib
