@@ -1,0 +1,424 @@
+#include "WavMaker.h"
+
+#include "engines/burn/CueSheet.h"
+#include "engines/burn/ImageRecorder.h"
+#include "engines/burn/StagedFile.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cdio/cdio.h>
+#include <cdio/disc.h>
+
+#include <functional>
+
+#include <sys/resource.h>
+
+#include <csignal>
+
+using namespace zib;
+
+namespace {
+
+/// Remembers what a recorder tells, and may do something at one of the steps.
+struct Listener final : BurnObserver
+{
+    void readingTrack(int track) override { note(QString("reading %1").arg(track)); }
+    void progress(int track, qint64 done, qint64 size) override
+    {
+        last = QString("%1: %2 of %3").arg(track).arg(done).arg(size);
+        if (onProgress)
+            onProgress(track, done);
+    }
+    void closingTrack(int track) override { note(QString("closing %1").arg(track)); }
+    void closingDisc() override { note("closing disc"); }
+    void note(const QString& step)
+    {
+        if (!last.isEmpty())
+            steps << last;
+        last.clear();
+        steps << step;
+        if (onStep)
+            onStep(step);
+    }
+
+    QStringList steps;
+    QString last;
+    std::function<void(int, qint64)> onProgress;
+    std::function<void(const QString&)> onStep;
+};
+
+/// A folder for images and tracks of the given numbers of sample pairs.
+struct Bench
+{
+    explicit Bench(const QList<qint64>& lengths)
+    {
+        for (qsizetype i = 0; i < lengths.size(); ++i) {
+            sounds << sound(lengths[i], int(i) + 1);
+            const QString path = put(folder.filePath(QString("%1.wav").arg(i + 1)), cdWav(sounds.last()));
+            job.tracks << *findTrack(path);
+        }
+        job.cancelled = &cancelled;
+    }
+    std::optional<BurnError> write() { return ImageRecorder(images()).write(job, listener); }
+    QString images() const { return folder.filePath("Images"); }
+    /// Everything in the folder of images, hidden files too.
+    QStringList found() const
+    {
+        return QDir(images()).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+    }
+    QString cue() const { return QDir(images()).filePath(found().value(1)); }
+
+    QTemporaryDir folder;
+    QList<QByteArray> sounds;
+    std::atomic<bool> cancelled = false;
+    BurnJob job;
+    Listener listener;
+};
+
+struct CloseCdio
+{
+    void operator()(CdIo_t* disc) const { cdio_destroy(disc); }
+};
+using Disc = std::unique_ptr<CdIo_t, CloseCdio>;
+
+/// The samples of a track as the library reads them, up to the next track's gap.
+QByteArray readTrack(CdIo_t* disc, int track)
+{
+    const auto number = static_cast<track_t>(track);
+    const bool last = track == cdio_get_num_tracks(disc);
+    const lsn_t begin = cdio_get_track_lsn(disc, number);
+    const lsn_t end =
+        last ? cdio_get_disc_last_lsn(disc) : cdio_get_track_pregap_lsn(disc, track_t(number + 1));
+    QByteArray bytes(qsizetype{end - begin} * 2352, '\0');
+    if (cdio_read_audio_sectors(disc, bytes.data(), begin, static_cast<uint32_t>(end - begin)) != 0)
+        return {};
+    return bytes;
+}
+
+} // namespace
+
+/// The recorder of disc images, read back by a library that is not ours.
+class TestImageRecorder : public QObject
+{
+    Q_OBJECT
+private slots:
+    void identity_always_isABlankDiscOf80Minutes();
+    void write_severalTracks_readsBackBitForBit();
+    void write_aShortTrack_isPaddedToFourSeconds();
+    void write_99Tracks_areAllThere();
+    void write_always_tellsItsStepsInOrder();
+    void write_twiceInOneSecond_replacesNothing();
+    void write_aSimulation_leavesNothing();
+    void write_cancelledAnywhere_leavesNothing_data();
+    void write_cancelledAnywhere_leavesNothing();
+    void write_cancelledSimulation_isCancelled();
+    void write_whenASourceVanishes_namesItAndLeavesNothing();
+    void write_whenASourceIsCutOff_namesItAndLeavesNothing();
+    void write_intoAFullStorage_saysSoAndLeavesNothing_data();
+    void write_intoAFullStorage_saysSoAndLeavesNothing();
+    void write_whenTheFolderCannotBeMade_saysSo();
+    void write_whenTheFolderMayNotBeWritten_saysSo();
+    void write_whileRunning_hasNoFinalName();
+    void write_whenTheImageIsTamperedWith_isAnError_data();
+    void write_whenTheImageIsTamperedWith_isAnError();
+    void write_afterAKilledRun_removesWhatItLeft();
+    void write_whileAnotherProgramWrites_leavesItsFileAlone();
+    void killed_inTheMiddle_leavesNoImage();
+    void parseCue_ofWhatIsNoSheetOfOurs_isRefused_data();
+    void parseCue_ofWhatIsNoSheetOfOurs_isRefused();
+};
+
+void TestImageRecorder::identity_always_isABlankDiscOf80Minutes()
+{
+    QTemporaryDir folder;
+    ImageRecorder recorder(folder.filePath("Images"));
+    QVERIFY(!recorder.path().isEmpty() && !recorder.maker().isEmpty() && !recorder.model().isEmpty());
+    QVERIFY(recorder.canWriteCdR() && recorder.canWriteAudio());
+    const auto medium = recorder.inspect();
+    QVERIFY(medium);
+    QCOMPARE(medium->status, DVDWriterPro::kBlankDisc);
+    QCOMPARE(medium->holdsData, false);
+    QCOMPARE(medium->capacity.toMsf(), QString("80:00:00"));
+    QVERIFY(!QFileInfo::exists(folder.filePath("Images")));
+}
+
+void TestImageRecorder::write_severalTracks_readsBackBitForBit()
+{
+    Bench bench({450 * 588, 333 * 588 + 1, 500 * 588 - 1});
+    QVERIFY(!bench.write());
+    QCOMPARE(bench.found().size(), 2);
+    QVERIFY(bench.found()[0].startsWith("Disc 20") && bench.found()[0].endsWith(".bin"));
+    QCOMPARE(bench.found()[1].chopped(4), bench.found()[0].chopped(4));
+    const Disc disc(cdio_open(qPrintable(bench.cue()), DRIVER_BINCUE));
+    QVERIFY(disc);
+    QCOMPARE(int(cdio_get_num_tracks(disc.get())), 3);
+    QCOMPARE(cdio_get_discmode(disc.get()), CDIO_DISC_MODE_CD_DA);
+    const QList<int> starts{0, 450 + 150, 450 + 150 + 334 + 150};
+    for (int track = 1; track <= 3; ++track) {
+        QCOMPARE(cdio_get_track_lsn(disc.get(), track_t(track)), starts[track - 1]);
+        const QByteArray read = readTrack(disc.get(), track);
+        const QByteArray& written = bench.sounds[track - 1];
+        QCOMPARE(read.size(), bench.job.tracks[track - 1].length.bytes());
+        QVERIFY(read.left(written.size()) == written);
+        QCOMPARE(read.mid(written.size()).count('\0'), read.size() - written.size());
+    }
+    QCOMPARE(cdio_get_disc_last_lsn(disc.get()), starts[2] + 500);
+}
+
+void TestImageRecorder::write_aShortTrack_isPaddedToFourSeconds()
+{
+    Bench bench({10, 588});
+    QVERIFY(!bench.write());
+    const Disc disc(cdio_open(qPrintable(bench.cue()), DRIVER_BINCUE));
+    QVERIFY(disc);
+    QCOMPARE(readTrack(disc.get(), 1).size(), 300 * 2352);
+    QVERIFY(readTrack(disc.get(), 2).startsWith(bench.sounds[1]));
+}
+
+void TestImageRecorder::write_99Tracks_areAllThere()
+{
+    Bench bench(QList<qint64>(99, 1));
+    QVERIFY(!bench.write());
+    const Disc disc(cdio_open(qPrintable(bench.cue()), DRIVER_BINCUE));
+    QVERIFY(disc);
+    QCOMPARE(int(cdio_get_num_tracks(disc.get())), 99);
+    QCOMPARE(cdio_get_track_lsn(disc.get(), 99), 98 * 450);
+    QVERIFY(readTrack(disc.get(), 99).startsWith(bench.sounds[98]));
+}
+
+void TestImageRecorder::write_always_tellsItsStepsInOrder()
+{
+    for (const bool simulate : {false, true}) {
+        Bench bench({588, 301 * 588});
+        bench.job.simulate = simulate;
+        QVERIFY(!bench.write());
+        QCOMPARE(bench.listener.steps,
+                 (QStringList{"reading 1", "1: 705600 of 705600", "closing 1", "reading 2",
+                              "2: 707952 of 707952", "closing 2", "closing disc"}));
+    }
+}
+
+void TestImageRecorder::write_twiceInOneSecond_replacesNothing()
+{
+    Bench bench({588});
+    for (int n = 0; n < 4; ++n)
+        QVERIFY(!bench.write());
+    QCOMPARE(bench.found().size(), 8);
+}
+
+void TestImageRecorder::write_aSimulation_leavesNothing()
+{
+    Bench bench({588, 588});
+    bench.job.simulate = true;
+    QVERIFY(!bench.write());
+    QVERIFY(!QFileInfo::exists(bench.images()));
+}
+
+void TestImageRecorder::write_cancelledAnywhere_leavesNothing_data()
+{
+    QTest::addColumn<QString>("step");
+    for (const char* step : {"reading 1", "closing 1", "reading 2", "closing 2", "closing disc"})
+        QTest::newRow(step) << QString(step);
+}
+
+void TestImageRecorder::write_cancelledAnywhere_leavesNothing()
+{
+    QFETCH(QString, step);
+    Bench bench({400 * 588, 400 * 588});
+    bench.listener.onStep = [&](const QString& now) { bench.cancelled = bench.cancelled || now == step; };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QVERIFY(error->cancelled);
+    QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_cancelledSimulation_isCancelled()
+{
+    Bench bench({588});
+    bench.job.simulate = true;
+    bench.listener.onStep = [&](const QString& now) { bench.cancelled = now == "closing disc"; };
+    const auto error = bench.write();
+    QVERIFY(error && error->cancelled);
+}
+
+void TestImageRecorder::write_whenASourceVanishes_namesItAndLeavesNothing()
+{
+    Bench bench({588, 588});
+    QFile::remove(bench.job.tracks[1].path);
+    const auto error = bench.write();
+    QVERIFY(error && !error->cancelled);
+    QCOMPARE(error->error, BurnErrorCode::kSourceFile);
+    QVERIFY(error->description.contains(bench.job.tracks[1].name));
+    QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_whenASourceIsCutOff_namesItAndLeavesNothing()
+{
+    Bench bench({2000 * 588});
+    bench.listener.onProgress = [&](int, qint64) { QFile::resize(bench.job.tracks[0].path, 100'000); };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kSourceFile);
+    QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_intoAFullStorage_saysSoAndLeavesNothing_data()
+{
+    QTest::addColumn<qint64>("room");
+    QTest::newRow("no byte") << qint64{0};
+    QTest::newRow("half of it") << qint64{400'000};
+    QTest::newRow("all but a byte") << qint64{705600 + 150 * 2352 + 705600 - 1};
+}
+
+void TestImageRecorder::write_intoAFullStorage_saysSoAndLeavesNothing()
+{
+    QFETCH(qint64, room);
+    Bench bench({588, 588});
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{static_cast<rlim_t>(room), before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const auto error = bench.write();
+    setrlimit(RLIMIT_FSIZE, &before);
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kStorage);
+    QVERIFY(error->description.contains(bench.images()));
+    QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_whenTheFolderCannotBeMade_saysSo()
+{
+    Bench bench({588});
+    put(bench.images(), "a file in the way");
+    const auto error = bench.write();
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kStorage);
+    QVERIFY(error->description.contains(bench.images()));
+}
+
+void TestImageRecorder::write_whenTheFolderMayNotBeWritten_saysSo()
+{
+    Bench bench({588});
+    const auto error = ImageRecorder("/proc/self").write(bench.job, bench.listener);
+    QVERIFY(error);
+    QVERIFY(error->error == BurnErrorCode::kNoPermission || error->error == BurnErrorCode::kStorage);
+    QVERIFY(error->description.contains("/proc/self"));
+}
+
+void TestImageRecorder::write_whileRunning_hasNoFinalName()
+{
+    Bench bench({588, 588});
+    QStringList names;
+    const auto look = [&](const QString&) { names << bench.found(); };
+    bench.listener.onStep = look;
+    QVERIFY(!bench.write());
+    QVERIFY(!names.isEmpty());
+    for (const QString& name : names)
+        QVERIFY2(name.startsWith(".") && name.endsWith(".part"), qPrintable(name));
+}
+
+void TestImageRecorder::write_whenTheImageIsTamperedWith_isAnError_data()
+{
+    QTest::addColumn<qint64>("bytes"); // -1: removed
+    QTest::newRow("cut off") << qint64{1000};
+    QTest::newRow("too long") << qint64{705600 + 1};
+    QTest::newRow("removed") << qint64{-1};
+}
+
+void TestImageRecorder::write_whenTheImageIsTamperedWith_isAnError()
+{
+    QFETCH(qint64, bytes);
+    Bench bench({588});
+    bench.listener.onStep = [&](const QString& now) {
+        const QString path = QDir(bench.images()).filePath(bench.found().value(0));
+        if (now == "closing disc")
+            bytes < 0 ? QFile::remove(path) : QFile::resize(path, bytes);
+    };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kVerify);
+    QVERIFY(!error->description.isEmpty());
+    QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_afterAKilledRun_removesWhatItLeft()
+{
+    Bench bench({588});
+    QDir().mkpath(bench.images());
+    put(QDir(bench.images()).filePath(".Disc 2020-01-01 00.00.00.bin.part"), "half");
+    put(QDir(bench.images()).filePath(".keep"), "not ours");
+    QVERIFY(!bench.write());
+    QCOMPARE(bench.found().size(), 3);
+    QCOMPARE(bench.found()[0], QString(".keep"));
+}
+
+void TestImageRecorder::write_whileAnotherProgramWrites_leavesItsFileAlone()
+{
+    Bench bench({588});
+    QDir().mkpath(bench.images());
+    StagedFile other;
+    QVERIFY(other.create(bench.images(), "Disc 2020-01-01 00.00.00.bin"));
+    QVERIFY(!bench.write());
+    QVERIFY(other.write("x", 1));
+    QVERIFY(other.keep());
+    QVERIFY(QFileInfo::exists(QDir(bench.images()).filePath("Disc 2020-01-01 00.00.00.bin")));
+}
+
+void TestImageRecorder::killed_inTheMiddle_leavesNoImage()
+{
+    if (qEnvironmentVariableIsSet("ZIB_KILLED_FOLDER")) { // the child that kills itself while it writes
+        Bench bench({588, 588});
+        bench.listener.onStep = [](const QString& now) {
+            if (now == qEnvironmentVariable("ZIB_KILLED_STEP"))
+                raise(SIGKILL);
+        };
+        ImageRecorder(qEnvironmentVariable("ZIB_KILLED_FOLDER")).write(bench.job, bench.listener);
+        return;
+    }
+    for (const char* step : {"reading 1", "closing 2", "closing disc"}) {
+        Bench bench({588});
+        QProcess child;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("ZIB_KILLED_FOLDER", bench.images());
+        environment.insert("ZIB_KILLED_STEP", step);
+        child.setProcessEnvironment(environment);
+        child.start(QCoreApplication::applicationFilePath(), {"killed_inTheMiddle_leavesNoImage"});
+        QVERIFY(child.waitForFinished(60'000));
+        QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(QDir(bench.images()).entryList(QDir::Files), QStringList());
+        QVERIFY(!bench.write());
+        QCOMPARE(bench.found().size(), 2);
+    }
+}
+
+void TestImageRecorder::parseCue_ofWhatIsNoSheetOfOurs_isRefused_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    const QByteArray head = "FILE \"a.bin\" BINARY\n";
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("no track") << head;
+    QTest::newRow("no file") << QByteArray("TRACK 01 AUDIO\nINDEX 01 00:00:00\n");
+    QTest::newRow("two files") << head + head + "TRACK 01 AUDIO\nINDEX 01 00:00:00\n";
+    QTest::newRow("frame 75") << head + "TRACK 01 AUDIO\nINDEX 01 00:00:75\n";
+    QTest::newRow("second 60") << head + "TRACK 01 AUDIO\nINDEX 01 00:60:00\n";
+    QTest::newRow("no start") << head + "TRACK 01 AUDIO\nINDEX 00 00:00:00\n";
+    QTest::newRow("wrong number") << head + "TRACK 02 AUDIO\nINDEX 01 00:00:00\n";
+    QTest::newRow("backwards")
+        << head + "TRACK 01 AUDIO\nINDEX 01 00:05:00\nTRACK 02 AUDIO\nINDEX 01 00:04:00\n";
+    QTest::newRow("index before its track") << head + "INDEX 01 00:00:00\nTRACK 01 AUDIO\n";
+    QTest::newRow("data track") << head + "TRACK 01 MODE1/2352\nINDEX 01 00:00:00\n";
+}
+
+void TestImageRecorder::parseCue_ofWhatIsNoSheetOfOurs_isRefused()
+{
+    QFETCH(QByteArray, text);
+    QVERIFY(!parseCue(text));
+}
+
+QTEST_GUILESS_MAIN(TestImageRecorder)
+#include "tst_imagerecorder.moc"
