@@ -1,7 +1,11 @@
 #include "app/WindowBook.h"
 #include "app/frmMain.h"
+#include "common/GeneralAPI.h"
+#include "common/GenralMacro.h"
 #include "common/Texts.h"
 #include "components/Components.h"
+#include "engines/burn/makers.h"
+#include "engines/play/makers.h"
 #include "platform/BoxMessages.h"
 #include "platform/DesktopDialogs.h"
 #include "platform/DesktopFolderPicker.h"
@@ -18,6 +22,10 @@ namespace {
 zib::Components engines()
 {
     zib::Components components;
+    components.makePlayer = zib::makeAudioPlayer;
+    components.makeWriter = [] {
+        return zib::makeDiscWriter(GeneralAPI::JoinPath(zib::applicationFolder(), QStringLiteral("Images")));
+    };
     return components;
 }
 
