@@ -1,0 +1,317 @@
+#include "Drive.h"
+
+#include "Commands.h"
+#include "Journal.h"
+#include "Operations.h"
+#include "Recipe.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <functional>
+#include <time.h>
+#include <utility>
+
+namespace zib::drive {
+namespace {
+
+constexpr std::uint32_t kStateVersion = 1;
+constexpr std::uint32_t kLongestHangMs = 60000;
+
+void initialiseMutex(pthread_mutex_t& mutex)
+{
+    pthread_mutexattr_t attributes;
+    ::pthread_mutexattr_init(&attributes);
+    ::pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+    ::pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+    ::pthread_mutex_init(&mutex, &attributes);
+    ::pthread_mutexattr_destroy(&attributes);
+}
+
+void initialiseState(DriveState& state, const DriveConfig& config)
+{
+    state.version = kStateVersion;
+    initialiseMutex(state.mutex);
+    state.errorRecovery = {0x01, kErrorRecoveryBytes - 2, 0, 16};
+    state.writeParameters[0] = 0x05;
+    state.writeParameters[1] = kWriteParameterBytes - 2;
+    state.writeParameters[2] = config.tao ? kTrackAtOnce : kSessionAtOnce;
+    state.writeParameters[15] = kPregapFrames;
+    state.readSpeed = kilobytesPerSecond(config.readSpeed);
+    state.writeSpeed = config.writeSpeeds.empty() ? 0 : kilobytesPerSecond(config.writeSpeeds.front());
+}
+
+void sleepMs(std::int64_t milliseconds)
+{
+    timespec time{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000 * 1000000)};
+    while (::nanosleep(&time, &time) != 0 && errno == EINTR) {
+    }
+}
+
+std::string hexadecimal(ByteView bytes)
+{
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        std::array<char, 4> digits{};
+        std::snprintf(digits.data(), digits.size(), "%02X", byte);
+        text += digits.data();
+    }
+    return text;
+}
+
+std::string describe(const Answer& answer)
+{
+    if (answer.error != 0) {
+        return answer.error == ENODEV ? "ENODEV" : "errno" + std::to_string(answer.error);
+    }
+    if (answer.transport || answer.timedOut) {
+        return answer.transport ? "transport" : "timeout";
+    }
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "%X/%02X/%02X", answer.sense.key, answer.sense.asc, answer.sense.ascq);
+    return answer.sense.good() ? "good" : text.data();
+}
+
+std::size_t commandLength(std::uint8_t operation)
+{
+    return operation < 0x20 ? 6 : operation < 0x80 ? 10 : 12;
+}
+
+// Changes a handful of samples, and other ones each time, so that only an undisturbed read can be confirmed.
+void addNoise(std::span<std::uint8_t> frame, std::uint32_t strike)
+{
+    for (std::size_t i = 0; i < 16; ++i) {
+        frame[(i * 131 + strike * 17) % frame.size()] ^= static_cast<std::uint8_t>(0x5A + strike + i);
+    }
+}
+
+} // namespace
+
+/// Holds the drive for one command, across threads and processes. A process that died inside leaves it usable.
+class Drive::Lock
+{
+public:
+    explicit Lock(SharedFile<DriveState>& state) : m_state(state)
+    {
+        if (::pthread_mutex_lock(&m_state->mutex) == EOWNERDEAD) {
+            ::pthread_mutex_consistent(&m_state->mutex);
+        }
+    }
+    ~Lock() { ::pthread_mutex_unlock(&m_state->mutex); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+private:
+    SharedFile<DriveState>& m_state;
+};
+
+Drive::Drive(DriveConfig config) : m_config(std::move(config))
+{
+    const bool mapped = m_state.map(m_config.folder + "/" + m_config.name + ".drive",
+                                    [&](DriveState& fresh) { initialiseState(fresh, m_config); });
+    if (!mapped) {
+        std::fprintf(stderr, "emulated drive: no room for its state in %s\n", m_config.folder.c_str());
+        m_config.access = NodeAccess::Missing;
+    }
+}
+
+void Drive::configure(const DriveConfig& config)
+{
+    if (!m_state.mapped()) {
+        return;
+    }
+    const Lock lock{m_state};
+    m_config = config;
+    dropCounters(m_config.faults, m_state->faultCounters.data(), kMaxFaults);
+}
+
+bool Drive::gone()
+{
+    const Lock lock{m_state};
+    return hasStruck(m_config.faults, FaultKind::Gone, m_state->faultCounters.data(), kMaxFaults);
+}
+
+bool Drive::takeMediaChanged()
+{
+    const Lock lock{m_state};
+    return std::exchange(m_state->mediaChanged, false);
+}
+
+void Drive::noteOpening(const std::string& how, const std::string& answer)
+{
+    const Lock lock{m_state};
+    appendToJournal(m_config.journal, std::to_string(++m_state->sequence) + " " + m_config.name + " OPEN how=" + how
+                                          + " answer=" + answer
+                                          + " door=" + (m_state->doorLocked ? "locked" : "unlocked"));
+}
+
+void Drive::swapDisc(std::uint64_t identity)
+{
+    const bool first = !std::exchange(m_state->started, true); // what lies in the drive at first is no change
+    m_state->disc = identity;
+    m_state->sessionRunning = false;
+    m_state->simulatedTracks = 0;
+    m_state->simulatedOpen = false;
+    m_state->mediaChanged = !first;
+    m_state->attention = identity != 0 && !first;
+    m_state->mediaEvent = first ? 0 : identity != 0 ? 2 : 3;
+}
+
+void Drive::refreshDisc()
+{
+    const bool pulled = hasStruck(m_config.faults, FaultKind::Pull, m_state->faultCounters.data(), kMaxFaults);
+    const std::string stem = pulled ? std::string{} : m_config.disc;
+    if (stem != m_discStem) {
+        m_disc = stem.empty() ? nullptr : std::make_unique<Disc>();
+        m_discStem = stem;
+        if (m_disc != nullptr && !openWithRecipe(*m_disc, m_config)) {
+            std::fprintf(stderr, "emulated drive: cannot make the disc %s\n", stem.c_str());
+            m_disc.reset();
+        }
+    }
+    const std::uint64_t identity = stem.empty() ? 0 : std::hash<std::string>{}(stem) | 1U;
+    if (identity != m_state->disc || !m_state->started) {
+        m_state->trayOpen = false;
+        swapDisc(identity);
+    }
+}
+
+void Drive::refreshCue()
+{
+    if (m_cueSerial == m_state->cueSerial || m_disc == nullptr || !m_state->sessionRunning) {
+        return;
+    }
+    m_cue = {};
+    m_cueSerial = m_state->cueSerial;
+    [[maybe_unused]] const Sense sense = readCueSheet({m_state->cue.data(), m_state->cueBytes}, *m_disc, m_cue);
+}
+
+Sense Drive::readiness(int operation)
+{
+    if (!needsMedia(operation)) {
+        return kGood;
+    }
+    if (m_state->trayOpen) {
+        return kNoMediumTrayOpen;
+    }
+    if (m_disc == nullptr) {
+        return kNoMedium;
+    }
+    return monotonicMs() < m_state->busyUntilMs ? kLongWriteInProgress : kGood;
+}
+
+Answer Drive::commanded(const Request& request)
+{
+    const int operation = request.cdb[0];
+    const bool reportsAttention = needsMedia(operation) && m_state->attention;
+    if (reportsAttention) {
+        m_state->attention = false;
+        return kMediumChanged;
+    }
+    const Command command = commandFor(operation);
+    if (command == nullptr) {
+        return kUnknownCommand;
+    }
+    const Sense ready = readiness(operation);
+    if (!ready.good()) {
+        return ready;
+    }
+    Station station{m_config, *m_state, m_state->trayOpen ? nullptr : m_disc.get(), m_cue};
+    Answer answer = command(station, request);
+    m_cueSerial = m_state->cueSerial;
+    return answer;
+}
+
+void Drive::applyReadFaults(Answer& answer, const Request& request, const FaultVerdict& verdict) const
+{
+    const CommandRange range = rangeOf(request.cdb);
+    if (!range.known || range.count <= 0 || answer.data.empty()) {
+        return;
+    }
+    const std::size_t stride = answer.data.size() / static_cast<std::size_t>(range.count);
+    for (std::size_t i = 0; i < verdict.readFaults.size(); ++i) {
+        const FaultRule& rule = verdict.readFaults[i];
+        for (std::int32_t frame = 0; frame < range.count; ++frame) {
+            const std::int32_t lba = range.first + frame;
+            const bool struck = !rule.ranged || (lba >= rule.firstLba && lba <= rule.lastLba);
+            const std::span bytes{answer.data.data() + static_cast<std::size_t>(frame) * stride, stride};
+            if (struck && rule.kind == FaultKind::Noise) {
+                addNoise(bytes, verdict.readStrikes[i]);
+            } else if (struck && stride >= kFrameBytes) {
+                std::ranges::copy(m_disc->readBytes(lba, rule.shiftSamples * 4LL, kFrameBytes), bytes.begin());
+            }
+        }
+    }
+}
+
+Answer Drive::answerTo(const Request& request, const FaultVerdict& verdict)
+{
+    Answer answer;
+    const auto& failure = verdict.failure;
+    if (!failure || failure->after) {
+        answer = commanded(request);
+        applyReadFaults(answer, request, verdict);
+    }
+    if (!failure) {
+        return answer;
+    }
+    answer.data.clear();
+    answer.sense = failure->kind == FaultKind::Pull ? kNoMedium : failure->sense;
+    answer.transport = failure->kind == FaultKind::Transport;
+    answer.error = failure->kind == FaultKind::Gone ? ENODEV : 0;
+    const CommandRange range = rangeOf(request.cdb);
+    if (failure->ranged && range.known) {
+        answer.address = std::max(range.first, failure->firstLba);
+    }
+    return answer;
+}
+
+void Drive::wait(Answer& answer, const Request& request, std::uint32_t delayMs) const
+{
+    const std::int64_t limit = request.timeoutMs == 0 ? kLongestHangMs : request.timeoutMs;
+    const std::int64_t needed = answer.takesMs + delayMs;
+    if (needed <= 0) {
+        return;
+    }
+    sleepMs(std::min(needed, limit));
+    answer.timedOut = needed > limit;
+}
+
+void Drive::note(const Request& request, const Answer& answer, const FaultVerdict& verdict)
+{
+    const CommandRange range = rangeOf(request.cdb);
+    std::string line = std::to_string(m_state->sequence) + " " + m_config.name + " " + operationName(request.cdb[0])
+                     + " cdb=" + hexadecimal(request.cdb.first(std::min(commandLength(request.cdb[0]), request.cdb.size())));
+    if (range.known) {
+        line += " lba=" + std::to_string(range.first) + " count=" + std::to_string(range.count);
+    }
+    line += " answer=" + describe(answer) + " door=" + (m_state->doorLocked ? "locked" : "unlocked");
+    if (verdict.failure || verdict.delayMs > 0 || !verdict.readFaults.empty()) {
+        line += " fault=yes";
+    }
+    appendToJournal(m_config.journal, line);
+}
+
+Answer Drive::execute(const Request& request)
+{
+    const Lock lock{m_state};
+    ++m_state->sequence;
+    FaultVerdict verdict;
+    Answer answer;
+    if (hasStruck(m_config.faults, FaultKind::Gone, m_state->faultCounters.data(), kMaxFaults)) {
+        answer.error = ENODEV;
+    } else {
+        verdict = judge(m_config.faults, request.cdb[0], rangeOf(request.cdb), m_state->faultCounters.data(), kMaxFaults);
+        refreshDisc();
+        refreshCue();
+        answer = answerTo(request, verdict);
+        wait(answer, request, verdict.delayMs);
+    }
+    if (request.cdb[0] != 0x03) {
+        m_state->lastSense = answer.sense;
+    }
+    note(request, answer, verdict);
+    return answer;
+}
+
+} // namespace zib::drive

@@ -1,0 +1,219 @@
+#include "Faults.h"
+
+#include "Operations.h"
+
+#include <algorithm>
+#include <charconv>
+#include <functional>
+#include <span>
+#include <sstream>
+
+namespace zib::drive {
+namespace {
+
+template <typename Number>
+bool readNumber(std::string_view text, Number& value, int base = 10)
+{
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+    return error == std::errc{} && end == text.data() + text.size();
+}
+
+bool readCount(std::string_view text, std::uint32_t& value)
+{
+    if (text == "forever") {
+        value = kForever;
+        return true;
+    }
+    return readNumber(text, value);
+}
+
+bool readSense(std::string_view text, Sense& sense)
+{
+    const auto first = text.find('/');
+    const auto second = text.find('/', first + 1);
+    if (first == std::string_view::npos || second == std::string_view::npos) {
+        return false;
+    }
+    return readNumber(text.substr(0, first), sense.key, 16)
+        && readNumber(text.substr(first + 1, second - first - 1), sense.asc, 16)
+        && readNumber(text.substr(second + 1), sense.ascq, 16);
+}
+
+bool readRange(std::string_view text, FaultRule& rule)
+{
+    // A minus sign in front belongs to the number, so the dividing one is sought after the first letter.
+    const auto dash = text.find('-', 1);
+    rule.ranged = true;
+    if (dash == std::string_view::npos) {
+        const bool read = readNumber(text, rule.firstLba);
+        rule.lastLba = rule.firstLba;
+        return read;
+    }
+    return readNumber(text.substr(0, dash), rule.firstLba) && readNumber(text.substr(dash + 1), rule.lastLba);
+}
+
+bool readPlainWord(std::string_view word, FaultRule& rule)
+{
+    if (word == "after") {
+        rule.after = true;
+    } else if (word == "gone") {
+        rule.kind = FaultKind::Gone;
+    } else if (word == "pull") {
+        rule.kind = FaultKind::Pull;
+    } else if (word == "noise") {
+        rule.kind = FaultKind::Noise;
+    } else if (word == "transport") {
+        rule.kind = FaultKind::Transport;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool readWord(std::string_view word, FaultRule& rule)
+{
+    const auto equals = word.find('=');
+    if (equals == std::string_view::npos) {
+        return readPlainWord(word, rule);
+    }
+    const auto key = word.substr(0, equals);
+    const auto value = word.substr(equals + 1);
+    if (key == "nth") {
+        return readNumber(value, rule.nth) && rule.nth > 0;
+    }
+    if (key == "times") {
+        return readCount(value, rule.times);
+    }
+    if (key == "lba") {
+        return readRange(value, rule);
+    }
+    if (key == "sense") {
+        rule.kind = FaultKind::Sense;
+        return readSense(value, rule.sense);
+    }
+    if (key == "delay") {
+        rule.kind = FaultKind::Delay;
+        return readCount(value, rule.delayMs);
+    }
+    if (key == "jitter") {
+        rule.kind = FaultKind::Jitter;
+        return readNumber(value, rule.shiftSamples);
+    }
+    return false;
+}
+
+std::uint64_t identityOf(const FaultRule& rule)
+{
+    const std::uint64_t hash = std::hash<std::string>{}(rule.text);
+    return hash == 0 ? 1 : hash;
+}
+
+bool matches(const FaultRule& rule, int operation, const CommandRange& range)
+{
+    const bool named = rule.operation == kAnyOperation || rule.operation == operation
+                    || (rule.operation == kMediaOperation && needsMedia(operation));
+    if (!named || !rule.ranged) {
+        return named;
+    }
+    return range.known && range.first <= rule.lastLba && range.first + range.count > rule.firstLba;
+}
+
+bool countAndStrike(const FaultRule& rule, FaultCounter& counter)
+{
+    ++counter.matches;
+    const bool strikes = counter.matches >= rule.nth
+                      && (rule.times == kForever || counter.matches - rule.nth < rule.times);
+    counter.strikes += strikes ? 1 : 0;
+    return strikes;
+}
+
+void addTo(FaultVerdict& verdict, const FaultRule& rule, const FaultCounter& counter)
+{
+    if (rule.kind == FaultKind::Delay) {
+        verdict.delayMs = std::max(verdict.delayMs, rule.delayMs);
+    } else if (rule.kind == FaultKind::Noise || rule.kind == FaultKind::Jitter) {
+        verdict.readFaults.push_back(rule);
+        verdict.readStrikes.push_back(counter.strikes);
+    } else if (!verdict.failure) {
+        verdict.failure = rule;
+    }
+}
+
+} // namespace
+
+std::optional<FaultRule> parseFault(std::string_view text)
+{
+    FaultRule rule;
+    rule.text = text;
+    std::istringstream words{rule.text};
+    std::string word;
+    words >> word;
+    const auto operation = operationFromName(word);
+    if (!operation) {
+        return std::nullopt;
+    }
+    rule.operation = *operation;
+    int read = 0;
+    while (words >> word) {
+        if (!readWord(word, rule)) {
+            return std::nullopt;
+        }
+        ++read;
+    }
+    return read > 0 ? std::optional(rule) : std::nullopt;
+}
+
+FaultCounter* counterOf(const FaultRule& rule, FaultCounter* counters, std::size_t size)
+{
+    const std::span all{counters, size};
+    const auto identity = identityOf(rule);
+    for (auto& counter : all) {
+        if (counter.rule == identity) {
+            return &counter;
+        }
+    }
+    for (auto& counter : all) {
+        if (counter.rule == 0) {
+            counter = {identity, 0, 0};
+            return &counter;
+        }
+    }
+    return nullptr;
+}
+
+FaultVerdict judge(const std::vector<FaultRule>& rules, int operation, const CommandRange& range,
+                   FaultCounter* counters, std::size_t size)
+{
+    FaultVerdict verdict;
+    for (const auto& rule : rules) {
+        if (!matches(rule, operation, range)) {
+            continue;
+        }
+        FaultCounter* counter = counterOf(rule, counters, size);
+        if (counter != nullptr && countAndStrike(rule, *counter)) {
+            addTo(verdict, rule, *counter);
+        }
+    }
+    return verdict;
+}
+
+void dropCounters(const std::vector<FaultRule>& rules, FaultCounter* counters, std::size_t size)
+{
+    for (auto& counter : std::span{counters, size}) {
+        const bool stands = std::ranges::any_of(
+            rules, [&](const FaultRule& rule) { return identityOf(rule) == counter.rule; });
+        if (!stands) {
+            counter = {};
+        }
+    }
+}
+
+bool hasStruck(const std::vector<FaultRule>& rules, FaultKind kind, FaultCounter* counters, std::size_t size)
+{
+    return std::ranges::any_of(rules, [&](const FaultRule& rule) {
+        const FaultCounter* counter = rule.kind == kind ? counterOf(rule, counters, size) : nullptr;
+        return counter != nullptr && counter->strikes > 0;
+    });
+}
+
+} // namespace zib::drive

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Bytes.h"
+#include "Faults.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zib::drive {
+
+/// The name of an operation code in journal and fault rules, for example "WRITE_10"; "OP_xx" for strangers.
+[[nodiscard]] std::string operationName(int operation);
+
+/// The operation code of a name, of "ANY" or "MEDIA", or of two hexadecimal digits.
+[[nodiscard]] std::optional<int> operationFromName(std::string_view name);
+
+/// Whether the command needs a disc that is ready.
+[[nodiscard]] bool needsMedia(int operation);
+
+/// The addresses that a reading or writing command names.
+[[nodiscard]] CommandRange rangeOf(ByteView cdb);
+
+} // namespace zib::drive
