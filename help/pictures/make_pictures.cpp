@@ -10,6 +10,7 @@
 #include "common/GenralMacro.h"
 #include "fakes/FakeAudioFile.h"
 #include "fakes/FakeAudioInformation.h"
+#include "fakes/FakeAudioPlayer.h"
 #include "fakes/FakeSeams.h"
 #include "platform/IniFile.h"
 
@@ -111,6 +112,7 @@ struct Studio
         ini.WritePrivateProfileStringA("View", "Show Tips Of Day", "False", program + "/settings.ini");
         components.makeInformation = [this] { return std::make_unique<zib::FakeAudioInformation>(shelf); };
         components.makeFile = [this] { return std::make_unique<zib::FakeAudioFile>(shelf); };
+        components.makePlayer = [] { return std::make_unique<zib::FakeAudioPlayer>(); };
         components.makeWriter = [] { return std::make_unique<scene::Recorder>(); };
         components.makeRipper = [] { return std::make_unique<scene::Ripper>(); };
         components.makePrinter = [] { return std::make_unique<scene::PaperlessPrinter>(); };
