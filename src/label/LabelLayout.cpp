@@ -3,6 +3,8 @@
 #include "common/Twips.h"
 #include "label/LabelMaker.h"
 
+#include <QFontInfo>
+
 #include <algorithm>
 
 using LabelMaker::LabelDocument;
@@ -11,20 +13,10 @@ namespace zib::layout {
 
 namespace {
 
-QFont fontOf(const QString& face, qint16 points, bool bold, bool italic, bool underline)
-{
-    QFont font(face);
-    font.setPointSize(std::max<int>(points, 1));
-    font.setBold(bold);
-    font.setItalic(italic);
-    font.setUnderline(underline);
-    return font;
-}
-
 QFont cellFont()
 {
     const LabelMaker::Document& doc = LabelDocument;
-    return fontOf(doc.TextFontName.trimmed(), doc.TextFontSize, doc.TextFontBold, doc.TextFontItalic,
+    return labelFont(doc.TextFontName.trimmed(), doc.TextFontSize, doc.TextFontBold, doc.TextFontItalic,
                   doc.TextFontUnderline);
 }
 
@@ -34,6 +26,23 @@ QString visibleOr10Blanks(const QString& caption)
 }
 
 } // namespace
+
+QFont labelFont(const QString& face, double points, bool bold, bool italic, bool underline)
+{
+    QFont font(face);
+    font.setPointSizeF(std::max(points, 1.0));
+    font.setBold(bold);
+    font.setItalic(italic);
+    font.setUnderline(underline);
+    return font;
+}
+
+QFont labelFont(const QFont& chosen)
+{
+    const bool inPixels = chosen.pointSizeF() <= 0;
+    return labelFont(chosen.family(), inPixels ? QFontInfo(chosen).pointSizeF() : chosen.pointSizeF(),
+                     chosen.bold(), chosen.italic(), chosen.underline());
+}
 
 QList<LabelLine> gridLines()
 {
@@ -76,7 +85,7 @@ LabelText title()
 {
     const LabelMaker::Document& doc = LabelDocument;
     return {doc.TitleLeft, doc.TitleTop, visibleOr10Blanks(doc.TitleText.trimmed()),
-            fontOf(doc.TitleFontName.trimmed(), doc.TitleFontSize, doc.TitleFontBold, doc.TitleFontItalic,
+            labelFont(doc.TitleFontName.trimmed(), doc.TitleFontSize, doc.TitleFontBold, doc.TitleFontItalic,
                    doc.TitleFontUnderline),
             doc.TitleColor};
 }
