@@ -1,6 +1,11 @@
 #include "app/WindowBook.h"
 
 #include "app/frmMain.h"
+#include "label/frmLabelBack.h"
+#include "label/frmLabelDesigner.h"
+#include "label/frmLabelList.h"
+#include "label/frmLabelTitle.h"
+#include "label/frmPreview.h"
 
 namespace zib {
 
@@ -37,17 +42,44 @@ void WindowBook::showPlayer(QWidget*) {}
 
 void WindowBook::showPlay(QWidget*) {}
 
-void WindowBook::showLabelDesigner(QWidget*, const QList<CompilationRow>&) {}
-
-Outcome<> WindowBook::showPreview(QWidget*)
+void WindowBook::showLabelDesigner(QWidget* owner, const QList<CompilationRow>& rows)
 {
-    return {};
+    frmLabelDesigner designer(m_services, rows, owner);
+    designer.exec();
 }
 
-void WindowBook::showLabelList(QWidget*) {}
+Outcome<> WindowBook::showPreview(QWidget* owner)
+{
+    const auto* designer = qobject_cast<frmLabelDesigner*>(owner);
+    Q_ASSERT(designer);
+    frmPreview preview(m_services, designer->labelArea(), owner);
+    if (preview.loaded())
+        preview.exec();
+    return preview.loaded();
+}
 
-void WindowBook::showLabelBack(QWidget*) {}
+void WindowBook::showLabelList(QWidget* owner)
+{
+    frmLabelList dialog(m_services, owner);
+    QObject::connect(&dialog, &frmLabelList::Applied, qobject_cast<frmLabelDesigner*>(owner),
+                     &frmLabelDesigner::RedrawTable);
+    dialog.exec();
+}
 
-void WindowBook::showLabelTitle(QWidget*) {}
+void WindowBook::showLabelBack(QWidget* owner)
+{
+    frmLabelBack dialog(m_services, owner);
+    QObject::connect(&dialog, &frmLabelBack::Applied, qobject_cast<frmLabelDesigner*>(owner),
+                     &frmLabelDesigner::RedrawBackground);
+    dialog.exec();
+}
+
+void WindowBook::showLabelTitle(QWidget* owner)
+{
+    frmLabelTitle dialog(m_services, owner);
+    QObject::connect(&dialog, &frmLabelTitle::Applied, qobject_cast<frmLabelDesigner*>(owner),
+                     &frmLabelDesigner::RedrawTitle);
+    dialog.exec();
+}
 
 } // namespace zib
