@@ -17,7 +17,7 @@ QFont cellFont()
 {
     const LabelMaker::Document& doc = LabelDocument;
     return labelFont(doc.TextFontName.trimmed(), doc.TextFontSize, doc.TextFontBold, doc.TextFontItalic,
-                  doc.TextFontUnderline);
+                     doc.TextFontUnderline);
 }
 
 QString visibleOr10Blanks(const QString& caption)
@@ -86,7 +86,7 @@ LabelText title()
     const LabelMaker::Document& doc = LabelDocument;
     return {doc.TitleLeft, doc.TitleTop, visibleOr10Blanks(doc.TitleText.trimmed()),
             labelFont(doc.TitleFontName.trimmed(), doc.TitleFontSize, doc.TitleFontBold, doc.TitleFontItalic,
-                   doc.TitleFontUnderline),
+                      doc.TitleFontUnderline),
             doc.TitleColor};
 }
 

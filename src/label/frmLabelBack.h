@@ -10,8 +10,8 @@ namespace Ui {
 class frmLabelBack;
 }
 
-/// The background dialog: edits the label's picture and colour, and writes them into the label document on Apply
-/// and OK.
+/// The background dialog: edits the label's picture and colour, and writes them into the label document on
+/// Apply and OK.
 class frmLabelBack final : public QDialog
 {
     Q_OBJECT

@@ -211,10 +211,11 @@ void frmLabelList::loadText()
     GeneralAPI::SetCheckValue(ui->chkText, doc.ShowTableText);
     SetupScrollBar(ui->vsPaddingLeft, ui->txtPaddingLeft, 0, 100, wholePixels(doc.PaddingLeft));
     SetupScrollBar(ui->vsPaddingTop, ui->txtPaddingTop, 0, 20, wholePixels(doc.PaddingTop));
-    ui->lblSample->setItem({doc.PaddingLeft, doc.PaddingTop, ui->lblSample->text(),
-                            zib::layout::labelFont(doc.TextFontName.trimmed(), doc.TextFontSize, doc.TextFontBold,
-                                                   doc.TextFontItalic, doc.TextFontUnderline),
-                            doc.TextColor});
+    ui->lblSample->setItem(
+        {doc.PaddingLeft, doc.PaddingTop, ui->lblSample->text(),
+         zib::layout::labelFont(doc.TextFontName.trimmed(), doc.TextFontSize, doc.TextFontBold,
+                                doc.TextFontItalic, doc.TextFontUnderline),
+         doc.TextColor});
     zib::setSampleGround(ui->picSample);
 }
 

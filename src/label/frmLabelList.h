@@ -15,8 +15,8 @@ namespace zib {
 class LineControl;
 }
 
-/// The track-list layout dialog: edits copies of the table's properties and writes them into the label document
-/// on Apply and OK.
+/// The track-list layout dialog: edits copies of the table's properties and writes them into the label
+/// document on Apply and OK.
 class frmLabelList final : public QDialog
 {
     Q_OBJECT

@@ -36,10 +36,11 @@ void frmLabelTitle::Form_Load()
 {
     const LabelMaker::Document& doc = LabelDocument;
     const QString text = doc.TitleText.trimmed();
-    ui->cdTitle->setItem({doc.TitleLeft, doc.TitleTop, text,
-                          zib::layout::labelFont(doc.TitleFontName.trimmed(), doc.TitleFontSize,
-                                                 doc.TitleFontBold, doc.TitleFontItalic, doc.TitleFontUnderline),
-                          doc.TitleColor});
+    ui->cdTitle->setItem(
+        {doc.TitleLeft, doc.TitleTop, text,
+         zib::layout::labelFont(doc.TitleFontName.trimmed(), doc.TitleFontSize, doc.TitleFontBold,
+                                doc.TitleFontItalic, doc.TitleFontUnderline),
+         doc.TitleColor});
     ui->txtTitle->setText(text);
     SetupScrollBar(ui->vsLeft, ui->txtLeft, 0, 300, zib::wholePixels(doc.TitleLeft));
     SetupScrollBar(ui->vsTop, ui->txtTop, 0, 300, zib::wholePixels(doc.TitleTop));

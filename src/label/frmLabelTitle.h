@@ -10,8 +10,8 @@ namespace Ui {
 class frmLabelTitle;
 }
 
-/// The title dialog: edits the label's title on a live sample, and writes it into the label document on Apply and
-/// OK.
+/// The title dialog: edits the label's title on a live sample, and writes it into the label document on Apply
+/// and OK.
 class frmLabelTitle final : public QDialog
 {
     Q_OBJECT
