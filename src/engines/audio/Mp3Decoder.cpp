@@ -1,0 +1,103 @@
+#include "engines/audio/Mp3Decoder.h"
+
+#include <mpg123.h>
+
+#include <array>
+
+namespace zib {
+
+namespace {
+
+// Old versions of the library want to be initialised once; new ones do nothing.
+bool libraryReady()
+{
+    static const bool ready = mpg123_init() == MPG123_OK;
+    return ready;
+}
+
+} // namespace
+
+void Mp3Decoder::Closer::operator()(mpg123_handle_struct* handle) const
+{
+    mpg123_delete(handle);
+}
+
+Mp3Decoder::Mp3Decoder(std::shared_ptr<const SourceFile> file, int channels, SampleKind kind)
+    : m_window(file, file->size(), 64 * 1024), m_channels(channels), m_kind(kind)
+{
+    if (libraryReady())
+        m_handle.reset(mpg123_new(nullptr, nullptr));
+    if (m_handle && !configure())
+        m_handle.reset();
+}
+
+Mp3Decoder::~Mp3Decoder() = default;
+
+// Whole frames are fed, so the library neither looks ahead nor cuts delay nor searches for a header.
+bool Mp3Decoder::configure()
+{
+    auto* handle = m_handle.get();
+    constexpr long kFlags = MPG123_QUIET | MPG123_NO_READAHEAD | MPG123_IGNORE_INFOFRAME | MPG123_SKIP_ID3V2;
+    const int encoding = m_kind == SampleKind::Narrow ? MPG123_ENC_SIGNED_16 : MPG123_ENC_FLOAT_32;
+    bool ok =
+        mpg123_param(handle, MPG123_ADD_FLAGS, kFlags, 0) == MPG123_OK &&
+        mpg123_param(handle, MPG123_REMOVE_FLAGS, MPG123_GAPLESS | MPG123_AUTO_RESAMPLE, 0) == MPG123_OK &&
+        mpg123_param(handle, MPG123_RESYNC_LIMIT, -1, 0) == MPG123_OK &&
+        mpg123_format_none(handle) == MPG123_OK;
+    constexpr std::array<long, 9> kRates{8000, 11025, 12000, 16000, 22050, 24000, 32000, 44100, 48000};
+    for (const long rate : kRates)
+        ok = ok && mpg123_format(handle, rate, m_channels == 1 ? MPG123_MONO : MPG123_STEREO, encoding) ==
+                       MPG123_OK;
+    return ok;
+}
+
+void Mp3Decoder::start(const Mp3Run& run, qint64 offset)
+{
+    m_run = run;
+    m_offset = offset;
+    m_silence = QByteArray(run.head.samples() * frameBytes(), '\0');
+    if (!m_handle)
+        return;
+    mpg123_param(m_handle.get(), MPG123_FREEFORMAT_SIZE, run.freeBytes > 0 ? run.freeBytes : -1, 0);
+    if (mpg123_open_feed(m_handle.get()) != MPG123_OK)
+        m_handle.reset();
+}
+
+std::span<const uchar> Mp3Decoder::next()
+{
+    const qint64 end = m_run.offset + m_run.bytes;
+    if (!m_handle || m_offset + 4 > end)
+        return {};
+    const uchar* start = m_window.at(m_offset, 4);
+    const auto head = start != nullptr ? Mp3Header::parse(start) : std::nullopt;
+    if (!head)
+        return {};
+    const int bytes = head->frameBytes(m_run.freeBytes);
+    const uchar* frame = m_offset + bytes <= end ? m_window.at(m_offset, bytes) : nullptr;
+    if (frame == nullptr)
+        return {};
+    m_offset += bytes;
+    return decode(frame, bytes);
+}
+
+std::span<const uchar> Mp3Decoder::decode(const uchar* frame, int bytes)
+{
+    if (mpg123_feed(m_handle.get(), frame, static_cast<size_t>(bytes)) != MPG123_OK)
+        return silence();
+    unsigned char* audio = nullptr;
+    size_t got = 0;
+    off_t number = 0;
+    int result = mpg123_decode_frame(m_handle.get(), &number, &audio, &got);
+    for (int changes = 0; result == MPG123_NEW_FORMAT && got == 0 && changes < 2; ++changes)
+        result = mpg123_decode_frame(m_handle.get(), &number, &audio, &got);
+    if (static_cast<qsizetype>(got) != m_silence.size())
+        return silence();
+    return {audio, got};
+}
+
+std::span<const uchar> Mp3Decoder::silence()
+{
+    return {reinterpret_cast<const uchar*>(m_silence.constData()), static_cast<size_t>(m_silence.size())};
+}
+
+} // namespace zib

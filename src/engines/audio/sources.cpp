@@ -1,0 +1,60 @@
+#include "engines/audio/sources.h"
+
+#include "engines/audio/Mp3Reader.h"
+#include "engines/audio/WavReader.h"
+
+namespace zib {
+
+namespace {
+
+std::optional<AudioContent> recogniseWav(std::shared_ptr<const SourceFile> file)
+{
+    AudioContent content{std::move(file), std::nullopt, std::nullopt};
+    content.wav = parseWav(*content.file);
+    if (!content.wav)
+        return std::nullopt;
+    const WavHeader& header = *content.wav;
+    if (header.coding == WavHeader::Coding::Mpeg3)
+        content.mp3 = walkMp3(content.file, header.dataOffset, header.dataOffset + header.dataBytes);
+    if (content.length() <= 0)
+        return std::nullopt;
+    return content;
+}
+
+} // namespace
+
+int AudioContent::rateHz() const
+{
+    return mp3 ? mp3->rateHz : wav->rateHz;
+}
+
+int AudioContent::channels() const
+{
+    return mp3 ? mp3->channels : wav->channels;
+}
+
+qint64 AudioContent::length() const
+{
+    return mp3 ? mp3->length : wav->frames();
+}
+
+std::optional<AudioContent> recognise(std::shared_ptr<const SourceFile> file)
+{
+    if (!file)
+        return std::nullopt;
+    if (looksLikeWav(*file))
+        return recogniseWav(std::move(file));
+    AudioContent content{file, std::nullopt, walkMp3(file, 0, file->size())};
+    if (!content.mp3 || content.length() <= 0)
+        return std::nullopt;
+    return content;
+}
+
+std::unique_ptr<SampleSource> openSource(const AudioContent& content, SampleKind kind)
+{
+    if (content.mp3)
+        return std::make_unique<Mp3Reader>(content.file, *content.mp3, kind);
+    return std::make_unique<WavReader>(content.file, *content.wav);
+}
+
+} // namespace zib

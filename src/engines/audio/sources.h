@@ -1,0 +1,31 @@
+#pragma once
+
+#include "engines/audio/Mp3Decoder.h"
+#include "engines/audio/SampleSource.h"
+#include "engines/audio/WavHeader.h"
+
+#include <memory>
+#include <optional>
+#include <variant>
+
+namespace zib {
+
+/// What a file's content proves to be.
+struct AudioContent
+{
+    std::shared_ptr<const SourceFile> file;
+    std::optional<WavHeader> wav; ///< Of a WAV file, one with an MP3 stream inside included.
+    std::optional<Mp3Layout> mp3; ///< Of every MP3 stream.
+
+    int rateHz() const;
+    int channels() const;  ///< As stored.
+    qint64 length() const; ///< Sample frames, exact.
+};
+
+/// Looks into @p file.  @returns nothing when it is no MP3 or WAV file that gives at least one sample.
+std::optional<AudioContent> recognise(std::shared_ptr<const SourceFile> file);
+
+/// Begins to decode. MP3 streams are decoded to @p kind, the other sources decide by what they hold.
+std::unique_ptr<SampleSource> openSource(const AudioContent& content, SampleKind kind);
+
+} // namespace zib
