@@ -28,7 +28,8 @@ public:
         return true;
     }
 
-    /// Takes the oldest value into @p value, waiting for one.  @returns false once the queue is closed and empty.
+    /// Takes the oldest value into @p value, waiting for one.  @returns false once the queue is closed and
+    /// empty.
     bool pop(T& value)
     {
         std::unique_lock lock(m_mutex);

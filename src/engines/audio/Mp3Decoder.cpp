@@ -58,7 +58,8 @@ void Mp3Decoder::start(const Mp3Run& run, qint64 offset)
     m_silence = QByteArray(run.head.samples() * frameBytes(), '\0');
     if (!m_handle)
         return;
-    mpg123_param(m_handle.get(), MPG123_FREEFORMAT_SIZE, run.freeBytes > 0 ? run.freeBytes : -1, 0);
+    // the library counts a free frame without its header
+    mpg123_param(m_handle.get(), MPG123_FREEFORMAT_SIZE, run.freeBytes > 0 ? run.freeBytes - 4 : -1, 0);
     if (mpg123_open_feed(m_handle.get()) != MPG123_OK)
         m_handle.reset();
 }

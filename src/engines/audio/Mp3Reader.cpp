@@ -31,6 +31,8 @@ Mp3Reader::~Mp3Reader() = default;
 AudioBlock Mp3Reader::read(qint64 frames)
 {
     const qint64 wanted = std::min(frames, m_layout.length - m_position);
+    m_ready.remove(0, m_readyAt);
+    m_readyAt = 0;
     while (readyFrames() < wanted && refill()) {
     }
     const qint64 got = std::clamp<qint64>(wanted, 0, readyFrames());
@@ -92,16 +94,19 @@ void Mp3Reader::beginRun(qsizetype run)
 // Gains at least one sample.  @returns false at the end.
 bool Mp3Reader::refill()
 {
-    m_ready.remove(0, m_readyAt);
-    m_readyAt = 0;
-    while (m_ready.isEmpty()) {
+    if (readyFrames() == 0) {
+        m_ready.resize(0); // keeps its memory
+        m_readyAt = 0;
+    }
+    const qsizetype before = m_ready.size();
+    while (m_ready.size() == before) {
         const auto samples = m_decoder.next();
         if (!samples.empty())
             takeFrame(samples);
         else if (!endOfRun())
-            return !m_ready.isEmpty();
+            break;
     }
-    return true;
+    return m_ready.size() > before;
 }
 
 // @returns whether another run follows.

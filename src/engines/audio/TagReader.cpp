@@ -101,7 +101,8 @@ Tag readId3v2At(const SourceFile& file, qint64 offset, qint64 most)
 
 QString plainTagText(const QByteArray& bytes)
 {
-    const QByteArray used = bytes.left(bytes.indexOf('\0'));
+    const QByteArray used(bytes.constData(), static_cast<qsizetype>(qstrnlen(
+                                                 bytes.constData(), static_cast<size_t>(bytes.size()))));
     const auto decoded = fromUtf8(used);
     return (decoded ? *decoded : fromWindows1252(used)).trimmed();
 }
