@@ -1,11 +1,15 @@
 #include "app/WindowBook.h"
 
+#include "app/frmAbout.h"
 #include "app/frmMain.h"
+#include "app/frmSplash.h"
+#include "app/frmTip.h"
 #include "label/frmLabelBack.h"
 #include "label/frmLabelDesigner.h"
 #include "label/frmLabelList.h"
 #include "label/frmLabelTitle.h"
 #include "label/frmPreview.h"
+#include "settings/frmOptions.h"
 
 namespace zib {
 
@@ -19,13 +23,28 @@ void WindowBook::setMainWindow(frmMain* window)
     m_main = window;
 }
 
-void WindowBook::showSplash(QWidget*) {}
+void WindowBook::showSplash(QWidget* owner)
+{
+    frmSplash(owner).exec();
+}
 
-void WindowBook::showTip(QWidget*) {}
+void WindowBook::showTip(QWidget* owner)
+{
+    frmTip(owner).exec();
+}
 
-void WindowBook::showAbout(QWidget*) {}
+void WindowBook::showAbout(QWidget* owner)
+{
+    frmAbout(m_services.messages, owner).exec();
+}
 
-void WindowBook::showOptions(QWidget*) {}
+void WindowBook::showOptions(QWidget* owner)
+{
+    frmOptions window(m_services, owner);
+    if (m_main)
+        QObject::connect(&window, &frmOptions::applied, m_main, &frmMain::RefreshMain);
+    window.exec();
+}
 
 QStringList WindowBook::showPrepare(QWidget*, const QList<CompilationRow>&)
 {

@@ -4,9 +4,29 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QMessageBox>
+#include <QStandardPaths>
+#include <QTreeView>
+#include <QUrl>
 
 namespace zib {
+
+namespace {
+
+QList<QUrl> places()
+{
+    QList<QUrl> urls;
+    for (const auto place : {QStandardPaths::HomeLocation, QStandardPaths::DesktopLocation,
+                             QStandardPaths::MusicLocation, QStandardPaths::DownloadLocation})
+        if (const QUrl url = QUrl::fromLocalFile(QStandardPaths::writableLocation(place));
+            QFileInfo(url.toLocalFile()).isDir() && !urls.contains(url))
+            urls << url;
+    urls << QUrl::fromLocalFile(QDir::rootPath());
+    return urls;
+}
+
+} // namespace
 
 FileBox::FileBox(QWidget* owner, const QString& title, const QString& folder) : QFileDialog(owner, title)
 {
@@ -14,7 +34,20 @@ FileBox::FileBox(QWidget* owner, const QString& title, const QString& folder) : 
     setOptions(DontUseNativeDialog | DontConfirmOverwrite | HideNameFilterDetails);
     setViewMode(Detail);
     setDirectory(!folder.isEmpty() && QFileInfo(folder).isDir() ? folder : QDir::homePath());
+    setSidebarUrls(places());
+    showWholeColumns();
     resize(sizeHint().expandedTo(QSize(720, 460)));
+}
+
+/// Names take the room that size, type and date leave.
+void FileBox::showWholeColumns()
+{
+    const auto* list = findChild<QTreeView*>(QStringLiteral("treeView"));
+    if (!list)
+        return;
+    list->header()->setResizeContentsPrecision(0); // The visible rows; folders may hold thousands.
+    list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
 }
 
 void FileBox::setFilter(const QString& filter)

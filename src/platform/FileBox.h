@@ -23,6 +23,7 @@ protected:
     void accept() override;
 
 private:
+    void showWholeColumns();
     QString missingFolder() const;
 
     bool m_pathMustExist = false;
