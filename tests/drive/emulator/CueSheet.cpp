@@ -145,10 +145,17 @@ private:
     std::array<std::array<char, 12>, kMaxTracks + 1> m_codes{};
 };
 
+// A pause belongs to the track it precedes, but its time counts for the track before it.
 bool tracksLongEnough(const CueSheet& sheet)
 {
-    return std::ranges::all_of(sheet.tracks,
-                               [](const Track& track) { return track.end - track.start >= kShortestTrack; });
+    std::int32_t next = sheet.leadOut;
+    for (auto track = sheet.tracks.rbegin(); track != sheet.tracks.rend(); ++track) {
+        if (next - track->start < kShortestTrack) {
+            return false;
+        }
+        next = track->start;
+    }
+    return true;
 }
 
 bool fitsOn(const CueSheet& sheet, const Disc& disc)

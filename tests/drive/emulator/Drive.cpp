@@ -77,6 +77,12 @@ std::size_t commandLength(std::uint8_t operation)
     return operation < 0x20 ? 6 : operation < 0x80 ? 10 : 12;
 }
 
+// Commands whose parameter list says what is going to happen; the journal keeps it.
+bool tellsByData(int operation)
+{
+    return operation == 0x15 || operation == 0x55 || operation == 0x5D || operation == 0xB6;
+}
+
 // Changes a handful of samples, and other ones each time, so that only an undisturbed read can be confirmed.
 void addNoise(std::span<std::uint8_t> frame, std::uint32_t strike)
 {
@@ -284,6 +290,9 @@ void Drive::note(const Request& request, const Answer& answer, const FaultVerdic
                      + " cdb=" + hexadecimal(request.cdb.first(std::min(commandLength(request.cdb[0]), request.cdb.size())));
     if (range.known) {
         line += " lba=" + std::to_string(range.first) + " count=" + std::to_string(range.count);
+    }
+    if (tellsByData(request.cdb[0])) {
+        line += " data=" + hexadecimal(request.dataOut);
     }
     line += " answer=" + describe(answer) + " door=" + (m_state->doorLocked ? "locked" : "unlocked");
     if (verdict.failure || verdict.delayMs > 0 || !verdict.readFaults.empty()) {

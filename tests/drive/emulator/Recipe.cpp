@@ -1,8 +1,10 @@
 #include "Recipe.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -13,16 +15,20 @@ namespace {
 constexpr std::int32_t kShortestTrack = 300;
 constexpr std::int32_t kRunOutFrames = 2;
 
-/// Samples that sound like hiss and never repeat, the same on every run.
-Bytes hiss(std::uint32_t seed, std::int32_t frames)
+/// Samples that sound like a soft rumble and never repeat, the same on every run. Ripping programs find out the byte order
+/// of a drive by listening, so the content must be smooth: white noise sounds alike both ways.
+Bytes rumble(std::uint32_t seed, std::int32_t frames)
 {
     Bytes bytes(static_cast<std::size_t>(frames) * kFrameBytes);
     std::uint32_t state = seed * 2654435761U + 1;
+    std::array<std::int32_t, 2> level{};
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
         state = state * 1664525U + 1013904223U;
-        const auto sample = static_cast<std::int16_t>(static_cast<std::int32_t>(state >> 16U) / 8 - 4096);
-        bytes[i] = static_cast<std::uint8_t>(sample & 0xFF);
-        bytes[i + 1] = static_cast<std::uint8_t>(sample >> 8 & 0xFF);
+        auto& value = level.at(i / 2 % 2);
+        value += static_cast<std::int32_t>(state >> 20U) - 2048 - value / 32;
+        const auto sample = static_cast<std::uint16_t>(std::clamp(value, -32768, 32767));
+        bytes[i] = static_cast<std::uint8_t>(sample & 0xFFU);
+        bytes[i + 1] = static_cast<std::uint8_t>(sample >> 8U);
     }
     return bytes;
 }
@@ -108,13 +114,13 @@ private:
         return fill(track, content);
     }
 
-    // The content is a number of frames of hiss, or a file of raw samples that is padded to whole frames.
+    // The content is a number of frames of rumble, or a file of raw samples that is padded to whole frames.
     bool fill(Track& track, const std::string& content)
     {
         std::int32_t frames = 0;
         const char* const end = content.data() + content.size();
         const bool counted = std::from_chars(content.data(), end, frames).ptr == end;
-        Bytes bytes = counted ? hiss(track.number, frames) : fileContent(m_folder + "/" + content);
+        Bytes bytes = counted ? rumble(track.number, frames) : fileContent(m_folder + "/" + content);
         const std::size_t whole = (bytes.size() + kFrameBytes - 1) / kFrameBytes;
         bytes.resize(std::max<std::size_t>(whole, kShortestTrack) * kFrameBytes);
         track.end = track.start + static_cast<std::int32_t>(bytes.size() / kFrameBytes);

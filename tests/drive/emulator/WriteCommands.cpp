@@ -265,12 +265,18 @@ Sense closeTrack(Disc& disc)
     if (track == nullptr) {
         return kGood;
     }
-    if (track->session > disc.state().sessionCount) {
-        track->end = std::max(track->end, track->start + kShortestTrack);
+    if (track->session <= disc.state().sessionCount) {
+        return kGood; // part of a session at once, which ends with its last frame only
     }
+    track->end = std::max(track->end, track->start + kShortestTrack);
     track->complete = true;
     disc.state().writtenEnd = std::max(disc.state().writtenEnd, track->end + kRunOutFrames);
     return kGood;
+}
+
+Sense endTrack(Station& station)
+{
+    return station.testWrite() ? closeSimulated(station.state, false) : closeTrack(*station.disc);
 }
 
 // A session at once that ended early has its lead-in already; only the lead-out is added.
@@ -353,7 +359,11 @@ Answer write(Station& station, const Request& request)
 
 Answer synchronizeCache(Station& station, const Request& request)
 {
-    const bool justCompleted = station.writeType() == kSessionAtOnce && !station.state.sessionRunning;
+    const bool sessionAtOnce = station.writeType() == kSessionAtOnce;
+    const bool justCompleted = sessionAtOnce && !station.state.sessionRunning;
+    if (!sessionAtOnce) {
+        endTrack(station); // with track at once, emptying the buffer ends the track
+    }
     return busyFor(station, justCompleted ? station.config.closingMs : 0, (request.cdb[1] & 2U) != 0);
 }
 
@@ -364,10 +374,9 @@ Answer closeTrackSession(Station& station, const Request& request)
         return kInvalidField;
     }
     station.state.sessionRunning = false;
-    const bool simulated = station.testWrite();
-    const Sense sense = simulated     ? closeSimulated(station.state, function == 2)
-                      : function == 1 ? closeTrack(*station.disc)
-                                      : closeSession(station);
+    const Sense sense = function == 1          ? endTrack(station)
+                      : station.testWrite() ? closeSimulated(station.state, true)
+                                            : closeSession(station);
     if (!sense.good()) {
         return sense;
     }
