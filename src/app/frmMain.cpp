@@ -64,18 +64,6 @@ int indexOf(const QAction* item)
     return item->objectName().section(u'_', -1).toInt();
 }
 
-/// The paths of a file dialog's answer: one path, or a folder and the names in it, parted by NUL.
-QStringList pathsOf(const QString& answer)
-{
-    QStringList parts = answer.split(QChar::Null);
-    if (parts.size() == 1)
-        return parts;
-    const QString folder = parts.takeFirst();
-    for (QString& part : parts)
-        part = GeneralAPI::JoinPath(folder, part);
-    return parts;
-}
-
 bool isFile(const QString& path)
 {
     const QFileInfo file(path);
@@ -399,7 +387,7 @@ void frmMain::AddFilesDialog()
                                       "WAV Files(*.wav)|*.wav|All Files(*.*)|*.*");
     const auto chosen = m_services.dialogs.openFile(this, m_dlgFile);
     if (chosen)
-        addFiles(pathsOf(*chosen));
+        addFiles(zib::chosenPaths(*chosen));
     else if (chosen.error().kind != zib::Failure::Kind::Cancelled)
         showHint(kTooManyNames);
     RefreshTotals();

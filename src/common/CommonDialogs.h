@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QFont>
 #include <QString>
+#include <QStringList>
 
 class QWidget;
 
@@ -31,6 +32,9 @@ struct FileDialogRequest
 
 /// The error number that a cancelled common dialog raises.
 inline constexpr int kDialogCancelled = 32755;
+
+/// The paths of an open dialog's answer: the one path, or the folder joined with each of the names.
+QStringList chosenPaths(const QString& answer);
 
 /// The open, save, colour and font dialogs. Modal; a cancel is Failure::Kind::Cancelled. GUI thread only.
 class CommonDialogs

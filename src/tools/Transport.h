@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+class AudioFile;
+class AudioPlayer;
+
+namespace zib {
+
+struct Components;
+
+/// The pump between a reader and a player, and the rules of stopping, pausing and seeking. Knows no widgets; a
+/// window forwards its events and shows what it is told.
+///
+/// Positions are sample frames of the reader, counted in 64 bits; the slider runs from 0 to 100, the percent of
+/// the file. GUI thread only.
+class Transport
+{
+public:
+    explicit Transport(const Components& components);
+    ~Transport();
+    Q_DISABLE_COPY_MOVE(Transport)
+
+    /// The player whose events the window connects to FeedBlock, sliderFor and its own end of playback.
+    AudioPlayer& player() const { return *m_player; }
+
+    bool IsPlaying() const { return m_isPlaying; }
+    /// Set by pausing, cleared by resuming; a stop leaves it as it is.
+    bool IsPaused() const { return m_isPaused; }
+    /// Whether the pause button stands pushed in.
+    bool pauseTicked() const { return m_pauseTicked; }
+    /// Where the current buffers start in the file.
+    qint64 PlayPos() const { return m_playPos; }
+
+    /// Plays a file from its start and makes it the shared CurrentFile. What cannot be opened ends silently.
+    void PlayFile(const QString& path);
+    /// Queues the next second of the file, if there is more than one sample of it.
+    void FeedBlock();
+    void StopPlaying();
+    /// Pausing gives the sound device back; resuming takes it again. Only while playing.
+    void TogglePause();
+    /// Plays on from the slider's place. When slider x length leaves 32 bits, nothing changes.
+    void SeekToSlider(int slider);
+
+    void beginDrag() { m_isDragging = true; }
+    /// Ends a drag at the slider's place: while playing, sound goes on from there.
+    void endDrag(int slider);
+    /// Plays on from the slider's place while playing, whatever the length of the file.
+    void seekAnywhere(int slider);
+    /// The slider's place after @p played frames of the current buffers; nothing while it is being dragged.
+    std::optional<int> sliderFor(qint64 played) const;
+
+private:
+    void feedTwo();
+    void resume();
+    void seekTo(qint64 hundredths);
+
+    const std::unique_ptr<AudioFile> m_file;
+    const std::unique_ptr<AudioPlayer> m_player;
+    qint64 m_playPos = 0;
+    qint32 m_blockSamples = 0;
+    bool m_isDragging = false;
+    bool m_isPlaying = false;
+    bool m_isPaused = false;
+    bool m_pauseTicked = false;
+};
+
+} // namespace zib

@@ -1,0 +1,196 @@
+#include "tools/frmPlayer.h"
+#include "ui_frmPlayer.h"
+
+#include "common/CommonDialogs.h"
+#include "common/GeneralAPI.h"
+#include "common/GenralMacro.h"
+#include "common/Messages.h"
+#include "common/Texts.h"
+#include "common/WaitPointer.h"
+#include "components/Components.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QHeaderView>
+#include <QShortcut>
+
+using zib::FileDialogRequest;
+using zib::Playlist;
+
+namespace {
+
+constexpr int kFileNameBuffer = 1024;
+constexpr int kYieldMs = 40; // longest stretch of adding files without a look at events; sound needs them too
+
+const QString kFilter =
+    QStringLiteral("Audio Files(*.wav;*.mp3)|*.wav;*.mp3|MP3 Files(*.mp3)|*.mp3|WAV Files(*.wav)|*.wav");
+
+} // namespace
+
+frmPlayer::frmPlayer(const zib::Services& services, QWidget* parent)
+    : TransportWindow(services, parent), ui(std::make_unique<Ui::frmPlayer>()),
+      m_AInfo(services.components.makeInformation())
+{
+    ui->setupUi(this);
+    setUpList();
+    connectControls();
+    Form_Load();
+}
+
+frmPlayer::~frmPlayer() = default;
+
+void frmPlayer::setUpList()
+{
+    ui->ListView1->setModel(&m_list);
+    ui->ListView1->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+    const int letter = fontMetrics().averageCharWidth();
+    ui->ListView1->setColumnWidth(Playlist::FileName, 32 * letter);
+    ui->ListView1->setColumnWidth(Playlist::Time, 11 * letter);
+    ui->ListView1->setColumnWidth(Playlist::Title, 24 * letter);
+}
+
+void frmPlayer::connectControls()
+{
+    connectTransport({.cmdPlay = ui->cmdPlay,
+                      .chkPause = ui->chkPause,
+                      .cmdStop = ui->cmdStop,
+                      .cmdTop = ui->cmdTop,
+                      .cmdBackward = ui->cmdBackward,
+                      .cmdForward = ui->cmdForward,
+                      .cmdEnd = ui->cmdEnd,
+                      .cmdVol = ui->cmdVol,
+                      .Slider1 = ui->Slider1});
+    connect(ui->cmdOpen, &QPushButton::clicked, this, &frmPlayer::cmdOpen_Click);
+    connect(ui->cmdRemove, &QPushButton::clicked, this, &frmPlayer::cmdRemove_Click);
+    connect(ui->chkDown, &QPushButton::clicked, this, &frmPlayer::chkDown_Click);
+    connect(ui->ListView1, &QTableView::doubleClicked, this, &frmPlayer::cmdPlay_Click);
+
+    const auto listKey = [this](Qt::Key key, void (frmPlayer::*handler)()) {
+        auto* shortcut = new QShortcut(key, ui->ListView1);
+        shortcut->setContext(Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, handler);
+    };
+    listKey(Qt::Key_Space, &frmPlayer::ListView1_Space);
+    listKey(Qt::Key_Return, &frmPlayer::cmdPlay_Click);
+    listKey(Qt::Key_Enter, &frmPlayer::cmdPlay_Click);
+    listKey(Qt::Key_Delete, &frmPlayer::cmdRemove_Click);
+}
+
+void frmPlayer::Form_Load()
+{
+    layout()->activate();
+    const QRect list = ui->ListView1->geometry();
+    const QRect button = ui->cmdBackward->geometry();
+    ExpandedHeight = height();
+    CollapsedHeight = height() - list.height() - (list.top() - (button.top() + button.height()));
+}
+
+void frmPlayer::cmdOpen_Click()
+{
+    const FileDialogRequest request{.title = tr("Open WAV Files"),
+                                    .filter = kFilter,
+                                    .flags = FileDialogRequest::AllowMultiselect | FileDialogRequest::Explorer |
+                                             FileDialogRequest::FileMustExist | FileDialogRequest::LongNames,
+                                    .maxFileSize = kFileNameBuffer};
+    if (const auto answer = m_services.dialogs.openFile(this, request))
+        addFiles(zib::chosenPaths(*answer));
+}
+
+void frmPlayer::cmdRemove_Click()
+{
+    if (m_list.rowCount() == 0)
+        m_services.messages.information(this, zib::kNoFilesInList);
+    else if (!m_list.removeTicked())
+        m_services.messages.information(this, zib::kNothingChecked);
+}
+
+void frmPlayer::chkDown_Click()
+{
+    const bool down = ui->chkDown->isChecked();
+    if (!down)
+        ExpandedHeight = height(); // as the user has sized it meanwhile
+    ui->ListView1->setVisible(down);
+    layout()->activate();
+    setMaximumHeight(down ? QWIDGETSIZE_MAX : CollapsedHeight);
+    resize(width(), down ? ExpandedHeight : CollapsedHeight);
+}
+
+void frmPlayer::cmdPlay_Click()
+{
+    if (m_list.rowCount() == 0)
+        return;
+    if (const QModelIndex row = ui->ListView1->currentIndex(); row.isValid())
+        zib::setCurrentFile(m_list.pathOf(row.row()));
+    StopPlaying();
+    if (!CurrentFile.isEmpty())
+        PlayFile(CurrentFile);
+}
+
+void frmPlayer::ListView1_Space()
+{
+    const QModelIndex box = ui->ListView1->currentIndex().siblingAtColumn(Playlist::FileName);
+    if (box.isValid())
+        m_list.setData(box, box.data(Qt::CheckStateRole).toInt() == Qt::Checked ? Qt::Unchecked : Qt::Checked,
+                       Qt::CheckStateRole);
+}
+
+void frmPlayer::playbackEnded()
+{
+    PlayNextTrack();
+}
+
+void frmPlayer::addFiles(const QStringList& paths)
+{
+    const zib::WaitPointer wait(this);
+    QElapsedTimer since;
+    since.start();
+    for (const QString& path : paths) {
+        AddFileToPlaylist(path);
+        if (since.elapsed() < kYieldMs)
+            continue;
+        showNewRows();
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        since.restart();
+    }
+    showNewRows();
+}
+
+void frmPlayer::AddFileToPlaylist(const QString& path)
+{
+    if (m_list.contains(path))
+        return;
+    m_AInfo->open(path);
+    QString title = m_AInfo->tagTitle(AudioInformation::TagKind::Main).trimmed();
+    if (title.isEmpty())
+        title = m_AInfo->tagTitle(AudioInformation::TagKind::Old).trimmed();
+    m_list.append({.fileName = GeneralAPI::GetFileNameOfPath(path),
+                   .time = GeneralAPI::FormatDuration(m_AInfo->durationMs()),
+                   .title = title,
+                   .location = GeneralAPI::GetFolderOfPath(path)});
+}
+
+void frmPlayer::PlayNextTrack()
+{
+    const int ended = m_list.rowOf(CurrentFile);
+    if (ended < 0)
+        return;
+    const bool last = ended == m_list.rowCount() - 1;
+    if (last && !ui->chkRpt->isChecked())
+        return;
+    const int next = last ? 0 : ended + 1;
+    PlayFile(m_list.pathOf(next));
+    selectRow(next);
+}
+
+/// A list that was empty gets its first row selected, so that play has something to play.
+void frmPlayer::showNewRows()
+{
+    m_list.showWaiting();
+    if (!ui->ListView1->currentIndex().isValid())
+        selectRow(0);
+}
+
+void frmPlayer::selectRow(int row)
+{
+    ui->ListView1->setCurrentIndex(m_list.index(row, Playlist::FileName));
+}
