@@ -9,6 +9,9 @@
 #include "label/frmLabelList.h"
 #include "label/frmLabelTitle.h"
 #include "label/frmPreview.h"
+#include "tools/frmMP3ToWAV.h"
+#include "tools/frmPlay.h"
+#include "tools/frmPlayer.h"
 #include "settings/frmOptions.h"
 
 namespace zib {
@@ -55,11 +58,23 @@ void WindowBook::showWrite(QWidget*, const QStringList&) {}
 
 void WindowBook::showRip(QWidget*) {}
 
-void WindowBook::showMP3ToWAV(QWidget*) {}
+void WindowBook::showMP3ToWAV(QWidget* owner)
+{
+    frmMP3ToWAV converter(m_services, owner);
+    converter.exec();
+}
 
-void WindowBook::showPlayer(QWidget*) {}
+void WindowBook::showPlayer(QWidget* owner)
+{
+    frmPlayer player(m_services, owner);
+    player.exec();
+}
 
-void WindowBook::showPlay(QWidget*) {}
+void WindowBook::showPlay(QWidget* owner)
+{
+    frmPlay player(m_services, owner);
+    player.exec();
+}
 
 void WindowBook::showLabelDesigner(QWidget* owner, const QList<CompilationRow>& rows)
 {

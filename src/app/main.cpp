@@ -4,6 +4,7 @@
 #include "common/GenralMacro.h"
 #include "common/Texts.h"
 #include "components/Components.h"
+#include "engines/audio/makers.h"
 #include "engines/burn/makers.h"
 #include "engines/play/makers.h"
 #include "platform/BoxMessages.h"
@@ -22,6 +23,8 @@ namespace {
 zib::Components engines()
 {
     zib::Components components;
+    components.makeInformation = zib::makeAudioInformation;
+    components.makeFile = zib::makeAudioFile;
     components.makePlayer = zib::makeAudioPlayer;
     components.makeWriter = [] {
         return zib::makeDiscWriter(GeneralAPI::JoinPath(zib::applicationFolder(), QStringLiteral("Images")));

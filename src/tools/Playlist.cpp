@@ -60,8 +60,8 @@ QString Playlist::pathOf(int row) const
 
 int Playlist::rowOf(const QString& path) const
 {
-    const auto found =
-        std::find_if(m_rows.begin(), m_rows.end(), [&](const PlaylistRow& row) { return row.path() == path; });
+    const auto found = std::find_if(m_rows.begin(), m_rows.end(),
+                                    [&](const PlaylistRow& row) { return row.path() == path; });
     return found == m_rows.end() ? -1 : static_cast<int>(found - m_rows.begin());
 }
 

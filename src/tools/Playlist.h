@@ -19,8 +19,8 @@ struct PlaylistRow
     QString path() const;
 };
 
-/// The player's list of files; no path stands in it twice. Ten thousand rows are no burden: a view hears of new
-/// ones in batches.
+/// The player's list of files; no path stands in it twice. Ten thousand rows are no burden: a view hears of
+/// new ones in batches.
 class Playlist final : public QAbstractTableModel
 {
     Q_OBJECT

@@ -71,7 +71,8 @@ void Transport::TogglePause()
         return resume();
     m_pauseTicked = true;
     m_isPaused = true;
-    m_player->close(); // Closed first: the device consumes until then, and what it consumed is not played again.
+    m_player
+        ->close(); // Closed first: the device consumes until then, and what it consumed is not played again.
     m_playPos += m_player->position();
 }
 
@@ -115,7 +116,8 @@ std::optional<int> Transport::sliderFor(qint64 played) const
 {
     if (m_isDragging || m_file->length() == 0)
         return std::nullopt;
-    const double percent = static_cast<double>(m_playPos + played) * kSliderEnd / static_cast<double>(m_file->length());
+    const double percent =
+        static_cast<double>(m_playPos + played) * kSliderEnd / static_cast<double>(m_file->length());
     return static_cast<int>(std::clamp<qint64>(roundHalfEven(percent), 0, kSliderEnd));
 }
 

@@ -12,11 +12,11 @@ namespace zib {
 
 struct Components;
 
-/// The pump between a reader and a player, and the rules of stopping, pausing and seeking. Knows no widgets; a
-/// window forwards its events and shows what it is told.
+/// The pump between a reader and a player, and the rules of stopping, pausing and seeking. Knows no widgets;
+/// a window forwards its events and shows what it is told.
 ///
-/// Positions are sample frames of the reader, counted in 64 bits; the slider runs from 0 to 100, the percent of
-/// the file. GUI thread only.
+/// Positions are sample frames of the reader, counted in 64 bits; the slider runs from 0 to 100, the percent
+/// of the file. GUI thread only.
 class Transport
 {
 public:

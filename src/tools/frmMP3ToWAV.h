@@ -13,8 +13,8 @@ namespace Ui {
 class frmMP3ToWAV;
 }
 
-/// Converts one MP3 file into one WAV file in CD format. Closing the window ends a running conversion and leaves
-/// no file.
+/// Converts one MP3 file into one WAV file in CD format. Closing the window ends a running conversion and
+/// leaves no file.
 class frmMP3ToWAV final : public QDialog
 {
     Q_OBJECT

@@ -89,8 +89,9 @@ void frmPlayer::cmdOpen_Click()
 {
     const FileDialogRequest request{.title = tr("Open WAV Files"),
                                     .filter = kFilter,
-                                    .flags = FileDialogRequest::AllowMultiselect | FileDialogRequest::Explorer |
-                                             FileDialogRequest::FileMustExist | FileDialogRequest::LongNames,
+                                    .flags = FileDialogRequest::AllowMultiselect |
+                                             FileDialogRequest::Explorer | FileDialogRequest::FileMustExist |
+                                             FileDialogRequest::LongNames,
                                     .maxFileSize = kFileNameBuffer};
     if (const auto answer = m_services.dialogs.openFile(this, request))
         addFiles(zib::chosenPaths(*answer));
