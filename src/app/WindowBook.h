@@ -11,7 +11,7 @@ namespace zib {
 
 /// Opens the program's windows, each modally, and hands the news of one to another. Owns the services that
 /// every window is given.
-class WindowBook final : public Windows
+class WindowBook : public Windows
 {
 public:
     /// All arguments outlive the book, and the book outlives every window.
