@@ -24,19 +24,26 @@ std::array<std::uint8_t, kCdTextPackBytes> packAt(ByteView symbols)
     return pack;
 }
 
-// The lead-in repeats the packs over and over; the first round is kept.
+bool knows(const DiscState& disc, const std::array<std::uint8_t, kCdTextPackBytes>& pack)
+{
+    for (std::size_t at = 0; at < disc.cdTextBytes; at += pack.size()) {
+        if (std::equal(pack.begin(), pack.end(), disc.cdText.begin() + at)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The lead-in repeats the packs over and over; each is kept once.
 void keepCdText(DiscState& disc, ByteView blocks)
 {
     for (std::size_t at = 0; at + kPackInSubChannel <= blocks.size(); at += kPackInSubChannel) {
         const auto pack = packAt(blocks.subspan(at, kPackInSubChannel));
-        const bool known = pack[0] < 0x80
-                        || (disc.cdTextBytes > 0 && std::equal(pack.begin(), pack.begin() + 4, disc.cdText.begin()))
-                        || disc.cdTextBytes + pack.size() > disc.cdText.size();
-        if (known) {
-            return;
+        const bool room = disc.cdTextBytes + pack.size() <= disc.cdText.size();
+        if (pack[0] >= 0x80 && room && !knows(disc, pack)) {
+            std::ranges::copy(pack, disc.cdText.begin() + disc.cdTextBytes);
+            disc.cdTextBytes += static_cast<std::uint32_t>(pack.size());
         }
-        std::ranges::copy(pack, disc.cdText.begin() + disc.cdTextBytes);
-        disc.cdTextBytes += static_cast<std::uint32_t>(pack.size());
     }
 }
 
