@@ -46,6 +46,8 @@ public:
         if (m_record != nullptr && fresh) {
             fill(*m_record);
         }
+        // The mapping keeps the open file, and with it the lock, alive.
+        ::flock(fd, LOCK_UN);
         ::close(fd);
         return m_record != nullptr;
     }
