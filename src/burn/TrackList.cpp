@@ -1,0 +1,126 @@
+#include "burn/TrackList.h"
+
+#include "common/CdTime.h"
+#include "common/GeneralAPI.h"
+#include "common/GenralMacro.h"
+#include "common/Numbers.h"
+#include "components/AudioInformation.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace zib {
+
+namespace {
+
+const QString kTempFolder = QStringLiteral("Temp");
+const QString kWavExtension = QStringLiteral(".wav");
+constexpr qsizetype kExtensionLength = 4;
+
+/// Paths are the same when they are the same in this form.
+QString comparable(const QString& path)
+{
+    return path.trimmed().toLower();
+}
+
+QString baseName(const QString& source)
+{
+    const QString name = GeneralAPI::GetFileNameOfPath(source);
+    const QString extension = name.right(kExtensionLength).toLower();
+    const bool known = extension == QStringLiteral(".mp3") || extension == kWavExtension;
+    return known ? name.chopped(kExtensionLength) : name;
+}
+
+/// Whether anything has this name, a link to nothing included.
+bool exists(const QString& path)
+{
+    const QFileInfo file(path);
+    return file.exists() || file.isSymLink();
+}
+
+} // namespace
+
+TrackList::TrackList(AudioInformation& information, const QList<CompilationRow>& rows)
+    : m_information(information)
+{
+    m_sources.reserve(rows.size());
+    for (const CompilationRow& row : rows)
+        m_sources << row.path();
+}
+
+bool TrackList::IsCDFormatWav(const QString& path)
+{
+    return m_information.isAudioFile(path) && m_information.open(path) && m_information.isPcm() &&
+           m_information.sampleRate() == kCdSampleRate && m_information.channels() == kCdChannels &&
+           m_information.bitsPerSample() == kCdBits;
+}
+
+QString TrackList::MakeTempWavName(const QString& source)
+{
+    const QString folder = GeneralAPI::JoinPath(applicationFolder(), kTempFolder);
+    makeFolder(folder);
+    const QString base = baseName(source);
+    const QString first = GeneralAPI::JoinPath(folder, base + kWavExtension);
+    if (!isTaken(first, source))
+        return first;
+    qint32& last = m_lastNumber[comparable(first)];
+    while (const auto number = narrowed<qint32>(qint64{last} + 1)) {
+        last = *number;
+        const QString candidate =
+            GeneralAPI::JoinPath(folder, base + u'-' + QString::number(last) + kWavExtension);
+        if (!isTaken(candidate, source))
+            return candidate;
+    }
+    return {};
+}
+
+/// A name is also taken when it differs from the source's own in letter case alone: it would count as the
+/// source.
+bool TrackList::isTaken(const QString& candidate, const QString& source) const
+{
+    const QString compared = comparable(candidate);
+    return m_given.contains(compared) || compared == comparable(source) || exists(candidate);
+}
+
+void TrackList::BuildTrackList(const std::function<void()>& breathe)
+{
+    m_entries.clear();
+    m_given.clear();
+    m_lastNumber.clear();
+    for (const QString& source : m_sources) {
+        const QString entry = IsCDFormatWav(source) ? source : MakeTempWavName(source);
+        m_entries << entry;
+        m_given << comparable(entry);
+        breathe();
+    }
+}
+
+std::optional<qint16> TrackList::CountConversions() const
+{
+    qint64 count = 0;
+    for (qsizetype row = 0; row < m_entries.size(); ++row)
+        count += needsConversion(row) ? 1 : 0;
+    return narrowed<qint16>(count);
+}
+
+bool TrackList::needsConversion(qsizetype row) const
+{
+    return comparable(m_sources[row]) != comparable(m_entries[row]);
+}
+
+void TrackList::makeFolder(const QString& folder)
+{
+    if (m_impossible.contains(QFileInfo(folder).absoluteFilePath()))
+        return;
+    GeneralAPI::MakeFolderPath(folder);
+    if (!QFileInfo(folder).isDir())
+        m_impossible << QFileInfo(folder).absoluteFilePath();
+}
+
+double preparedPercent(qint16 finished, double fraction, qint16 total)
+{
+    return total > 0 ? std::min((finished + fraction) * 100 / total, 100.0) : 0;
+}
+
+} // namespace zib

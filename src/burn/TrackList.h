@@ -1,0 +1,62 @@
+#pragma once
+
+#include "common/CompilationRow.h"
+
+#include <QHash>
+#include <QList>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+
+class AudioInformation;
+
+namespace zib {
+
+/// The track file list in the making: one path of a CD-format WAV file for each row of the compilation, and
+/// which of them must be converted first.
+class TrackList
+{
+public:
+    /// @param information answers the questions about formats; it outlives the list.
+    TrackList(AudioInformation& information, const QList<CompilationRow>& rows);
+
+    /// Whether a file can go onto a disc as it is: a WAV file of plain samples, 44100 Hz, 2 channels, 16
+    /// bits.
+    bool IsCDFormatWav(const QString& path);
+    /// @returns a path in the "Temp" folder of the application folder where no file stands and that no other
+    /// row was given; the folder is made. Empty when the count of such names ran out.
+    QString MakeTempWavName(const QString& source);
+    /// Fills the list.  @param breathe called between the rows.
+    void BuildTrackList(const std::function<void()>& breathe);
+    /// @returns how many rows must be converted, or nothing when the count does not fit its 16 bits.
+    std::optional<qint16> CountConversions() const;
+
+    qsizetype size() const { return m_sources.size(); }
+    const QString& source(qsizetype row) const { return m_sources[row]; }
+    const QString& entry(qsizetype row) const { return m_entries[row]; }
+    bool needsConversion(qsizetype row) const;
+    const QStringList& entries() const { return m_entries; }
+
+    /// Makes a folder with its parents. A failure is told by GeneralAPI, once for each list and folder.
+    void makeFolder(const QString& folder);
+
+private:
+    bool isTaken(const QString& candidate, const QString& source) const;
+
+    AudioInformation& m_information;
+    QStringList m_sources;
+    QStringList m_entries;
+    QSet<QString> m_given;               ///< Entries made here, in the form that is compared.
+    QHash<QString, qint32> m_lastNumber; ///< By first candidate: no number up to this one is free.
+    QSet<QString> m_impossible;          ///< Folders that could not be made.
+};
+
+/// The percent over all conversions together, at most 100.
+/// @param finished conversions already done.  @param fraction of the current one, 0 to 1.
+/// @param total conversions in all.
+double preparedPercent(qint16 finished, double fraction, qint16 total);
+
+} // namespace zib

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "common/Services.h"
+
+#include <QDialog>
+#include <QStringList>
+#include <QTimer>
+
+#include <memory>
+
+class DVDWriterPro;
+namespace Ui {
+class frmWrite;
+}
+
+/// Writes the prepared tracks to a disc: drive and speed, start, progress, cancel, and how it ended.
+///
+/// The drives are looked for once the window is shown. Closing it while a write runs cancels the write first
+/// and closes the window when it has ended.
+class frmWrite final : public QDialog
+{
+    Q_OBJECT
+public:
+    /// @param trackFiles paths of CD-format WAV files, in disc order; those that are missing or refused are
+    /// told.
+    frmWrite(const zib::Services& services, const QStringList& trackFiles, QWidget* parent = nullptr);
+    ~frmWrite() override;
+
+    /// A closing window waits so long for a cancelled write before it closes anyway.
+    static constexpr int kClosingPatienceMs = 20'000;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void connectControls();
+    void connectWriter();
+    void Form_Load();
+    void cboDevices_Click();
+    void cboDevices_activated(int index);
+    void cboWriteSpeed_Click();
+    void cmdWrite_Click();
+    void cmdCancel_Click();
+    void cmdOptions_Click();
+    void cmdExit_Click();
+    void DVDWriterPro1_PreparingToWrite();
+    void DVDWriterPro1_CachingProgress(qint16 percent);
+    void DVDWriterPro1_ReadingTrack(const QString& fileName, qint32 number, qint32 track);
+    void DVDWriterPro1_WritingProgress(qint32 track, qint32 done, qint32 size);
+    void DVDWriterPro1_ClosingTrack(qint32 track);
+    void DVDWriterPro1_ClosingDisc();
+    void DVDWriterPro1_WriteCompleted();
+    void DVDWriterPro1_WriteCancelled();
+    void DVDWriterPro1_WriteError(qint32 error, qint32 sense, const QString& description,
+                                  const QString& senseData);
+
+    void EnableControls(bool enable);
+    void ListDevices();
+    void ListWriteSpeeds();
+    void AddTracks();
+    static bool IsFolder(const QString& path);
+    void closeWhenEnded();
+
+    std::unique_ptr<Ui::frmWrite> ui;
+    zib::Services m_services;
+    QStringList m_trackFiles;
+    std::unique_ptr<DVDWriterPro> m_writer;
+    QString m_invitation;   ///< What lblStatus says while nothing runs.
+    QTimer m_closing{this}; ///< Runs while the window waits for the end of a write to close.
+    int m_drive = -1;       ///< The selected drive's index in the writer.
+    int m_activated = 0;    ///< The entry of cboDevices that the user chose last.
+    bool m_loaded = false;
+    bool m_starting = false;
+    bool m_speedWasSet = false;
+    bool IsIdle = true; ///< No write runs.
+    qint16 TrackCount = 0;
+    qint16 CurrentTrack = 0; ///< The track whose data the writer reads.
+    bool DriveSupportsBufferProtection = false;
+};
