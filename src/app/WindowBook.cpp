@@ -4,6 +4,8 @@
 #include "app/frmMain.h"
 #include "app/frmSplash.h"
 #include "app/frmTip.h"
+#include "burn/frmPrepare.h"
+#include "burn/frmWrite.h"
 #include "label/frmLabelBack.h"
 #include "label/frmLabelDesigner.h"
 #include "label/frmLabelList.h"
@@ -49,12 +51,17 @@ void WindowBook::showOptions(QWidget* owner)
     window.exec();
 }
 
-QStringList WindowBook::showPrepare(QWidget*, const QList<CompilationRow>&)
+QStringList WindowBook::showPrepare(QWidget* owner, const QList<CompilationRow>& rows)
 {
-    return {};
+    frmPrepare window(m_services, rows, owner);
+    window.exec();
+    return window.trackFiles();
 }
 
-void WindowBook::showWrite(QWidget*, const QStringList&) {}
+void WindowBook::showWrite(QWidget* owner, const QStringList& trackFiles)
+{
+    frmWrite(m_services, trackFiles, owner).exec();
+}
 
 void WindowBook::showRip(QWidget*) {}
 
