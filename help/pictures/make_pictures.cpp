@@ -108,14 +108,19 @@ struct Studio
         }
         zib::setApplicationFolder(program);
         zib::setPlatform({&ini, &shell, &folders, &registry, &messages});
-        ini.WritePrivateProfileStringA("View", "Show Splash Screen", "False", program + "/settings.ini");
-        ini.WritePrivateProfileStringA("View", "Show Tips Of Day", "False", program + "/settings.ini");
+        greet("False"); // so that the main window opens alone
         components.makeInformation = [this] { return std::make_unique<zib::FakeAudioInformation>(shelf); };
         components.makeFile = [this] { return std::make_unique<zib::FakeAudioFile>(shelf); };
         components.makePlayer = [] { return std::make_unique<zib::FakeAudioPlayer>(); };
         components.makeWriter = [] { return std::make_unique<scene::Recorder>(); };
         components.makeRipper = [] { return std::make_unique<scene::Ripper>(); };
         components.makePrinter = [] { return std::make_unique<scene::PaperlessPrinter>(); };
+    }
+    /// Whether picture and tip come at the start, as settings.ini says.
+    void greet(const QByteArray& word)
+    {
+        for (const char* key : {"Show Splash Screen", "Show Tips Of Day"})
+            ini.WritePrivateProfileStringA("View", key, word, program + "/settings.ini");
     }
     void chooseNext(const QStringList& paths)
     {
@@ -277,6 +282,7 @@ int main(int argc, char* argv[])
     frmMain window(book.services());
     book.setMainWindow(&window);
     shootMain(camera, window, studio);
+    studio.greet("True");
     shootStart(camera, window, book);
     shootDisc(camera, window, studio, book);
     shootTools(camera, window, studio, book);
