@@ -203,6 +203,8 @@ Replaced replaceFile(const QString& path, const QByteArray& bytes, const FileSna
                      const FolderLock& lock)
 {
     const QByteArray target = QFile::encodeName(path);
+    if (!unchanged(target, before))
+        return Replaced::Changed;
     if (!mayWrite(target, before))
         return Replaced::Failed;
     const QByteArray beside = besideName(path);
