@@ -64,6 +64,7 @@ private slots:
     void everyForm_hasAPage();
     void everyMessage_hasItsAdvice_data();
     void everyMessage_hasItsAdvice();
+    void everyBoxOfTheSource_isInTheHelp();
     void everyWriterError_hasItsAdvice();
 
 private:
@@ -271,6 +272,9 @@ void TestHelp::everyMessage_hasItsAdvice_data()
              "There are no files checked in the list, \nplease check files to delete from the list!",
              "There are no files in the list to play.",
              "There are no files in the list, need not to save.",
+             "The project could not be written. The file is as it was before.",
+             "3 of the files have names that a project cannot hold.",
+             "So many names do not fit in one choice. Choose fewer files, or drop them on this window.",
              "Would you like to save this project?",
              "Create directory error: ",
              "These settings cannot be read, so their defaults are used:",
@@ -299,6 +303,7 @@ void TestHelp::everyMessage_hasItsAdvice_data()
              "Please open an MP3 file for converting.",
              "Please set a WAV file for saving the converted MP3 file.",
              "The following MP3 file does not exist.",
+             "The following MP3 file could not be converted whole, so no WAV file was made.",
              "Converting Completed.",
          }) {
         QTest::newRow(QByteArray(text).left(40).constData()) << QString::fromUtf8(text);
@@ -317,6 +322,40 @@ void TestHelp::everyMessage_hasItsAdvice()
         advised += cells.size() == 2 && visibleText(cells[0]) == wanted && visibleText(cells[1]).size() > 25;
     }
     QVERIFY2(advised >= 1, qPrintable(message));
+}
+
+/// A box that the source shows with a text of its own, or with a constant, stands among the messages.
+void TestHelp::everyBoxOfTheSource_isInTheHelp()
+{
+    QString source;
+    QDirIterator files(ZIB_SOURCE_DIR "/src", {"*.cpp", "*.h"}, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        source += QString::fromUtf8(file.readAll());
+    }
+    const QString literal = R"RE(QStringLiteral\(((?:\s*"(?:[^"\\]|\\.)*")+))RE";
+    QStringList literals = found(source, R"RE(essages(?:\.|->)\w+\([\w()]+,\s*)RE" + literal);
+    for (const QString& name :
+         found(source,
+               R"RE((?:essages(?:\.|->)\w+\(|refuse\w*\(|showHint\()[\w(), ]*?(?:\w+::)?(k[A-Z]\w+))RE")) {
+        literals << found(source, "\\b" + name + R"RE(\s*=\s*)RE" + literal);
+    }
+    const QString help = visibleText(page("messages.html"));
+    QString missing;
+    for (QString text : literals) {
+        text.remove(QRegularExpression("\"\\s*\"")); // adjacent literals are one
+        text = text.trimmed()
+                   .chopped(1)
+                   .mid(1)
+                   .replace("\\n", " ")
+                   .replace("\\\"", "\"")
+                   .remove("%1")
+                   .simplified();
+        missing += help.contains(text) ? QString() : text + '\n';
+    }
+    QVERIFY2(missing.isEmpty(), qPrintable(missing));
+    QVERIFY2(literals.size() >= 12, qPrintable(QString::number(literals.size())));
 }
 
 void TestHelp::everyWriterError_hasItsAdvice()
