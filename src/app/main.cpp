@@ -7,6 +7,7 @@
 #include "engines/audio/makers.h"
 #include "engines/burn/makers.h"
 #include "engines/play/makers.h"
+#include "engines/print/makers.h"
 #include "platform/BoxMessages.h"
 #include "platform/DesktopDialogs.h"
 #include "platform/DesktopFolderPicker.h"
@@ -29,6 +30,7 @@ zib::Components engines()
     components.makeWriter = [] {
         return zib::makeDiscWriter(GeneralAPI::JoinPath(zib::applicationFolder(), QStringLiteral("Images")));
     };
+    components.makePrinter = zib::makePrinter;
     return components;
 }
 
