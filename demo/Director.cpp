@@ -25,7 +25,7 @@ Director::Director(const QString& pictures, QObject* parent) : QObject(parent), 
 void Director::shoot(QWidget* window, const QString& name)
 {
     const QString file = (name.isEmpty() ? window->objectName() : name) + QStringLiteral(".png");
-    if (window->grab().save(m_folder + u'/' + file))
+    if (window->grab().save(m_folder + u'/' + file) && !m_pictures.contains(file))
         m_pictures << file;
 }
 

@@ -25,7 +25,8 @@ namespace demo {
 
 namespace {
 
-constexpr int kLooksToPaint = 4; ///< Looks until a window has surely painted itself.
+constexpr int kLooksToPaint = 4;      ///< Looks until a window has surely painted itself.
+constexpr int kLooksToReadADisc = 40; ///< Looks until the ripper has surely listed a disc.
 
 /// Lets the window system and the timers have their way for a while.
 void pause(int milliseconds)
@@ -45,6 +46,8 @@ Show::Show(const QString& folder, const QStringList& samples)
     QDir().mkpath(m_programFolder);
     for (const QString& file : {QStringLiteral("TIPOFDAY.TXT"), QStringLiteral("Sample1.jpg")})
         QFile::copy(QStringLiteral(ZIB_SOURCE_DIR "/data/") + file, m_programFolder + u'/' + file);
+    if (!QFileInfo::exists(QStringLiteral("/dev/snd")) && !qEnvironmentVariableIsSet("SDL_AUDIODRIVER"))
+        qputenv("SDL_AUDIODRIVER", "dummy"); // The players are shown, not heard.
     zib::setApplicationFolder(m_programFolder);
     zib::setPlatform({&m_ini, &m_shell, &m_folders, &m_registry, &m_messages});
     m_components.makeInformation = zib::makeAudioInformation;
@@ -65,6 +68,8 @@ void Show::setScenes()
     m_director.setScene(QStringLiteral("frmPrepare"), std::bind(&Show::watchPreparation, this, _1, _2));
     m_director.setScene(QStringLiteral("frmWrite"), std::bind(&Show::write, this, _1, _2));
     m_director.setScene(QStringLiteral("frmOptions"), std::bind(&Show::visitOptions, this, _1, _2));
+    m_director.setScene(QStringLiteral("frmLabelDesigner"), std::bind(&Show::visitDesigner, this, _1, _2));
+    m_director.setScene(QStringLiteral("frmRip"), std::bind(&Show::visitRipper, this, _1, _2));
 }
 
 void Show::play()
@@ -117,13 +122,10 @@ void Show::chooseSamples(QWidget* dialog, int visit)
     }
 }
 
+/// It is over in a moment, so every look is a picture; the last one stays.
 void Show::watchPreparation(QWidget* window, int)
 {
-    const auto* bar = window->findChild<QProgressBar*>(QStringLiteral("pbPer"));
-    if (!m_preparationShown && bar && bar->value() > bar->maximum() / 4) {
-        m_preparationShown = true;
-        m_director.shoot(window);
-    }
+    m_director.shoot(window);
 }
 
 void Show::write(QWidget* window, int visit)
@@ -158,6 +160,29 @@ void Show::visitOptions(QWidget* window, int visit)
         tabs->setCurrentIndex(page);
     else if (visit % kLooksToPaint == kLooksToPaint - 1)
         m_director.shoot(window, QStringLiteral("frmOptions-%1").arg(page + 1));
+}
+
+/// Opens each of its dialogs, which are pictured and closed like every window.
+void Show::visitDesigner(QWidget* window, int visit)
+{
+    static const QStringList buttons{QStringLiteral("Title"), QStringLiteral("cmdBack"),
+                                     QStringLiteral("cmdList"), QStringLiteral("cmdPrint")};
+    const int step = visit - kLooksToPaint;
+    if (step == 0)
+        m_director.shoot(window);
+    else if (step > 0 && step <= buttons.size())
+        press(window, buttons.at(step - 1));
+    else if (step > 0)
+        window->close();
+}
+
+/// The disc that was written lies in the ripper's list of drives.
+void Show::visitRipper(QWidget* window, int visit)
+{
+    if (visit < kLooksToReadADisc)
+        return;
+    m_director.shoot(window);
+    window->close();
 }
 
 } // namespace demo

@@ -64,6 +64,8 @@ private:
     void watchPreparation(QWidget* window, int visit);
     void write(QWidget* window, int visit);
     void visitOptions(QWidget* window, int visit);
+    void visitDesigner(QWidget* window, int visit);
+    void visitRipper(QWidget* window, int visit);
     void trigger(const QString& action);
 
     QString m_programFolder;
@@ -78,7 +80,6 @@ private:
     Book m_book;
     Director m_director;
     std::unique_ptr<frmMain> m_main;
-    bool m_preparationShown = false;
     enum class Writing
     {
         NotYet,
