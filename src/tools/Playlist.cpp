@@ -34,11 +34,12 @@ bool Playlist::removeTicked()
 {
     const auto before = m_rows.size();
     for (auto last = static_cast<int>(before) - 1; last >= 0; --last) {
-        int first = last + 1;
+        if (!m_rows.at(last).ticked)
+            continue;
+        int first = last;
         while (first > 0 && m_rows.at(first - 1).ticked)
             --first;
-        if (first <= last)
-            removeRun(first, last);
+        removeRun(first, last);
         last = first;
     }
     return m_rows.size() < before;
