@@ -6,6 +6,7 @@
 #include "common/Numbers.h"
 #include "components/AudioInformation.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -111,11 +112,12 @@ bool TrackList::needsConversion(qsizetype row) const
 
 void TrackList::makeFolder(const QString& folder)
 {
-    if (m_impossible.contains(QFileInfo(folder).absoluteFilePath()))
+    const QString compared = QDir::cleanPath(folder);
+    if (m_impossible.contains(compared))
         return;
     GeneralAPI::MakeFolderPath(folder);
     if (!QFileInfo(folder).isDir())
-        m_impossible << QFileInfo(folder).absoluteFilePath();
+        m_impossible << compared;
 }
 
 double preparedPercent(qint16 finished, double fraction, qint16 total)
