@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <optional>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,13 +17,14 @@ namespace zib {
 namespace {
 
 constexpr qint64 kBytesPerPair = 4;
-/// A file with more chunks before its samples is made to keep its reader busy.
+/// A file with more chunks is made to keep its reader busy.
 constexpr int kMostChunks = 10'000;
+/// So many chunks behind an empty one must lead to the end of the file to make it believable.
+constexpr int kMostChunksToTheEnd = 64;
+constexpr quint32 kUnknownSize = 0xFFFFFFFF;
 constexpr quint16 kPcm = 1;
 constexpr quint16 kExtensible = 0xFFFE;
-/// Behind the two bytes of the format: the rest of the identifier that marks a sub-format as a plain one.
-constexpr std::array<uchar, 14> kPlainSubFormat = {0, 0, 0,    0, 0x10, 0,    0x80,
-                                                   0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
+constexpr qint64 kShortestFormat = 14;
 
 Failure unreadableFile(const QString& name)
 {
@@ -77,76 +79,146 @@ struct Input
     FileStamp stamp;
 };
 
-/// What a walk over the chunks of a RIFF file found.
-struct WavLayout
+/// Finds format and samples among the chunks of a RIFF, RF64 or BW64 file, forgiving what writers get wrong:
+/// sizes that lie, an unfinished header, a missing padding byte. Of several chunks of a kind the first one
+/// counts.
+class WavWalk
 {
-    bool rf64 = false;
-    bool cdFormat = false;
-    qint64 rf64DataBytes = -1;
-    qint64 dataOffset = -1;
-    qint64 dataBytes = 0;
+public:
+    explicit WavWalk(const Input& file) : m_file(file) {}
+
+    /// @returns whether the file holds samples in CD format.
+    bool run();
+    qint64 dataOffset() const { return m_dataOffset; }
+    qint64 dataBytes() const { return m_dataBytes / kBytesPerPair * kBytesPerPair; }
+
+private:
+    struct Chunk
+    {
+        std::array<char, 4> name{};
+        qint64 offset = 0; ///< Of its content.
+        quint32 told = 0;  ///< Its size as it says.
+
+        bool is(const char* other) const { return std::memcmp(name.data(), other, name.size()) == 0; }
+    };
+
+    bool beginsAsWave() const;
+    std::optional<Chunk> chunkAt(qint64 offset) const;
+    bool leadsToTheEnd(qint64 offset) const;
+    /// @returns the bytes of its content.
+    qint64 take(const Chunk& chunk);
+    void takeFormat(const Chunk& chunk);
+    void takeSizes(const Chunk& chunk);
+    void takeData(const Chunk& chunk);
+
+    const Input& m_file;
+    bool m_hasFormat = false;
+    bool m_isCdFormat = false;
+    qint64 m_longData = 0; ///< The 64-bit size of the samples.
+    qint64 m_dataOffset = -1;
+    qint64 m_dataBytes = 0;
 };
 
-bool isCdFormat(const std::array<uchar, 40>& format, qint64 size)
+bool WavWalk::run()
 {
-    const auto word = [&](int at) { return qFromLittleEndian<quint16>(format.data() + at); };
-    if (size < 16 || word(2) != kCdChannels || word(14) != kCdBits || word(12) != kBytesPerPair)
+    if (!beginsAsWave())
         return false;
-    if (qFromLittleEndian<quint32>(format.data() + 4) != kCdSampleRate)
-        return false;
-    if (word(0) == kPcm)
-        return true;
-    return word(0) == kExtensible && size >= 40 && word(24) == kPcm &&
-           std::equal(kPlainSubFormat.begin(), kPlainSubFormat.end(), format.begin() + 26);
+    qint64 at = 12;
+    for (int count = 0; count < kMostChunks; ++count) {
+        const auto chunk = chunkAt(at);
+        if (!chunk)
+            break;
+        const qint64 bytes = take(*chunk);
+        at = chunk->offset + bytes + (bytes & 1);
+        if (chunk->offset != m_dataOffset && !chunkAt(at) && chunkAt(at - 1))
+            --at;
+    }
+    return m_isCdFormat && dataBytes() > 0;
 }
 
-void readFormat(const Input& file, qint64 offset, qint64 size, WavLayout& layout)
+bool WavWalk::beginsAsWave() const
+{
+    std::array<char, 12> head{};
+    const auto has = [&](int at, const char* name) { return std::memcmp(head.data() + at, name, 4) == 0; };
+    return m_file.readAt(0, head.data(), head.size()) && has(8, "WAVE") &&
+           (has(0, "RIFF") || has(0, "RF64") || has(0, "BW64"));
+}
+
+std::optional<WavWalk::Chunk> WavWalk::chunkAt(qint64 offset) const
+{
+    std::array<char, 8> head{};
+    if (offset < 12 || !m_file.readAt(offset, head.data(), head.size()))
+        return std::nullopt;
+    const auto isPrintable = [](char letter) { return letter >= ' ' && letter <= '~'; };
+    if (!std::all_of(head.begin(), head.begin() + 4, isPrintable))
+        return std::nullopt;
+    Chunk chunk{.offset = offset + 8, .told = qFromLittleEndian<quint32>(head.data() + 4)};
+    std::copy_n(head.begin(), chunk.name.size(), chunk.name.begin());
+    return chunk;
+}
+
+/// Whether chunks follow each other from here exactly to the end of the file.
+bool WavWalk::leadsToTheEnd(qint64 offset) const
+{
+    for (int count = 0; count < kMostChunksToTheEnd; ++count) {
+        if (offset == m_file.stamp.bytes || offset == m_file.stamp.bytes + 1)
+            return true;
+        const auto chunk = chunkAt(offset);
+        if (!chunk || chunk->offset + chunk->told > m_file.stamp.bytes)
+            return false;
+        offset = chunk->offset + chunk->told + (chunk->told & 1);
+    }
+    return false;
+}
+
+qint64 WavWalk::take(const Chunk& chunk)
+{
+    if (chunk.is("fmt ") && !m_hasFormat) {
+        takeFormat(chunk);
+    } else if (chunk.is("ds64")) {
+        takeSizes(chunk);
+    } else if (chunk.is("data") && m_dataOffset < 0) {
+        takeData(chunk);
+        return m_dataBytes;
+    }
+    return chunk.told;
+}
+
+void WavWalk::takeFormat(const Chunk& chunk)
 {
     std::array<uchar, 40> format{};
-    const qint64 wanted = std::min<qint64>(size, qint64{format.size()});
-    layout.cdFormat = file.readAt(offset, format.data(), wanted) && isCdFormat(format, size);
+    const qint64 size = std::clamp<qint64>(m_file.stamp.bytes - chunk.offset, 0,
+                                           std::min<qint64>(chunk.told, qint64{format.size()}));
+    if (size < kShortestFormat || !m_file.readAt(chunk.offset, format.data(), size))
+        return;
+    m_hasFormat = true;
+    const auto word = [&](int at) { return qFromLittleEndian<quint16>(format.data() + at); };
+    const bool extensible = word(0) == kExtensible && size >= 26;
+    const quint16 coding =
+        extensible ? word(24) : word(0); // a sub-format begins with the plain format's number
+    const int block = word(12);
+    const bool wideBlock = block % kCdChannels == 0 && block > kBytesPerPair && block <= 8 * kCdChannels;
+    m_isCdFormat = coding == kPcm && word(2) == kCdChannels && !wideBlock && size >= 16 &&
+                   word(14) == kCdBits && qFromLittleEndian<quint32>(format.data() + 4) == kCdSampleRate;
 }
 
-void readData(const Input& file, qint64 offset, qint64 size, WavLayout& layout)
-{
-    if (layout.rf64 && size == 0xFFFFFFFF && layout.rf64DataBytes >= 0)
-        size = layout.rf64DataBytes;
-    const qint64 there = std::clamp<qint64>(file.stamp.bytes - offset, 0, size);
-    layout.dataOffset = offset;
-    layout.dataBytes = there / kBytesPerPair * kBytesPerPair;
-}
-
-void readSizes(const Input& file, qint64 offset, qint64 size, WavLayout& layout)
+void WavWalk::takeSizes(const Chunk& chunk)
 {
     std::array<uchar, 16> sizes{};
-    if (size >= qint64{sizes.size()} && file.readAt(offset, sizes.data(), sizes.size()))
-        layout.rf64DataBytes = qFromLittleEndian<qint64>(sizes.data() + 8);
+    if (chunk.told >= sizes.size() && m_file.readAt(chunk.offset, sizes.data(), sizes.size()))
+        m_longData = qFromLittleEndian<qint64>(sizes.data() + 8);
 }
 
-WavLayout walkChunks(const Input& file)
+void WavWalk::takeData(const Chunk& chunk)
 {
-    WavLayout layout;
-    std::array<char, 12> head{};
-    if (!file.readAt(0, head.data(), head.size()) || std::memcmp(head.data() + 8, "WAVE", 4) != 0)
-        return layout;
-    layout.rf64 = std::memcmp(head.data(), "RF64", 4) == 0;
-    if (!layout.rf64 && std::memcmp(head.data(), "RIFF", 4) != 0)
-        return layout;
-    std::array<char, 8> chunk{};
-    qint64 at = 12;
-    for (int n = 0; n < kMostChunks && layout.dataOffset < 0 && file.readAt(at, chunk.data(), chunk.size());
-         ++n) {
-        const qint64 size = qFromLittleEndian<quint32>(chunk.data() + 4);
-        at += 8;
-        if (std::memcmp(chunk.data(), "fmt ", 4) == 0)
-            readFormat(file, at, size, layout);
-        else if (std::memcmp(chunk.data(), "ds64", 4) == 0)
-            readSizes(file, at, size, layout);
-        else if (std::memcmp(chunk.data(), "data", 4) == 0)
-            readData(file, at, size, layout);
-        at += size + (size & 1);
-    }
-    return layout;
+    const qint64 there = m_file.stamp.bytes - chunk.offset;
+    qint64 bytes = chunk.told;
+    if (chunk.told == kUnknownSize)
+        bytes = m_longData > 0 ? m_longData : there;
+    else if (chunk.told == 0 && !leadsToTheEnd(chunk.offset))
+        bytes = there;
+    m_dataOffset = chunk.offset;
+    m_dataBytes = std::clamp<qint64>(bytes, 0, there);
 }
 
 CdTime lengthOnDisc(qint64 dataBytes)
@@ -162,14 +234,14 @@ Outcome<BurnTrack> findTrack(const QString& path)
     const Input file(path);
     if (file.fd < 0)
         return QFile::exists(path) ? unreadableFile(path) : Failure{Failure::Kind::NotFound, path};
-    const WavLayout layout = walkChunks(file);
-    if (!layout.cdFormat || layout.dataBytes == 0)
+    WavWalk walk(file);
+    if (!walk.run())
         return unreadableFile(path);
     return BurnTrack{.path = path,
                      .name = path,
-                     .dataOffset = layout.dataOffset,
-                     .dataBytes = layout.dataBytes,
-                     .length = lengthOnDisc(layout.dataBytes),
+                     .dataOffset = walk.dataOffset(),
+                     .dataBytes = walk.dataBytes(),
+                     .length = lengthOnDisc(walk.dataBytes()),
                      .stamp = file.stamp};
 }
 

@@ -63,6 +63,20 @@ void TestTrackSource::findTrack_inOneFile_answers_data()
         << qint64{80} << qint64{80};
     QTest::newRow("format with extra bytes")
         << riff(chunk("fmt ", formatChunk().mid(8) + little16(0)) + data) << qint64{46} << qint64{4000};
+    QTest::newRow("bw64") << riff(formatChunk() + data, "BW64") << qint64{44} << qint64{4000};
+    QTest::newRow("unfinished header")
+        << riff(formatChunk() + "data" + little32(0) + sound(10)) << qint64{44} << qint64{40};
+    QTest::newRow("no padding byte") << riff(formatChunk() + "junk" + little32(1) + "x" + data) << qint64{53}
+                                     << qint64{4000};
+    QTest::newRow("format behind the samples") << riff(data + formatChunk()) << qint64{20} << qint64{4000};
+    QTest::newRow("two formats") << riff(formatChunk() + formatChunk(1, 1) + data) << qint64{68}
+                                 << qint64{4000};
+    QTest::newRow("no block size") << riff(chunk("fmt ", formatChunk().mid(8).replace(12, 2, little16(0))) +
+                                           data)
+                                   << qint64{44} << qint64{4000};
+    QTest::newRow("16 bits in four bytes")
+        << riff(chunk("fmt ", formatChunk().mid(8).replace(12, 2, little16(8))) + data) << qint64{-1}
+        << qint64{0};
     QTest::newRow("mono") << riff(formatChunk(1, 1) + data) << qint64{-1} << qint64{0};
     QTest::newRow("48000 Hz") << riff(formatChunk(1, 2, 48000) + data) << qint64{-1} << qint64{0};
     QTest::newRow("24 bits") << riff(formatChunk(1, 2, 44100, 24) + data) << qint64{-1} << qint64{0};
