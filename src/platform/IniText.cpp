@@ -77,19 +77,13 @@ IniText::IniText(QByteArray bytes) : m_bytes(std::move(bytes))
 
 void IniText::findEncoding()
 {
-    const auto wide = [this](bool bigEndian, qsizetype mark) {
-        m_unit = 2;
-        m_bigEndian = bigEndian;
-        m_begin = mark;
-    };
     if (m_bytes.startsWith("\xEF\xBB\xBF"))
         m_begin = 3;
-    else if (m_bytes.startsWith("\xFF\xFE"))
-        wide(false, 2);
-    else if (m_bytes.startsWith("\xFE\xFF"))
-        wide(true, 2);
-    else if (m_bytes.size() >= 4 && m_bytes[0] != 0 && m_bytes[1] == 0 && m_bytes[2] != 0 && m_bytes[3] == 0)
-        wide(false, 0);
+    m_bigEndian = m_bytes.startsWith("\xFE\xFF");
+    if (m_bigEndian || m_bytes.startsWith("\xFF\xFE")) {
+        m_unit = 2;
+        m_begin = 2;
+    }
     m_end = m_bytes.size() - (m_bytes.size() - m_begin) % m_unit;
 }
 
@@ -192,8 +186,8 @@ void IniText::classify(Line& line) const
         line.kind = Kind::Section;
     } else if (!line.name.isEmpty()) {
         line.kind = Kind::Key;
-        const qsizetype value = skipBlanks(stop + m_unit, line.end);
-        line.valueBegin = value == line.end ? stop + m_unit : value;
+        line.afterEquals = stop + m_unit;
+        line.valueBegin = skipBlanks(line.afterEquals, line.end);
     }
 }
 
@@ -276,17 +270,21 @@ bool IniText::set(const QByteArray& section, const QByteArray& key, const QByteA
         return false;
     const QList<Line> all = lines();
     const qsizetype header = findSection(all, sectionName);
-    const QByteArray line = keyName + '=' + value + '\n';
+    const QByteArray text = trimmedBlanks(value);
+    const QByteArray line = keyName + '=' + text + '\n';
     if (header < 0)
         return insertAt(m_end, '[' + sectionName + "]\n" + line);
     const qsizetype found = findKey(all, header, keyName);
     if (found < 0)
         return insertAt(all[lastContent(all, header)].next, line);
-    const auto raw = encoded(value);
+    const auto raw = encoded(text);
     if (!raw)
         return false;
-    const qsizetype old = all[found].end - all[found].valueBegin;
-    m_bytes.replace(all[found].valueBegin, old, *raw);
+    const Line& place = all[found];
+    const bool blank = text.isEmpty() || place.valueBegin == place.end;
+    const qsizetype begin = blank ? place.afterEquals : place.valueBegin;
+    const qsizetype old = place.end - begin;
+    m_bytes.replace(begin, old, *raw);
     m_end += raw->size() - old;
     return true;
 }

@@ -13,7 +13,7 @@ namespace zib {
 /// Sections and keys compare without case; the first section of a name and the first key in it count. Lines that
 /// begin with ";" are comments; lines without "=" and headers without "]" are kept and never read. Blanks (space
 /// and tab) round names and values do not belong to them.
-/// The bytes are 8-bit text, taken as UTF-8, or UTF-16 of either byte order; a byte order mark is kept.
+/// The bytes are 8-bit text, taken as UTF-8, or, behind its byte order mark, UTF-16 of either order; a mark is kept.
 /// Names and values are UTF-8 in and out; bytes that are not UTF-8 pass through unchanged in an 8-bit file.
 class IniText
 {
@@ -41,11 +41,12 @@ private:
     struct Line
     {
         qsizetype begin = 0;
-        qsizetype end = 0;   ///< Where the line's text ends.
-        qsizetype next = 0;  ///< Where the next line begins.
+        qsizetype end = 0;  ///< Where the line's text ends.
+        qsizetype next = 0; ///< Where the next line begins.
         Kind kind = Kind::Blank;
-        QByteArray name{};        ///< Of a section or key, in UTF-8.
-        qsizetype valueBegin = 0; ///< Of a key.
+        QByteArray name{};         ///< Of a section or key, in UTF-8.
+        qsizetype afterEquals = 0; ///< Of a key.
+        qsizetype valueBegin = 0;  ///< Of a key, behind the blanks.
     };
 
     void findEncoding();

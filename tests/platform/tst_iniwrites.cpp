@@ -67,7 +67,7 @@ void TestIniWrites::write_ofAKey_leavesTheRestByteForByte_data()
     row("blanks behind the value go", "[s]\nk=0  \nl=1 \n", "1", "[s]\nk=1\nl=1 \n");
     row("quoted value goes with its quotes", "[s]\nk=\"0\"\n", "1", "[s]\nk=1\n");
     row("quotes are written as given", "[s]\nk=0\n", "\" 1 \"", "[s]\nk=\" 1 \"\n");
-    row("blanks are written as given", "[s]\nk=0\n", " 1 ", "[s]\nk= 1 \n");
+    row("blanks round the value are no part of it", "[s]\nk=0\n", " 1\t", "[s]\nk=1\n");
     row("equals sign in the value", "[s]\n", "a=b", "[s]\nk=a=b\n");
     row("semicolon in the value", "[s]\n", ";a", "[s]\nk=;a\n");
     row("bracket in the value", "[s]\n", "[t]", "[s]\nk=[t]\n");
