@@ -3,7 +3,6 @@
 #include <QList>
 
 #include <utility>
-#include <variant>
 
 namespace zib {
 
@@ -15,22 +14,21 @@ class AudioBlock
 {
 public:
     AudioBlock() = default;
-    explicit AudioBlock(QList<qint16> samples) : m_samples(std::move(samples)) {}
-    explicit AudioBlock(QList<float> samples) : m_samples(std::move(samples)) {}
+    explicit AudioBlock(QList<qint16> samples) : m_narrow(std::move(samples)) {}
+    explicit AudioBlock(QList<float> samples) : m_wide(std::move(samples)), m_isWide(true) {}
 
     /// Samples of all channels together.
-    qsizetype sampleCount() const
-    {
-        return std::visit([](const auto& samples) { return samples.size(); }, m_samples);
-    }
+    qsizetype sampleCount() const { return m_isWide ? m_wide.size() : m_narrow.size(); }
     bool isEmpty() const { return sampleCount() == 0; }
     /// The 16-bit samples, or nullptr when the block carries floating ones.
-    const QList<qint16>* narrow() const { return std::get_if<QList<qint16>>(&m_samples); }
+    const QList<qint16>* narrow() const { return m_isWide ? nullptr : &m_narrow; }
     /// The floating samples, or nullptr when the block carries 16-bit ones.
-    const QList<float>* wide() const { return std::get_if<QList<float>>(&m_samples); }
+    const QList<float>* wide() const { return m_isWide ? &m_wide : nullptr; }
 
 private:
-    std::variant<QList<qint16>, QList<float>> m_samples;
+    QList<qint16> m_narrow;
+    QList<float> m_wide;
+    bool m_isWide = false;
 };
 
 } // namespace zib

@@ -3,6 +3,8 @@
 #include "engines/audio/ReadAhead.h"
 #include "engines/audio/sources.h"
 
+#include <QThread>
+
 #include <algorithm>
 
 namespace zib {
@@ -11,6 +13,7 @@ namespace {
 
 constexpr int kCdRate = 44100;
 constexpr int kHighestRate = 768'000;
+constexpr int kMostWorkers = 4;
 
 bool isUsable(const SoundFormat& format)
 {
@@ -143,8 +146,9 @@ ReadAhead& AudioFileEngine::reader()
 {
     if (!m_reader) {
         const bool narrow = m_isSixteenBit || m_content->rateHz() == kCdRate;
+        const int workers = m_isSixteenBit ? 1 : std::clamp(QThread::idealThreadCount(), 1, kMostWorkers);
         m_reader = std::make_unique<ReadAhead>(
-            openSource(*m_content, narrow ? SampleKind::Narrow : SampleKind::Wide));
+            openSource(*m_content, narrow ? SampleKind::Narrow : SampleKind::Wide, workers));
     }
     return *m_reader;
 }

@@ -2,6 +2,7 @@
 
 #include <mpg123.h>
 
+#include <algorithm>
 #include <array>
 
 namespace zib {
@@ -51,7 +52,26 @@ bool Mp3Decoder::configure()
     return ok;
 }
 
-void Mp3Decoder::start(const Mp3Run& run, qint64 offset)
+void Mp3Decoder::start(const Mp3Run& run)
+{
+    begin(run, run.offset);
+    m_isSettling = false; // what a cut stream lacks at its start is the library's to judge
+}
+
+void Mp3Decoder::start(const Mp3Run& run, const Mp3Entry& entry)
+{
+    begin(run, entry.offset);
+    m_isSettling = entry.frame > 0;
+    m_reservoir = 0;
+}
+
+// The reservoir is full again, whatever the bit rate, and filters have run through.
+qint64 Mp3Decoder::settlingFrames(const Mp3Run& run)
+{
+    return run.head.lowRate ? 96 : 48;
+}
+
+void Mp3Decoder::begin(const Mp3Run& run, qint64 offset)
 {
     m_run = run;
     m_offset = offset;
@@ -78,7 +98,26 @@ std::span<const uchar> Mp3Decoder::next()
     if (frame == nullptr)
         return {};
     m_offset += bytes;
-    return decode(frame, bytes);
+    return decode(m_isSettling ? settled(*head, frame, bytes) : frame, bytes);
+}
+
+// A frame whose sound data is not all there is emptied of it but kept otherwise: a decoder that fails in the
+// middle of a frame would leave its filter in another phase.
+const uchar* Mp3Decoder::settled(const Mp3Header& head, const uchar* frame, int bytes)
+{
+    const int begin = mainDataBegin(head, frame);
+    const int own = bytes - head.sideInfoOffset() - head.sideInfoBytes();
+    const bool isMissing = begin > m_reservoir;
+    m_reservoir += own;
+    m_isSettling = m_reservoir < mostMainDataBegin(head);
+    if (!isMissing)
+        return frame;
+    m_muted = QByteArray(reinterpret_cast<const char*>(frame), bytes);
+    char* side = m_muted.data() + head.sideInfoOffset();
+    const char lastBit = head.lowRate ? '\0' : static_cast<char>(side[1] & 0x80);
+    std::fill_n(side + 1, head.sideInfoBytes() - 1, '\0');
+    side[1] = lastBit; // main_data_begin stays: later frames reach back through this one
+    return reinterpret_cast<const uchar*>(m_muted.constData());
 }
 
 std::span<const uchar> Mp3Decoder::decode(const uchar* frame, int bytes)

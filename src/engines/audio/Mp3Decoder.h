@@ -30,8 +30,13 @@ public:
     Mp3Decoder(const Mp3Decoder&) = delete;
     Mp3Decoder& operator=(const Mp3Decoder&) = delete;
 
-    /// Goes to the frame at @p offset of @p run, with nothing remembered of what was decoded before.
-    void start(const Mp3Run& run, qint64 offset);
+    /// Goes to the beginning of @p run, with nothing remembered of what was decoded before.
+    void start(const Mp3Run& run);
+    /// Goes to @p entry of @p run. Frames that refer to sound data from before it give silence, so that the
+    /// next ones find the decoder in just the state it would have come to from the beginning.
+    void start(const Mp3Run& run, const Mp3Entry& entry);
+    /// Frames of a run after which nothing reminds of where decoding began.
+    static qint64 settlingFrames(const Mp3Run& run);
     /// Decodes the next frame.  @returns its interleaved samples as bytes of the wanted kind, valid until the
     /// next call; empty when the run has no more frame or the file cannot be read.
     std::span<const uchar> next();
@@ -45,6 +50,8 @@ private:
         void operator()(mpg123_handle_struct* handle) const;
     };
     bool configure();
+    void begin(const Mp3Run& run, qint64 offset);
+    const uchar* settled(const Mp3Header& head, const uchar* frame, int bytes);
     std::span<const uchar> decode(const uchar* frame, int bytes);
     std::span<const uchar> silence();
 
@@ -53,6 +60,9 @@ private:
     SampleKind m_kind;
     Mp3Run m_run;
     qint64 m_offset = 0;
+    bool m_isSettling = false; // some frames may still refer to data from before the first one
+    int m_reservoir = 0;       // bytes they may refer to
+    QByteArray m_muted;
     QByteArray m_silence;
     std::unique_ptr<mpg123_handle_struct, Closer> m_handle;
 };

@@ -14,10 +14,8 @@ constexpr int kHeadersToTrust = 3;           // further headers that must follow
 constexpr int kHeadersToResync = 1;          // the same after a gap inside a stream already known
 constexpr int kSmallestFrame = 24;
 constexpr int kLargestFreeFrame = 3456;
-constexpr int kDecoderDelay = 529; // samples by which the standard's decoder is late
-constexpr qint64 kEntryDistance = 64;
-constexpr qint64 kExactDistance = 32;
-constexpr qint64 kFilterPeriod = 8; // frames after which the synthesis filter is in the same phase again
+constexpr int kDecoderDelay = 529;    // samples by which the standard's decoder is late
+constexpr qint64 kEntryDistance = 64; // frames; a multiple of eight
 
 struct Found
 {
@@ -75,8 +73,7 @@ private:
     qint64 m_end;
     Mp3Layout m_layout;
     std::optional<Mp3InfoFrame> m_info;
-    qint64 m_stopped = 0; // where the last run ended
-    qint64 m_lastExact = -kExactDistance;
+    qint64 m_stopped = 0;   // where the last run ended
     int m_reservoir = 0;    // bytes of earlier frames that the next one may refer to
     bool m_isIntact = true; // every frame found what it refers to
 };
@@ -259,15 +256,9 @@ void Walk::note(const Mp3Header& head, const uchar* frame, Mp3Entry entry, int b
     const int begin = mainDataBegin(head, frame);
     m_isIntact = m_isIntact && begin <= m_reservoir;
     const int own = bytes - head.sideInfoOffset() - head.sideInfoBytes();
-    m_reservoir = std::min(head.lowRate ? 255 : 511, m_reservoir + own);
-    entry.exact = begin == 0 && entry.frame % kFilterPeriod == 0;
-    const bool wanted = m_layout.entries.isEmpty() ||
-                        entry.frame - m_layout.entries.last().frame >= kEntryDistance ||
-                        (entry.exact && entry.frame - m_lastExact >= kExactDistance);
-    if (wanted)
+    m_reservoir = std::min(mostMainDataBegin(head), m_reservoir + own);
+    if (entry.frame % kEntryDistance == 0)
         m_layout.entries << entry;
-    if (wanted && entry.exact)
-        m_lastExact = entry.frame;
 }
 
 void Walk::finish()

@@ -23,12 +23,12 @@ struct Mp3Run
     qint64 samples() const { return frames * head.samples(); }
 };
 
-/// A frame at which a decoder can be set down.
+/// A frame at which a decoder can be set down without its synthesis filter falling out of step: its number is
+/// a multiple of eight, after which the filter's ring is in the same phase again.
 struct Mp3Entry
 {
     qint64 frame = 0;
     qint64 offset = 0;
-    bool exact = false; ///< Needs nothing of the frames before it, and keeps the synthesis filter in step.
 };
 
 /// Everything about an MP3 file that its frame headers tell. Sample counts are those of the file's own rate.

@@ -88,6 +88,11 @@ int mainDataBegin(const Mp3Header& header, const uchar* frame)
     return header.lowRate ? side[0] : side[0] << 1 | side[1] >> 7;
 }
 
+int mostMainDataBegin(const Mp3Header& header)
+{
+    return header.lowRate ? 255 : 511;
+}
+
 std::optional<Mp3InfoFrame> Mp3InfoFrame::parse(const Mp3Header& header, std::span<const uchar> frame)
 {
     const auto after = static_cast<size_t>(header.sideInfoBytes()) + 4;

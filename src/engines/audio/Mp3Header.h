@@ -36,6 +36,8 @@ struct Mp3Header
 
 /// Bytes by which a frame's sound data begins before the frame itself: its use of the bit reservoir.
 int mainDataBegin(const Mp3Header& header, const uchar* frame);
+/// The most that this can be.
+int mostMainDataBegin(const Mp3Header& header);
 
 /// What an information frame (Xing, Info or VBRI) tells of the stream behind it.
 struct Mp3InfoFrame

@@ -7,8 +7,6 @@ namespace zib {
 
 namespace {
 
-constexpr qint64 kLeadFrames = 16; // decoded before a seek's target, until the filter forgets where it began
-
 SampleKind kindFor(const Mp3Layout& layout, SampleKind wanted)
 {
     const auto differs = [&](const Mp3Run& run) { return run.head.rateHz != layout.rateHz; };
@@ -45,7 +43,7 @@ void Mp3Reader::seek(qint64 frame)
 {
     const qint64 raw = frame + m_layout.skip; // counted from the first decoded sample
     const Mp3Run& first = m_layout.runs.first();
-    const qint64 target = raw / first.head.samples() - kLeadFrames;
+    const qint64 target = raw / first.head.samples() - Mp3Decoder::settlingFrames(first);
     rewind();
     m_failed = false;
     m_position = frame;
@@ -55,7 +53,7 @@ void Mp3Reader::seek(qint64 frame)
             std::upper_bound(m_layout.entries.cbegin(), m_layout.entries.cend(), target,
                              [](qint64 wanted, const Mp3Entry& entry) { return wanted < entry.frame; });
         const Mp3Entry& entry = *std::prev(after);
-        m_decoder.start(first, entry.offset);
+        m_decoder.start(first, entry);
         begin = entry.frame * first.head.samples();
     }
     m_failed = !skipTo(raw - begin);
@@ -86,7 +84,7 @@ void Mp3Reader::beginRun(qsizetype run)
 {
     m_run = run;
     const Mp3Run& next = m_layout.runs[run];
-    m_decoder.start(next, next.offset);
+    m_decoder.start(next);
     if (next.head.rateHz != m_layout.rateHz && !m_converter)
         m_converter = std::make_unique<RateConverter>(next.head.rateHz, m_layout.rateHz, m_layout.channels);
 }

@@ -13,10 +13,13 @@ constexpr size_t kBlocksAhead = 3;
 template <typename Sample>
 void append(QList<Sample>& to, const QList<Sample>& from, qsizetype at, qsizetype count)
 {
-    if (to.isEmpty() && at == 0 && count == from.size())
+    if (to.isEmpty() && at == 0 && count == from.size()) {
         to = from; // shares the samples
-    else
-        to.append(from.mid(at, count));
+        return;
+    }
+    const qsizetype before = to.size();
+    to.resize(before + count);
+    std::copy_n(from.constBegin() + at, count, to.begin() + before);
 }
 
 } // namespace
@@ -49,6 +52,8 @@ AudioBlock ReadAhead::read(qint64 frames)
             append(wide, *m_block.wide(), m_used, count);
         m_used += count;
         got += count;
+        if (got * 4 >= wanted * 3 && waiting() == 0)
+            break; // nearly as long as asked for: not worth a copy to be filled up
     }
     return wide.isEmpty() ? AudioBlock(std::move(narrow)) : AudioBlock(std::move(wide));
 }

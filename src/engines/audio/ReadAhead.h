@@ -16,7 +16,7 @@ public:
     ~ReadAhead();
 
     const SampleSource& source() const { return *m_source; }
-    /// The next @p frames sample frames, fewer only at the end or after a failure.
+    /// The next samples, at most @p frames sample frames and, before the end, never far fewer.
     AudioBlock read(qint64 frames);
     /// Makes @p frame the next one.
     void seek(qint64 frame);

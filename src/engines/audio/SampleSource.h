@@ -15,7 +15,7 @@ public:
     virtual int channels() const = 0;
     /// Sample frames it will deliver from the very start; exact.
     virtual qint64 length() const = 0;
-    /// The next samples, about @p frames sample frames and never more; empty at the end or after a failure.
+    /// The next samples, about @p frames sample frames; empty at the end or after a failure.
     virtual AudioBlock read(qint64 frames) = 0;
     /// Makes @p frame (0 to length()) the next one.
     virtual void seek(qint64 frame) = 0;

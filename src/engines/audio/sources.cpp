@@ -1,6 +1,7 @@
 #include "engines/audio/sources.h"
 
 #include "engines/audio/Mp3Reader.h"
+#include "engines/audio/ParallelMp3Reader.h"
 #include "engines/audio/WavReader.h"
 
 namespace zib {
@@ -50,8 +51,10 @@ std::optional<AudioContent> recognise(std::shared_ptr<const SourceFile> file)
     return content;
 }
 
-std::unique_ptr<SampleSource> openSource(const AudioContent& content, SampleKind kind)
+std::unique_ptr<SampleSource> openSource(const AudioContent& content, SampleKind kind, int workers)
 {
+    if (content.mp3 && ParallelMp3Reader::suits(*content.mp3, kind, workers))
+        return std::make_unique<ParallelMp3Reader>(content.file, *content.mp3, kind, workers);
     if (content.mp3)
         return std::make_unique<Mp3Reader>(content.file, *content.mp3, kind);
     return std::make_unique<WavReader>(content.file, *content.wav);

@@ -26,6 +26,7 @@ struct AudioContent
 std::optional<AudioContent> recognise(std::shared_ptr<const SourceFile> file);
 
 /// Begins to decode. MP3 streams are decoded to @p kind, the other sources decide by what they hold.
-std::unique_ptr<SampleSource> openSource(const AudioContent& content, SampleKind kind);
+/// @param workers decoders that may share one long stream; 1 decodes in sequence.
+std::unique_ptr<SampleSource> openSource(const AudioContent& content, SampleKind kind, int workers);
 
 } // namespace zib
