@@ -1,0 +1,201 @@
+#include "comparison.h"
+#include "road/Screen.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+
+namespace {
+
+const QString kSamples = ZIB_SOURCE_DIR "/data/samples/";
+
+/// What another decoder makes of a file, as stereo of 44100 Hz and 16 bits: ffmpeg of an MP3 file, sox of a
+/// WAV file.
+QByteArray decodedByOthers(const QString& file)
+{
+    QProcess decoder;
+    if (file.endsWith(".mp3"))
+        decoder.start("ffmpeg", {"-v", "error", "-nostdin", "-i", file, "-f", "s16le", "-ar", "44100", "-ac",
+                                 "2", "-"});
+    else
+        decoder.start("sox", {file, "-t", "raw", "-e", "signed", "-b", "16", "-r", "44100", "-c", "2", "-"});
+    decoder.waitForFinished(120000);
+    return decoder.readAllStandardOutput();
+}
+
+const qint16* samplesOf(const QByteArray& bytes)
+{
+    return reinterpret_cast<const qint16*>(bytes.constData());
+}
+
+/// The largest difference of two sounds, the shorter one followed by silence.
+int largestDifference(const QByteArray& a, const QByteArray& b)
+{
+    int largest = 0;
+    const qsizetype count = std::max(a.size(), b.size()) / 2;
+    for (qsizetype i = 0; i < count; ++i) {
+        const int x = i < a.size() / 2 ? samplesOf(a)[i] : 0;
+        const int y = i < b.size() / 2 ? samplesOf(b)[i] : 0;
+        largest = std::max(largest, std::abs(x - y));
+    }
+    return largest;
+}
+
+/// Power of what differs, in decibels below the power of @p a.
+double differenceDb(const QByteArray& a, const QByteArray& b)
+{
+    double sound = 1e-9;
+    double different = 1e-9;
+    for (qsizetype i = 0; i < std::min(a.size(), b.size()) / 2; ++i) {
+        sound += std::pow(samplesOf(a)[i], 2);
+        different += std::pow(samplesOf(a)[i] - samplesOf(b)[i], 2);
+    }
+    return 10 * std::log10(sound / different);
+}
+
+/// A WAV file that needs no preparation: five seconds and a bit of two tones.
+QString cdFormatFile(const QString& folder)
+{
+    const QString file = folder + "/Ready Made.wav";
+    QProcess::execute("sox", {"-n", "-r", "44100", "-b", "16", "-c", "2", file, "synth", "5.0071", "sine",
+                              "440", "sine", "554.3", "gain", "-6"});
+    return file;
+}
+
+} // namespace
+
+/// The whole program, from outside: keys on a virtual screen, files on the disc.
+class TestRoad : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase()
+    {
+        for (const char* tool : {"Xvfb", "xdotool", "ffmpeg", "sox"})
+            if (QStandardPaths::findExecutable(tool).isEmpty())
+                QSKIP(qPrintable(QString("%1 is not installed").arg(tool)));
+    }
+
+    void listToDisc_byTheKeyboard_holdsWhatAnotherDecoderHears()
+    {
+        Screen screen;
+        QVERIFY(screen.isOn());
+        QTemporaryDir home;
+        const QString program = copiedProgram(home.path());
+        const QStringList sources{kSamples + "Morning Light.mp3", kSamples + "Night Train.wav",
+                                  kSamples + "Short Wave.wav", cdFormatFile(home.path())};
+
+        QProcess run;
+        start(run, screen, program);
+        const QString tip =
+            screen.waitForWindow("^Tip of the Day$"); // Behind the splash window and the main one.
+        QVERIFY(!tip.isEmpty());
+        const QString main = screen.waitForWindow("^Zib CD Burner$");
+        screen.press(tip, "Escape");
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Tip of the Day$"), 60000);
+
+        screen.press(main, "ctrl+f");
+        const QString add = screen.waitForWindow("^Open Audio Files MP3 and WAV$");
+        QVERIFY(!add.isEmpty());
+        screen.type(add, '"' + sources.join("\" \"") + '"');
+        screen.press(add, "Return");
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Open Audio Files"), 60000);
+
+        const QString project = home.filePath("road.zibp");
+        const QString save = openedBy(screen, main, "ctrl+s", "^Save Project As$");
+        QVERIFY(!save.isEmpty());
+        screen.type(save, project);
+        screen.press(save, "Return");
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(project), 60000);
+        QVERIFY(!screen.waitForWindow("^Zib CD Burner - .*road.zibp$").isEmpty());
+        QVERIFY(content(project).contains("FileCount=4"));
+
+        screen.press(main, "ctrl+w");
+        const QString write = screen.waitForWindow("^Write Audio CD$");
+        QVERIFY(!write.isEmpty());
+        const QDir images(QFileInfo(program).path() + "/Images");
+        // The drives are looked for first, so the button may not answer at once.
+        for (int i = 0; i < 60 && !images.exists(); ++i) {
+            screen.press(write, "alt+s");
+            QTest::qWait(1000);
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(images.entryList({"*.cue"}, QDir::Files).size(), 1, 120000);
+        const QString cue = images.filePath(images.entryList({"*.cue"}, QDir::Files).first());
+
+        const auto disc = demo::DiscImage::open(cue);
+        QVERIFY(bool(disc));
+        const auto tracks = disc->tracks();
+        QVERIFY(bool(tracks));
+        QCOMPARE(tracks->size(), sources.size());
+        for (qsizetype i = 0; i < sources.size(); ++i) {
+            const QByteArray other = decodedByOthers(sources[i]);
+            const QByteArray found = disc->read(tracks->at(i).start, tracks->at(i).frames);
+            QVERIFY2(other.size() > 100000, qPrintable(sources[i]));
+            QVERIFY(found.size() >=
+                    other.size() - 8); // Two rate converters may differ by a sample at the end.
+            if (i == 0)
+                QVERIFY2(largestDifference(found, other) <= 2, qPrintable(sources[i]));
+            else if (i == 3)
+                QCOMPARE(largestDifference(found, other), 0);
+            else
+                QVERIFY2(differenceDb(other, found) > 60,
+                         qPrintable(QString("%1: %2 dB").arg(sources[i]).arg(differenceDb(other, found))));
+        }
+        finish(screen, run, main);
+    }
+
+private:
+    /// The program folder, copied to where nothing of the build tree is near.
+    static QString copiedProgram(const QString& home)
+    {
+        const QString folder = home + "/Program Folder";
+        QDir().mkpath(folder);
+        for (const char* file : {"ZibCDBurner", "TIPOFDAY.TXT", "Sample1.jpg"})
+            QFile::copy(QString(ZIB_PROGRAM_DIR "/") + file, folder + '/' + file);
+        return folder + "/ZibCDBurner";
+    }
+    static void start(QProcess& run, const Screen& screen, const QString& program)
+    {
+        run.setProcessEnvironment(screen.environment());
+        run.setProcessChannelMode(QProcess::ForwardedChannels);
+        run.start(program, QStringList());
+        QVERIFY(run.waitForStarted());
+    }
+    /// Presses keys until a window answers: a program that is still adding files does not listen.
+    static QString openedBy(const Screen& screen, const QString& window, const QString& keys,
+                            const QString& title)
+    {
+        for (int i = 0; i < 60 && !screen.hasWindow(title); ++i) {
+            screen.press(window, keys);
+            QTest::qWait(1000);
+        }
+        return screen.waitForWindow(title);
+    }
+    static QByteArray content(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    /// Answers the box that tells of the end, leaves the writing window and the program.
+    static void finish(const Screen& screen, QProcess& run, const QString& main)
+    {
+        const QString box =
+            screen.waitForWindow("^Zib CD Burner$"); // The main window's title names its project.
+        QVERIFY(!box.isEmpty());
+        screen.press(box, "Return");
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Zib CD Burner$"), 60000);
+        screen.press(screen.waitForWindow("^Write Audio CD$"), "alt+x");
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Write Audio CD$"), 60000);
+        screen.press(main, "ctrl+x");
+        QVERIFY(run.waitForFinished(60000));
+        QCOMPARE(run.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(run.exitCode(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRoad)
+#include "tst_road.moc"
