@@ -91,19 +91,9 @@ private slots:
 
         QProcess run;
         start(run, screen, program);
-        const QString tip =
-            screen.waitForWindow("^Tip of the Day$"); // Behind the splash window and the main one.
-        QVERIFY(!tip.isEmpty());
-        const QString main = screen.waitForWindow("^Zib CD Burner$");
-        screen.press(tip, "Escape");
-        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Tip of the Day$"), 60000);
-
-        screen.press(main, "ctrl+f");
-        const QString add = screen.waitForWindow("^Open Audio Files MP3 and WAV$");
-        QVERIFY(!add.isEmpty());
-        screen.type(add, '"' + sources.join("\" \"") + '"');
-        screen.press(add, "Return");
-        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Open Audio Files"), 60000);
+        const QString main = startedWithTip(screen);
+        QVERIFY(!main.isEmpty());
+        addFiles(screen, main, sources);
 
         const QString project = home.filePath("road.zibp");
         const QString save = openedBy(screen, main, "ctrl+s", "^Save Project As$");
@@ -118,11 +108,7 @@ private slots:
         const QString write = screen.waitForWindow("^Write Audio CD$");
         QVERIFY(!write.isEmpty());
         const QDir images(QFileInfo(program).path() + "/Images");
-        // The drives are looked for first, so the button may not answer at once.
-        for (int i = 0; i < 60 && !images.exists(); ++i) {
-            screen.press(write, "alt+s");
-            QTest::qWait(1000);
-        }
+        startWriting(screen, write, images);
         QTRY_COMPARE_WITH_TIMEOUT(images.entryList({"*.cue"}, QDir::Files).size(), 1, 120000);
         const QString cue = images.filePath(images.entryList({"*.cue"}, QDir::Files).first());
 
@@ -148,7 +134,79 @@ private slots:
         finish(screen, run, main);
     }
 
+    void kill_inTheMiddle_leavesNothingThatLooksFinished_data()
+    {
+        QTest::addColumn<QString>("rate"); // Of the source: another one than a disc's is prepared first.
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("preparing") << "48000"
+                                   << "Temp";
+        QTest::newRow("writing") << "44100"
+                                 << "Images";
+    }
+    void kill_inTheMiddle_leavesNothingThatLooksFinished()
+    {
+        QFETCH(QString, rate);
+        QFETCH(QString, folder);
+        Screen screen;
+        QVERIFY(screen.isOn());
+        QTemporaryDir home;
+        const QString program = copiedProgram(home.path());
+        const QString source = home.filePath("long.wav");
+        QProcess::execute("sox",
+                          {"-n", "-r", rate, "-b", "16", "-c", "2", source, "synth", "1200", "sine", "440"});
+
+        QProcess run;
+        start(run, screen, program);
+        const QString main = startedWithTip(screen);
+        QVERIFY(!main.isEmpty());
+        addFiles(screen, main, {source});
+        const QString project =
+            openedBy(screen, main, "ctrl+s", "^Save Project As$"); // The list is there now.
+        screen.press(project, "Escape");
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Save Project As$"), 60000);
+        screen.press(main, "ctrl+w");
+        const QDir work(QFileInfo(program).path() + '/' + folder);
+        if (folder == "Images")
+            startWriting(screen, screen.waitForWindow("^Write Audio CD$"), work);
+        for (int i = 0; i < 120000 && work.entryList(QDir::Files | QDir::Hidden).isEmpty(); ++i)
+            QTest::qSleep(1);
+        QVERIFY(!work.entryList(QDir::Files | QDir::Hidden).isEmpty());
+        run.kill();
+        QVERIFY(run.waitForFinished(60000));
+        QCOMPARE(work.entryList({"*.wav", "*.bin", "*.cue"}, QDir::Files), QStringList());
+    }
+
 private:
+    /// Waits for the tip of the day, which comes behind splash and main window, and closes it.
+    /// @returns the main window.
+    static QString startedWithTip(const Screen& screen)
+    {
+        const QString tip = screen.waitForWindow("^Tip of the Day$");
+        const QString main = screen.waitForWindow("^Zib CD Burner$");
+        for (int i = 0; i < 60 && screen.hasWindow("^Tip of the Day$"); ++i) {
+            screen.press(tip, "Escape");
+            QTest::qWait(500);
+        }
+        return main;
+    }
+    static void addFiles(const Screen& screen, const QString& main, const QStringList& files)
+    {
+        screen.press(main, "ctrl+f");
+        const QString add = screen.waitForWindow("^Open Audio Files MP3 and WAV$");
+        QVERIFY(!add.isEmpty());
+        screen.type(add, '"' + files.join("\" \"") + '"');
+        screen.press(add, "Return");
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Open Audio Files"), 60000);
+    }
+    /// The drives are looked for first, so the button may not answer at once.
+    static void startWriting(const Screen& screen, const QString& window, const QDir& images)
+    {
+        for (int i = 0; i < 600 && !images.exists(); ++i) {
+            if (i % 10 == 0)
+                screen.press(window, "alt+s");
+            QTest::qWait(100);
+        }
+    }
     /// The program folder, copied to where nothing of the build tree is near.
     static QString copiedProgram(const QString& home)
     {
