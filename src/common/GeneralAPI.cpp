@@ -152,7 +152,9 @@ QString BrowseForFolder(QWidget* owner)
 
 QString FormatDuration(qint32 milliseconds)
 {
-    const auto two = [](qint32 n) { return QStringLiteral("%1").arg(n, 2, 10, QLatin1Char('0')); };
+    const auto two = [](qint32 n) {
+        return (n < 0 ? QStringLiteral("-") : QString()) + QString::number(qAbs(n)).rightJustified(2, u'0');
+    };
     return two(milliseconds / 60000) + u':' + two(milliseconds % 60000 / 1000) + u':' +
            two(milliseconds % 1000 / 10);
 }
