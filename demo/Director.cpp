@@ -10,7 +10,7 @@ namespace demo {
 namespace {
 
 constexpr const char* kVisits = "demoVisits";
-constexpr int kLookMs = 40;
+constexpr int kLookMs = 15;
 constexpr int kMostVisits = 5 * 60 * 1000 / kLookMs; ///< Looks at one window before it is given up.
 
 } // namespace

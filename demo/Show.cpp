@@ -6,6 +6,7 @@
 #include "engines/audio/makers.h"
 #include "engines/burn/makers.h"
 #include "engines/play/makers.h"
+#include "engines/print/makers.h"
 
 #include <QAction>
 #include <QApplication>
@@ -15,7 +16,6 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
@@ -25,8 +25,8 @@ namespace demo {
 
 namespace {
 
-constexpr int kLooksToPaint = 4;      ///< Looks until a window has surely painted itself.
-constexpr int kLooksToReadADisc = 40; ///< Looks until the ripper has surely listed a disc.
+constexpr int kLooksToPaint = 8;       ///< Looks until a window has surely painted itself.
+constexpr int kLooksToReadADisc = 100; ///< Looks until the ripper has surely listed a disc.
 
 /// Lets the window system and the timers have their way for a while.
 void pause(int milliseconds)
@@ -53,6 +53,7 @@ Show::Show(const QString& folder, const QStringList& samples)
     m_components.makeInformation = zib::makeAudioInformation;
     m_components.makeFile = zib::makeAudioFile;
     m_components.makePlayer = zib::makeAudioPlayer;
+    m_components.makePrinter = zib::makePrinter;
     m_components.makeWriter = [this] {
         return zib::makeDiscWriter(m_programFolder + QStringLiteral("/Images"));
     };
@@ -130,20 +131,19 @@ void Show::watchPreparation(QWidget* window, int)
 
 void Show::write(QWidget* window, int visit)
 {
-    const auto* bar = window->findChild<QProgressBar*>(QStringLiteral("pbPer"));
     auto* drives = window->findChild<QComboBox*>(QStringLiteral("cboDevices"));
     const auto* start = window->findChild<QPushButton*>(QStringLiteral("cmdWrite"));
-    if (!bar || !drives || !start)
+    if (!drives || !start)
         return;
     if (m_writing == Writing::NotYet && visit > kLooksToPaint && drives->count() > 0 && start->isEnabled()) {
         m_writing = Writing::Started;
         drives->setCurrentIndex(drives->count() - 1); // The recorder of disc images is the last one.
         m_director.shoot(window);
         press(window, QStringLiteral("cmdWrite"));
-    } else if (m_writing == Writing::Started && bar->value() > 0) {
-        m_writing = Writing::Seen;
-        m_director.shoot(window, QStringLiteral("frmWrite-writing"));
-    } else if (m_writing != Writing::NotYet && start->isEnabled()) {
+    } else if (m_writing == Writing::Started && !start->isEnabled()) {
+        m_director.shoot(window,
+                         QStringLiteral("frmWrite-writing")); // Every look is a picture; the last one stays.
+    } else if (m_writing == Writing::Started) {
         m_director.shoot(window, QStringLiteral("frmWrite-completed"));
         press(window, QStringLiteral("cmdExit"));
     }
