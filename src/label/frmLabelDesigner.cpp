@@ -22,6 +22,7 @@ namespace {
 constexpr int kNothing = -2;
 constexpr int kTitle = -1;
 constexpr int kNarrowestEditorTwips = 750;
+constexpr int kCaretRoom = 8;             ///< Pixels.
 constexpr int kLightestTextOnWhite = 190; ///< Lightness, of 255.
 
 /// The editor's colours: the label's own on white, or on black where white would hide them.
@@ -82,6 +83,7 @@ void frmLabelDesigner::connectControls()
 {
     connect(m_surface->title(), &zib::TextControl::Click, this, &frmLabelDesigner::cdTitle_Click);
     connect(m_surface, &zib::LabelSurface::labelClicked, this, &frmLabelDesigner::labels_Click);
+    connect(ui->txtCursor, &QLineEdit::textEdited, this, &frmLabelDesigner::txtCursor_Change);
     connect(ui->txtCursor, &QLineEdit::returnPressed, this, &frmLabelDesigner::EndCellEdit);
     connect(ui->Title, &QPushButton::clicked, this, &frmLabelDesigner::Title_Click);
     connect(ui->cmdBack, &QPushButton::clicked, this, &frmLabelDesigner::cmdBack_Click);
@@ -136,6 +138,14 @@ void frmLabelDesigner::cdTitle_Click()
 void frmLabelDesigner::labels_Click(int n)
 {
     edit(n);
+}
+
+/// The editor grows with its text, as the label will.
+void frmLabelDesigner::txtCursor_Change()
+{
+    const int text = ui->txtCursor->fontMetrics().horizontalAdvance(ui->txtCursor->text());
+    const int wanted = zib::wholePixels(LabelDocument.PaddingLeft) + text + kCaretRoom;
+    ui->txtCursor->resize(std::max(ui->txtCursor->width(), wanted), ui->txtCursor->height());
 }
 
 void frmLabelDesigner::Title_Click()

@@ -48,6 +48,7 @@ private:
     void Form_Click();
     void cdTitle_Click();
     void labels_Click(int n);
+    void txtCursor_Change();
     void Title_Click();
     void cmdBack_Click();
     void cmdList_Click();

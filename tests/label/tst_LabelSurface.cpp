@@ -419,6 +419,33 @@ private slots:
         for (int x = 0; x < 600; ++x)
             QCOMPARE(paper.pixelColor(x, 560), QColor(Qt::white));
     }
+    void text_ofAnyScript_liesWithinItsLabel_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("latin") << "Song";
+        QTest::newRow("right to left") << QString::fromUtf8("שיר ארוך");
+        QTest::newRow("two lines") << "one\ntwo";
+        QTest::newRow("tab") << "one\ttwo";
+    }
+    void text_ofAnyScript_liesWithinItsLabel()
+    {
+        QFETCH(QString, text);
+        QFont font("DejaVu Sans");
+        font.setPixelSize(40);
+        const QSize room = zib::textSize(text, font).toSize() + QSize(2, 2);
+        QImage canvas(1200, 200, QImage::Format_RGB32);
+        canvas.fill(Qt::white);
+        QPainter painter(&canvas);
+        zib::paintText(painter, {50, 20}, text, font, Qt::black);
+        painter.end();
+        QRect ink;
+        for (int y = 0; y < canvas.height(); ++y)
+            for (int x = 0; x < canvas.width(); ++x)
+                if (qGray(canvas.pixel(x, y)) < 128)
+                    ink |= QRect(x, y, 1, 1);
+        QVERIFY(ink.width() > room.width() / 2);
+        QVERIFY2(QRect(QPoint(50, 20), room).adjusted(-3, -3, 3, 3).contains(ink), qPrintable(text));
+    }
     void redraw_ofThirtyByTenCells_isBenchmarked()
     {
         const Surface s;

@@ -98,6 +98,14 @@ private slots:
         QCOMPARE(desk.editor()->text(), QString("1"));
         QCOMPARE(desk.editor()->width(), 50);
     }
+    void typing_beyondTheEditor_widensIt()
+    {
+        const Desk desk;
+        desk.click("labels_5");
+        QTest::keyClicks(desk.editor(), "a text that is longer than the cell");
+        QVERIFY(desk.editor()->width() >
+                desk.editor()->fontMetrics().horizontalAdvance(desk.editor()->text()));
+    }
     void cellClick_onPaleText_showsItOnBlack()
     {
         Desk desk;
