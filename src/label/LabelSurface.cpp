@@ -42,8 +42,7 @@ void unload(QList<Control*>& array)
 } // namespace
 
 LabelSurface::LabelSurface(QWidget* surface, QSize areaTwips)
-    : QObject(surface), m_surface(surface), m_area(areaTwips),
-      m_image(child<ImageControl>(surface, QStringLiteral("Image1"))),
+    : m_surface(surface), m_area(areaTwips), m_image(child<ImageControl>(surface, QStringLiteral("Image1"))),
       m_title(child<TextControl>(surface, QStringLiteral("cdTitle"))),
       m_lines{child<LineControl>(surface, QStringLiteral("lines_0"))}, m_labels{child<TextControl>(
                                                                            surface,
@@ -52,6 +51,12 @@ LabelSurface::LabelSurface(QWidget* surface, QSize areaTwips)
     m_lines[0]->hide();
     m_labels[0]->hide();
     paintSurface(m_surface, Qt::white);
+}
+
+LabelSurface::~LabelSurface()
+{
+    m_surface->setUpdatesEnabled(false);
+    unloadTable();
 }
 
 Outcome<> LabelSurface::RedrawLabel()
@@ -68,8 +73,7 @@ void LabelSurface::RedrawTable()
     LabelMaker::setLabelDocument(document);
 
     m_surface->setUpdatesEnabled(false);
-    unload(m_labels);
-    unload(m_lines);
+    unloadTable();
     for (const LabelLine& line : layout::gridLines())
         addLine(line);
     for (const LabelText& text : layout::cellTexts())
@@ -121,6 +125,12 @@ LabelScene LabelSurface::scene() const
     for (const TextControl* cell : m_labels.mid(1))
         scene.cells << cell->item();
     return scene;
+}
+
+void LabelSurface::unloadTable()
+{
+    unload(m_labels);
+    unload(m_lines);
 }
 
 void LabelSurface::addLine(const LabelLine& line)

@@ -23,6 +23,8 @@ class LabelSurface final : public QObject
 public:
     /// Finds the controls among the children of @p surface, which must have them all.
     LabelSurface(QWidget* surface, QSize areaTwips);
+    /// Removes the lines and cells; the surface must still be there.
+    ~LabelSurface() override;
 
     /// The three steps below, in this order.
     Outcome<> RedrawLabel();
@@ -44,6 +46,7 @@ signals:
     void labelClicked(int n);
 
 private:
+    void unloadTable();
     void addLine(const LabelLine& line);
     void addLabel(const LabelText& text);
     Outcome<LabelPicture> pictureOf(const QString& path);

@@ -51,7 +51,7 @@ frmLabelDesigner::frmLabelDesigner(const zib::Services& services, const QList<zi
     : QDialog(parent), ui(std::make_unique<Ui::frmLabelDesigner>()), m_services(services)
 {
     ui->setupUi(this);
-    m_surface = new zib::LabelSurface(ui->Picture1, labelArea());
+    m_surface = std::make_unique<zib::LabelSurface>(ui->Picture1, labelArea());
     connectControls();
     Form_Load(rows);
 }
@@ -82,7 +82,7 @@ void frmLabelDesigner::RedrawBackground()
 void frmLabelDesigner::connectControls()
 {
     connect(m_surface->title(), &zib::TextControl::Click, this, &frmLabelDesigner::cdTitle_Click);
-    connect(m_surface, &zib::LabelSurface::labelClicked, this, &frmLabelDesigner::labels_Click);
+    connect(m_surface.get(), &zib::LabelSurface::labelClicked, this, &frmLabelDesigner::labels_Click);
     connect(ui->txtCursor, &QLineEdit::textEdited, this, &frmLabelDesigner::txtCursor_Change);
     connect(ui->txtCursor, &QLineEdit::returnPressed, this, &frmLabelDesigner::EndCellEdit);
     connect(ui->Title, &QPushButton::clicked, this, &frmLabelDesigner::Title_Click);

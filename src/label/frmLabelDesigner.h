@@ -63,6 +63,6 @@ private:
 
     std::unique_ptr<Ui::frmLabelDesigner> ui;
     const zib::Services m_services;
-    zib::LabelSurface* m_surface;
+    std::unique_ptr<zib::LabelSurface> m_surface;
     int EditTarget = -2; ///< -2 is nothing, -1 the title, a positive number that member of labels.
 };

@@ -21,7 +21,7 @@ frmPreview::frmPreview(const zib::Services& services, QSize labelArea, QWidget* 
     : QDialog(parent), ui(std::make_unique<Ui::frmPreview>()), m_services(services), m_timer(new QTimer(this))
 {
     ui->setupUi(this);
-    m_surface = new zib::LabelSurface(this, labelArea);
+    m_surface = std::make_unique<zib::LabelSurface>(this, labelArea);
     m_timer->setObjectName(QStringLiteral("Timer1"));
     connectControls();
     Form_Load(labelArea);

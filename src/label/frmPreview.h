@@ -42,7 +42,7 @@ private:
 
     std::unique_ptr<Ui::frmPreview> ui;
     const zib::Services m_services;
-    zib::LabelSurface* m_surface;
+    std::unique_ptr<zib::LabelSurface> m_surface;
     QTimer* m_timer;
     zib::Outcome<> m_loaded;
 };

@@ -28,7 +28,7 @@ struct Surface
         make<zib::TextControl>("cdTitle");
         make<zib::LineControl>("lines_0");
         make<zib::TextControl>("labels_0");
-        surface = new zib::LabelSurface(&host, kArea);
+        surface = std::make_unique<zib::LabelSurface>(&host, kArea);
         host.show();
     }
     template <typename Control>
@@ -53,7 +53,7 @@ struct Surface
     QImage seen() const { return const_cast<QWidget&>(host).grab().toImage(); }
 
     QWidget host;
-    zib::LabelSurface* surface = nullptr;
+    std::unique_ptr<zib::LabelSurface> surface;
 };
 
 void edit(const std::function<void(Document&)>& change)
@@ -363,7 +363,7 @@ private slots:
     {
         const Surface s;
         s.surface->RedrawTable();
-        QSignalSpy clicked(s.surface, &zib::LabelSurface::labelClicked);
+        QSignalSpy clicked(s.surface.get(), &zib::LabelSurface::labelClicked);
         QTest::mouseClick(s.label(7), Qt::LeftButton);
         QCOMPARE(clicked.count(), 1);
         QCOMPARE(clicked[0][0].toInt(), 7);
