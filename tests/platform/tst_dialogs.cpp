@@ -1,0 +1,438 @@
+#include "platform/BoxMessages.h"
+#include "platform/DesktopDialogs.h"
+#include "platform/DesktopFolderPicker.h"
+#include "platform/FileBox.h"
+
+#include <QApplication>
+#include <QColorDialog>
+#include <QDir>
+#include <QFile>
+#include <QFontDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QTreeView>
+
+#include <functional>
+
+/// Boxes and common dialogs, driven while they are open.
+class TestDialogs : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void box_ofAKind_hasItsIconTitleAndButtons_data();
+    void box_ofAKind_hasItsIconTitleAndButtons();
+    void box_withATitleOfItsOwn_showsIt();
+    void box_withMarkup_showsItAsText();
+    void box_withoutAnOwner_belongsToTheActiveWindow();
+    void question_answeredOrClosed_givesTheAnswer_data();
+    void question_answeredOrClosed_givesTheAnswer();
+    void filters_ofAText_becomeQtsOwn_data();
+    void filters_ofAText_becomeQtsOwn();
+    void openFile_ofOne_givesItsPath();
+    void openFile_cancelled_isACancel();
+    void openFile_listsCapitalsToo();
+    void openFile_ofSeveral_givesFolderAndNames();
+    void openFile_ofSeveralButOne_givesItsPath();
+    void openFile_ofAnAnswerTooLong_fails();
+    void openFile_ofAMissingFile_staysOpen();
+    void openFile_again_startsWhereTheLastWas();
+    void saveFile_ofAnyName_givesItAsTyped_data();
+    void saveFile_ofAnyName_givesItAsTyped();
+    void saveFile_inAMissingFolder_saysSoAndStaysOpen();
+    void color_chosen_isTheAnswer();
+    void color_cancelled_isACancel();
+    void font_chosen_isTheAnswer();
+    void folder_picked_isTheAnswer();
+    void folder_cancelled_isEmpty();
+
+private:
+    QString file(const QString& name);
+
+    QTemporaryDir m_folder;
+    QWidget m_owner;
+};
+
+namespace {
+
+/// Runs a step as soon as a dialog of that kind is the active modal one.
+template <typename Dialog>
+void whenOpen(const std::function<void(Dialog&)>& step, int triesLeft = 2000)
+{
+    QTimer::singleShot(10, qApp, [step, triesLeft] {
+        if (auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget()))
+            step(*dialog);
+        else if (triesLeft > 0)
+            whenOpen<Dialog>(step, triesLeft - 1);
+        else
+            qFatal("The dialog does not open");
+    });
+}
+
+QLineEdit* nameField(QFileDialog& dialog)
+{
+    return dialog.findChild<QLineEdit*>("fileNameEdit");
+}
+
+/// Types a name and presses the button.
+void choose(QFileDialog& dialog, const QString& name)
+{
+    nameField(dialog)->setText(name);
+    QMetaObject::invokeMethod(&dialog, "accept");
+}
+
+template <typename T>
+QString errorOf(const zib::Outcome<T>& outcome)
+{
+    if (outcome)
+        return "none";
+    return outcome.error().kind == zib::Failure::Kind::Cancelled ? "cancelled" : "failed";
+}
+
+zib::FileDialogRequest request(const QString& folder, quint32 flags = 0)
+{
+    return {"Open Something", "Sound Files(*.mp3;*.wav)|*.mp3;*.wav|All Files(*.*)|*.*", flags, folder};
+}
+
+} // namespace
+
+void TestDialogs::initTestCase()
+{
+    m_owner.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&m_owner));
+    for (const char* name : {"a.mp3", "SONG.MP3", "b.WAV", "c.txt"})
+        file(name);
+}
+
+QString TestDialogs::file(const QString& name)
+{
+    QFile made(m_folder.filePath(name));
+    if (!made.open(QIODevice::WriteOnly))
+        qFatal("Cannot make %s", qPrintable(name));
+    return made.fileName();
+}
+
+void TestDialogs::box_ofAKind_hasItsIconTitleAndButtons_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<int>("icon");
+    QTest::newRow("information") << "information" << int(QMessageBox::Information);
+    QTest::newRow("critical") << "critical" << int(QMessageBox::Critical);
+    QTest::newRow("plain") << "plain" << int(QMessageBox::NoIcon);
+    QTest::newRow("question") << "question" << int(QMessageBox::Question);
+}
+
+void TestDialogs::box_ofAKind_hasItsIconTitleAndButtons()
+{
+    QFETCH(QString, kind);
+    QFETCH(int, icon);
+    zib::BoxMessages messages;
+    int seen = 0;
+    whenOpen<QMessageBox>([&](QMessageBox& box) {
+        ++seen;
+        QCOMPARE(int(box.icon()), icon);
+        QCOMPARE(box.windowTitle(), QString("Zib CD Burner"));
+        QCOMPARE(box.text(), QString("There are no files in the list!"));
+        QCOMPARE(box.parentWidget(), &m_owner);
+        QVERIFY(box.isModal());
+        QCOMPARE(box.standardButtons(),
+                 kind == "question" ? QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel
+                                    : QMessageBox::StandardButtons(QMessageBox::Ok));
+        box.reject();
+    });
+    const QString text = "There are no files in the list!";
+    if (kind == "information")
+        messages.information(&m_owner, text);
+    else if (kind == "critical")
+        messages.critical(&m_owner, text);
+    else if (kind == "plain")
+        messages.plain(&m_owner, text);
+    else
+        messages.askYesNoCancel(&m_owner, text);
+    QCOMPARE(seen, 1);
+}
+
+void TestDialogs::box_withATitleOfItsOwn_showsIt()
+{
+    zib::BoxMessages messages;
+    QString title;
+    whenOpen<QMessageBox>([&](QMessageBox& box) {
+        title = box.windowTitle();
+        box.accept();
+    });
+    messages.critical(&m_owner, "Create directory error: /a", "Error");
+    QCOMPARE(title, QString("Error"));
+}
+
+void TestDialogs::box_withMarkup_showsItAsText()
+{
+    zib::BoxMessages messages;
+    Qt::TextFormat format = Qt::AutoText;
+    whenOpen<QMessageBox>([&](QMessageBox& box) {
+        format = box.textFormat();
+        box.accept();
+    });
+    messages.information(&m_owner, "<b>a.mp3</b>");
+    QCOMPARE(format, Qt::PlainText);
+}
+
+void TestDialogs::box_withoutAnOwner_belongsToTheActiveWindow()
+{
+    m_owner.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&m_owner));
+    zib::BoxMessages messages;
+    QWidget* owner = nullptr;
+    whenOpen<QMessageBox>([&](QMessageBox& box) {
+        owner = box.parentWidget();
+        box.accept();
+    });
+    messages.information(nullptr, "text");
+    QCOMPARE(owner, &m_owner);
+}
+
+void TestDialogs::question_answeredOrClosed_givesTheAnswer_data()
+{
+    QTest::addColumn<int>("button");
+    QTest::addColumn<int>("answer");
+    QTest::newRow("yes") << int(QMessageBox::Yes) << int(zib::Messages::Answer::Yes);
+    QTest::newRow("no") << int(QMessageBox::No) << int(zib::Messages::Answer::No);
+    QTest::newRow("cancel") << int(QMessageBox::Cancel) << int(zib::Messages::Answer::Cancel);
+    QTest::newRow("closed") << 0 << int(zib::Messages::Answer::Cancel);
+}
+
+void TestDialogs::question_answeredOrClosed_givesTheAnswer()
+{
+    QFETCH(int, button);
+    zib::BoxMessages messages;
+    whenOpen<QMessageBox>([&](QMessageBox& box) {
+        if (button == 0)
+            box.close();
+        else
+            box.button(static_cast<QMessageBox::StandardButton>(button))->click();
+    });
+    QTEST(int(messages.askYesNoCancel(&m_owner, "Would you like to save this project?")), "answer");
+}
+
+void TestDialogs::filters_ofAText_becomeQtsOwn_data()
+{
+    QTest::addColumn<QString>("filter");
+    QTest::addColumn<QStringList>("filters");
+    QTest::newRow("two") << "Project Files(*.zibp)|*.zibp|All Files(*.*)|*.*"
+                         << QStringList{"Project Files(*.zibp) (*.zibp)", "All Files(*.*) (*)"};
+    QTest::newRow("several patterns") << "Sound|*.mp3; *.wav" << QStringList{"Sound (*.mp3 *.wav)"};
+    QTest::newRow("empty") << "" << QStringList();
+    QTest::newRow("without patterns") << "Sound" << QStringList();
+}
+
+void TestDialogs::filters_ofAText_becomeQtsOwn()
+{
+    QFETCH(QString, filter);
+    QTEST(zib::FileBox::nameFiltersOf(filter), "filters");
+}
+
+void TestDialogs::openFile_ofOne_givesItsPath()
+{
+    zib::DesktopDialogs dialogs;
+    QString title;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        title = dialog.windowTitle();
+        choose(dialog, "a.mp3");
+    });
+    const auto answer = dialogs.openFile(&m_owner, request(m_folder.path()));
+    QVERIFY(answer);
+    QCOMPARE(*answer, m_folder.filePath("a.mp3"));
+    QCOMPARE(title, QString("Open Something"));
+}
+
+void TestDialogs::openFile_cancelled_isACancel()
+{
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
+    QCOMPARE(errorOf(dialogs.openFile(&m_owner, request(m_folder.path()))), QString("cancelled"));
+}
+
+void TestDialogs::openFile_listsCapitalsToo()
+{
+    zib::DesktopDialogs dialogs;
+    QStringList names;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        const auto* list = dialog.findChild<QTreeView*>("treeView");
+        const auto shown = [&] {
+            names.clear();
+            for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
+                names << list->model()->index(row, 0, list->rootIndex()).data().toString();
+            names.sort();
+            return names.size();
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(shown(), 3, 60000);
+        QCOMPARE(dialog.nameFilters().size(), 2);
+        dialog.reject();
+    });
+    (void)dialogs.openFile(&m_owner, request(m_folder.path()));
+    QCOMPARE(names, (QStringList{"SONG.MP3", "a.mp3", "b.WAV"}));
+}
+
+void TestDialogs::openFile_ofSeveral_givesFolderAndNames()
+{
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { choose(dialog, "\"a.mp3\" \"SONG.MP3\" \"b.WAV\""); });
+    const auto answer = dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
+    QVERIFY(answer);
+    QCOMPARE(answer->split(QChar(QChar::Null)), (QStringList{m_folder.path(), "a.mp3", "SONG.MP3", "b.WAV"}));
+}
+
+void TestDialogs::openFile_ofSeveralButOne_givesItsPath()
+{
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { choose(dialog, "a.mp3"); });
+    const auto answer = dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
+    QVERIFY(answer);
+    QCOMPARE(*answer, m_folder.filePath("a.mp3"));
+}
+
+void TestDialogs::openFile_ofAnAnswerTooLong_fails()
+{
+    zib::DesktopDialogs dialogs;
+    zib::FileDialogRequest asked = request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect);
+    asked.maxFileSize = static_cast<int>(m_folder.path().size()) + 10;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { choose(dialog, "\"a.mp3\" \"SONG.MP3\""); });
+    const auto answer = dialogs.openFile(&m_owner, asked);
+    QVERIFY(!answer);
+    QCOMPARE(answer.error().kind, zib::Failure::Kind::BadValue);
+}
+
+void TestDialogs::openFile_ofAMissingFile_staysOpen()
+{
+    zib::DesktopDialogs dialogs;
+    bool warned = false;
+    bool open = false;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        whenOpen<QMessageBox>([&](QMessageBox& box) {
+            warned = true;
+            box.accept();
+        });
+        choose(dialog, "none.mp3");
+        open = dialog.isVisible();
+        dialog.reject();
+    });
+    const auto flags = zib::FileDialogRequest::FileMustExist | zib::FileDialogRequest::PathMustExist;
+    QCOMPARE(errorOf(dialogs.openFile(&m_owner, request(m_folder.path(), flags))), QString("cancelled"));
+    QVERIFY(warned);
+    QVERIFY(open);
+}
+
+void TestDialogs::openFile_again_startsWhereTheLastWas()
+{
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { choose(dialog, "a.mp3"); });
+    QVERIFY(dialogs.openFile(&m_owner, request(m_folder.path())));
+    QString folder;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        folder = dialog.directory().absolutePath();
+        dialog.reject();
+    });
+    (void)dialogs.openFile(&m_owner, request({}));
+    QCOMPARE(folder, m_folder.path());
+}
+
+void TestDialogs::saveFile_ofAnyName_givesItAsTyped_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char* name : {"new.zibp", "noending", "a.mp3", "two.dots.txt", "Größe 音.zibp", "blank inside"})
+        QTest::newRow(name) << QString(name);
+}
+
+void TestDialogs::saveFile_ofAnyName_givesItAsTyped()
+{
+    QFETCH(QString, name);
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) { choose(dialog, name); });
+    const auto answer = dialogs.saveFile(
+        &m_owner, {"Save Project As", "Project Files(*.zibp)|*.zibp", zib::FileDialogRequest::PathMustExist,
+                   m_folder.path()});
+    QVERIFY(answer); // A name that exists is not asked about either.
+    QCOMPARE(*answer, m_folder.filePath(name));
+}
+
+void TestDialogs::saveFile_inAMissingFolder_saysSoAndStaysOpen()
+{
+    zib::DesktopDialogs dialogs;
+    QString said;
+    bool open = false;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        whenOpen<QMessageBox>([&](QMessageBox& box) {
+            said = box.text();
+            box.accept();
+        });
+        choose(dialog, m_folder.filePath("none/a.zibp"));
+        open = dialog.isVisible();
+        dialog.reject();
+    });
+    QCOMPARE(errorOf(dialogs.saveFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::PathMustExist))),
+             QString("cancelled"));
+    QVERIFY(open);
+    QCOMPARE(said, "This folder does not exist:\n" + m_folder.filePath("none"));
+}
+
+void TestDialogs::color_chosen_isTheAnswer()
+{
+    zib::DesktopDialogs dialogs;
+    QColor preset;
+    whenOpen<QColorDialog>([&](QColorDialog& dialog) {
+        preset = dialog.currentColor();
+        dialog.setCurrentColor(QColor(1, 2, 3));
+        dialog.accept();
+    });
+    const auto answer = dialogs.chooseColor(&m_owner, "Color", QColor(9, 8, 7));
+    QVERIFY(answer);
+    QCOMPARE(*answer, QColor(1, 2, 3));
+    QCOMPARE(preset, QColor(9, 8, 7));
+}
+
+void TestDialogs::color_cancelled_isACancel()
+{
+    zib::DesktopDialogs dialogs;
+    whenOpen<QColorDialog>([](QColorDialog& dialog) { dialog.reject(); });
+    QCOMPARE(errorOf(dialogs.chooseColor(&m_owner, {}, Qt::red)), QString("cancelled"));
+}
+
+void TestDialogs::font_chosen_isTheAnswer()
+{
+    zib::DesktopDialogs dialogs;
+    QFont font("DejaVu Sans", 17);
+    font.setItalic(true);
+    whenOpen<QFontDialog>([&](QFontDialog& dialog) { dialog.accept(); });
+    const auto answer = dialogs.chooseFont(&m_owner, "Font", font);
+    QVERIFY(answer);
+    QCOMPARE(answer->family(), QString("DejaVu Sans"));
+    QCOMPARE(answer->pointSize(), 17);
+    whenOpen<QFontDialog>([](QFontDialog& dialog) { dialog.reject(); });
+    QCOMPARE(errorOf(dialogs.chooseFont(&m_owner, {}, font)), QString("cancelled"));
+}
+
+void TestDialogs::folder_picked_isTheAnswer()
+{
+    QVERIFY(QDir(m_folder.path()).mkdir("rips"));
+    zib::DesktopFolderPicker picker;
+    QString title;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        title = dialog.windowTitle();
+        choose(dialog, m_folder.filePath("rips"));
+    });
+    QCOMPARE(picker.SHBrowseForFolderA(&m_owner, "Please choose"), m_folder.filePath("rips"));
+    QCOMPARE(title, QString("Please choose"));
+}
+
+void TestDialogs::folder_cancelled_isEmpty()
+{
+    zib::DesktopFolderPicker picker;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
+    QCOMPARE(picker.SHBrowseForFolderA(&m_owner, "Please choose"), QString());
+}
+
+QTEST_MAIN(TestDialogs)
+#include "tst_dialogs.moc"
