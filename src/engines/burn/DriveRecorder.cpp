@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include <libburn/libburn.h>
 #include <sys/stat.h>
@@ -104,17 +105,50 @@ Medium mediumIn(burn::burn_drive* drive, const DrivePatience& patience)
     return medium;
 }
 
-DriveRecorder::Traits traitsOf(const QString& path, burn::burn_drive_info* info)
+/// First byte of a feature's data, or 0 when the drive does not have the feature (MMC-5, 5.3).
+int featureByte(burn::burn_drive* drive, unsigned feature)
 {
+    unsigned char flags = 0;
+    unsigned char length = 0;
+    unsigned char* data = nullptr;
+    const bool has = burn::burn_drive_get_feature(drive, feature, &flags, &length, &data, nullptr) > 0;
+    const int byte = has && data && length > 0 ? data[0] : 0;
+    std::free(data);
+    return byte;
+}
+
+bool hasFeature(burn::burn_drive* drive, unsigned feature)
+{
+    unsigned char flags = 0;
+    unsigned char length = 0;
+    unsigned char* data = nullptr;
+    const bool has = burn::burn_drive_get_feature(drive, feature, &flags, &length, &data, nullptr) > 0;
+    std::free(data);
+    return has;
+}
+
+/// Drives older than features are taken to write sessions at once, as all of them did.
+bool tellsFeatures(burn::burn_drive* drive)
+{
+    int count = 0;
+    unsigned* codes = nullptr;
+    burn::burn_drive_get_feature_codes(drive, &count, &codes);
+    std::free(codes);
+    return count > 0;
+}
+
+DriveRecorder::Traits traitsOf(const QString& path, const burn::burn_drive_info* info)
+{
+    constexpr unsigned kTrackAtOnce = 0x2D;
+    constexpr unsigned kMastering = 0x2E;
+    constexpr int kSessionAtOnceBit = 0x20;
     DriveRecorder::Traits traits{path, identity(info->vendor), identity(info->product)};
     traits.writesCdR = info->write_cdr;
     traits.writesCdRw = info->write_cdrw;
-    if (!traits.writesCdR && !traits.writesCdRw)
-        return traits;
-    burn::burn_drive_probe_cd_write_modes(info);
-    traits.sessionAtOnce = info->sao_block_types & burn::BURN_BLOCK_SAO;
-    traits.trackAtOnce = info->tao_block_types != 0;
     traits.simulates = info->write_simulate;
+    const bool asked = tellsFeatures(info->drive);
+    traits.sessionAtOnce = !asked || (featureByte(info->drive, kMastering) & kSessionAtOnceBit);
+    traits.trackAtOnce = !asked || hasFeature(info->drive, kTrackAtOnce);
     burn::burn_write_opts* options = burn::burn_write_opts_new(info->drive);
     if (options) {
         traits.bufferProtection = burn::burn_write_opts_set_underrun_proof(options, 1) == 1;

@@ -70,8 +70,9 @@ void LibburnMessages::take(const QString& message)
 {
     if (message.contains(QLatin1String("Lost connection")))
         m_connectionLost = true;
+    // All zero: the command failed on its way, and the drive said nothing.
     const std::optional<Sense> sense = Sense::inText(message);
-    if (sense && !m_sense)
+    if (sense && *sense != Sense() && !m_sense)
         m_sense = sense;
     if (m_text.isEmpty())
         m_text = message;
@@ -111,11 +112,15 @@ GrabbedDrive::GrabbedDrive(const QString& path) : m_path(path)
         m_failure = free.error();
         return;
     }
+    // The first look after a drive went away and came back only clears what the library remembered of it.
+    constexpr int kLooks = 2;
     QByteArray address = QFile::encodeName(path);
-    if (burn_drive_scan_and_grab(&m_info, address.data(), 0) != 1) {
+    for (int look = 0; look < kLooks; ++look) {
+        if (burn_drive_scan_and_grab(&m_info, address.data(), 0) == 1)
+            return;
         m_info = nullptr;
-        m_failure = Failure{Failure::Kind::DeviceGone, path};
     }
+    m_failure = Failure{Failure::Kind::DeviceGone, path};
 }
 
 GrabbedDrive::~GrabbedDrive()

@@ -12,7 +12,6 @@ constexpr int kAny = -1;
 constexpr int kUnknownError = 1051;
 
 const QList<SenseRow> kTable = {
-    // Keys that say all there is to say.
     {0x0, 0x00, 0x00, 1052, "NO ADDITIONAL SENSE INFORMATION, key NO SENSE"},
     // Not ready, and no disc.
     {kAny, 0x04, 0x04, 1055, "LOGICAL UNIT NOT READY, FORMAT IN PROGRESS"},

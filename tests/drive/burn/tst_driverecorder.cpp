@@ -1,0 +1,486 @@
+#include "drive/burn/BurnBench.h"
+
+using namespace zib;
+
+namespace {
+
+constexpr qint64 kPairsPerFrame = 588;
+
+/// What lies on the disc must be the tracks, to the bit, each behind its two seconds of silence.
+QString difference(const BurnBench& bench, const QList<QByteArray>& tracks)
+{
+    const auto content = bench.recorder.content();
+    if (!content || !content->finalized)
+        return "the disc is not closed";
+    if (content->tracks.size() != tracks.size())
+        return QString("%1 tracks").arg(content->tracks.size());
+    for (qsizetype i = 0; i < tracks.size(); ++i) {
+        const auto& track = content->tracks[i];
+        const int frames = int(tracks[i].size() / 2352);
+        if (bench.recorder.frames(track.start, frames) != tracks[i])
+            return QString("track %1 differs").arg(i + 1);
+        if (track.start - track.pregap != 150)
+            return QString("the gap of track %1 is %2").arg(i + 1).arg(track.start - track.pregap);
+        if (track.control & 4)
+            return QString("track %1 is data").arg(i + 1);
+    }
+    return {};
+}
+
+/// A pair of tracks, one with a part-frame at its end, one shorter than a disc allows.
+QList<QByteArray> addPair(BurnBench& bench)
+{
+    return {bench.addTrack(kPairsPerFrame * 400 + 17, 1), bench.addTrack(kPairsPerFrame * 10, 2)};
+}
+
+} // namespace
+
+/// The writer on libburn, over the emulated recorder: finding, looking, writing.
+class TestDriveRecorder : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+
+    void drives_areListedBeforeTheImageRecorder();
+    void drives_thatCannotBeOpened_failTheInitialisation_data();
+    void drives_thatCannotBeOpened_failTheInitialisation();
+    void drives_thatOnlyRead_areNotListed();
+    void abilities_areTheDrivesOwn();
+    void discs_areToldApart_data();
+    void discs_areToldApart();
+    void disc_thatBecomesReady_isWaitedFor();
+    void speeds_areListedOnceFastestFirst();
+
+    void write_onBlankDisc_isBitExact();
+    void write_withoutSessionAtOnce_fallsBackToTrackAtOnce();
+    void write_throughCache_leavesNoCopies();
+    void write_inTestMode_leavesTheDiscBlank();
+    void write_inTestModeTheDriveLacks_isRefused();
+    void write_longerThanTheDisc_neverBegins();
+    void write_atAChosenSpeed_tellsTheDrive();
+    void write_toTheLastFrame_fits();
+    void progress_neverFalls_andEndsAtTheFullSize();
+
+    void write_ofAFileCutMeanwhile_isAnError();
+    void write_withTheDiscPulled_saysSo();
+    void write_withTheDriveGone_saysSo();
+    void write_withADriveStuckNotReady_ends();
+    void write_whoseDiscShowsNothing_isNoSuccess();
+    void write_errors_areToldByTheTable_data();
+    void write_errors_areToldByTheTable();
+    void cancel_whileWriting_endsUnlocked();
+    void destroy_whileWriting_freesTheDrive();
+    void finish_withEject_handsTheDiscOut();
+};
+
+void TestDriveRecorder::initTestCase()
+{
+    const BurnBench bench;
+    QVERIFY2(bench.recorder.isPreloaded(), "the emulated recorder is not under this process");
+}
+
+void TestDriveRecorder::drives_areListedBeforeTheImageRecorder()
+{
+    BurnBench bench;
+    QVERIFY(bench.writer.initializeDrives(false));
+    QCOMPARE(bench.writer.driveCount(), 2);
+    QCOMPARE(bench.writer.driveText1(0), QString("/dev/sr0"));
+    QCOMPARE(bench.writer.driveText2(0), QString("ZIB"));
+    QCOMPARE(bench.writer.driveText3(0), QString("EMULATED CD-RW"));
+    QVERIFY(!bench.recorder.doorLocked());
+}
+
+void TestDriveRecorder::drives_thatCannotBeOpened_failTheInitialisation_data()
+{
+    QTest::addColumn<QString>("open");
+    QTest::addColumn<bool>("initialised");
+    QTest::newRow("no permission") << "denied" << false;
+    QTest::newRow("no permission to write") << "read-only" << false;
+    QTest::newRow("held by another program") << "busy" << false;
+    QTest::newRow("not there") << "missing" << true;
+}
+
+void TestDriveRecorder::drives_thatCannotBeOpened_failTheInitialisation()
+{
+    QFETCH(QString, open);
+    BurnBench bench;
+    bench.recorder.set("open", open);
+    QElapsedTimer taken;
+    taken.start();
+    QTEST(bench.writer.initializeDrives(false), "initialised");
+    QCOMPARE(bench.writer.driveCount(), 1);
+    QCOMPARE(bench.recorder.count("INQUIRY"), 0);
+    bench.recorder.set("open", "open");
+    QVERIFY(bench.takeDrive());
+}
+
+void TestDriveRecorder::drives_thatOnlyRead_areNotListed()
+{
+    BurnBench bench;
+    bench.recorder.set("writes-cd-r", "no");
+    bench.recorder.set("writes-cd-rw", "no");
+    QVERIFY(bench.writer.initializeDrives(false));
+    QCOMPARE(bench.writer.driveCount(), 1);
+}
+
+void TestDriveRecorder::abilities_areTheDrivesOwn()
+{
+    BurnBench able;
+    QVERIFY(able.takeDrive());
+    QVERIFY(able.writer.canWriteCdR(0) && able.writer.canWriteCdRw(0) && able.writer.canWriteAudio(0));
+    QVERIFY(able.writer.supportsBufferProtection());
+
+    BurnBench poor;
+    poor.recorder.set("buffer-protection", "no");
+    poor.recorder.set("writes-cd-rw", "no");
+    QVERIFY(poor.takeDrive());
+    QVERIFY(!poor.writer.supportsBufferProtection());
+    QVERIFY(!poor.writer.canWriteCdRw(0));
+}
+
+void TestDriveRecorder::discs_areToldApart_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QStringList>("recipe");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<bool>("holdsData");
+    QTest::newRow("blank") << "cd-r" << QStringList{} << DVDWriterPro::kBlankDisc << false;
+    QTest::newRow("blank, rewritable") << "cd-rw" << QStringList{} << DVDWriterPro::kBlankDisc << false;
+    QTest::newRow("appendable") << "cd-r" << QStringList{"audio 400", "session"}
+                                << DVDWriterPro::kAppendableDisc << true;
+    QTest::newRow("full") << "cd-r" << QStringList{"audio 400", "close"} << DVDWriterPro::kUnusableDisc
+                          << true;
+    QTest::newRow("full, rewritable")
+        << "cd-rw" << QStringList{"audio 400", "close"} << DVDWriterPro::kAppendableDisc << true;
+    QTest::newRow("pressed") << "cd-rom" << QStringList{"audio 400", "data 400", "close"}
+                             << DVDWriterPro::kUnusableDisc << true;
+}
+
+void TestDriveRecorder::discs_areToldApart()
+{
+    QFETCH(QString, kind);
+    QFETCH(QStringList, recipe);
+    BurnBench bench;
+    bench.recorder.set("disc-kind", kind);
+    bench.recorder.insert("other", recipe);
+    QVERIFY(bench.takeDrive());
+    QTEST(bench.writer.discStatus(), "status");
+    QTEST(bench.writer.discHoldsData(), "holdsData");
+    bench.recorder.removeDisc();
+    QCOMPARE(bench.writer.discStatus(), DVDWriterPro::kNoDisc);
+    QVERIFY(!bench.recorder.doorLocked());
+}
+
+void TestDriveRecorder::disc_thatBecomesReady_isWaitedFor()
+{
+    BurnBench bench;
+    QVERIFY(bench.takeDrive());
+    bench.recorder.addFault("MEDIA times=12 sense=2/04/01");
+    QCOMPARE(bench.writer.discStatus(), DVDWriterPro::kBlankDisc);
+}
+
+void TestDriveRecorder::speeds_areListedOnceFastestFirst()
+{
+    BurnBench bench;
+    bench.recorder.set("write-speeds", "24 8 4 16 8");
+    QVERIFY(bench.takeDrive());
+    QList<double> factors;
+    for (const WriteSpeed& speed : bench.writer.writeSpeeds())
+        factors << speed.factor;
+    QCOMPARE(factors, (QList<double>{24, 16, 8, 4}));
+    QCOMPARE(bench.writer.maxWriteSpeed(), bench.writer.writeSpeeds().first().value);
+}
+
+void TestDriveRecorder::write_onBlankDisc_isBitExact()
+{
+    BurnBench bench;
+    const QList<QByteArray> tracks = addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    QCOMPARE(bench.write(), QString("completed"));
+    QCOMPARE(bench.said, (QStringList{"preparing", "reading 1", "reading 2", "closing disc", "completed"}));
+    QCOMPARE(difference(bench, tracks), QString());
+    QCOMPARE(bench.recorder.count("SEND_CUE_SHEET"), 1);
+    QVERIFY(!bench.recorder.doorLocked());
+    QCOMPARE(bench.writer.discStatus(), DVDWriterPro::kUnusableDisc);
+}
+
+void TestDriveRecorder::write_withoutSessionAtOnce_fallsBackToTrackAtOnce()
+{
+    BurnBench bench;
+    bench.recorder.set("sao", "no");
+    const QList<QByteArray> tracks = addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    QCOMPARE(bench.write(), QString("completed"));
+    QCOMPARE(bench.recorder.count("SEND_CUE_SHEET"), 0);
+    const auto content = bench.recorder.content();
+    QVERIFY(content && content->finalized && content->tracks.size() == 2);
+    for (int i = 0; i < 2; ++i)
+        QCOMPARE(bench.recorder.frames(content->tracks[i].start, int(tracks[i].size() / 2352)), tracks[i]);
+}
+
+void TestDriveRecorder::write_throughCache_leavesNoCopies()
+{
+    BurnBench bench;
+    const QList<QByteArray> tracks = addPair(bench);
+    QVERIFY(QDir().mkpath(bench.folder.filePath("cache")));
+    QVERIFY(bench.takeDrive());
+    bench.cache = true;
+    bench.configure();
+    QCOMPARE(bench.write(), QString("completed"));
+    QCOMPARE(difference(bench, tracks), QString());
+    QCOMPARE(bench.leftCopies(), QStringList());
+}
+
+void TestDriveRecorder::write_inTestMode_leavesTheDiscBlank()
+{
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.writer.setTestWrite(true);
+    QCOMPARE(bench.write(), QString("completed"));
+    QVERIFY(bench.recorder.count("WRITE_10") > 10);
+    QVERIFY(bench.recorder.content()->blank);
+    QCOMPARE(bench.writer.discStatus(), DVDWriterPro::kBlankDisc);
+}
+
+void TestDriveRecorder::write_inTestModeTheDriveLacks_isRefused()
+{
+    BurnBench bench;
+    bench.recorder.set("simulation", "no");
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.writer.setTestWrite(true);
+    QCOMPARE(bench.write(), QString("error"));
+    QVERIFY(bench.error != DVDWriterPro::kDriveError);
+    QVERIFY2(bench.description.contains("test mode"), qPrintable(bench.description));
+    QCOMPARE(bench.recorder.count("WRITE_10"), 0);
+    QVERIFY(bench.recorder.content()->blank);
+}
+
+void TestDriveRecorder::write_longerThanTheDisc_neverBegins()
+{
+    BurnBench bench;
+    bench.recorder.set("disc-frames", "1300");
+    bench.recorder.insert("small");
+    bench.addTrack(kPairsPerFrame * 1200, 1);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    QCOMPARE(bench.write(), QString("error"));
+    QCOMPARE(bench.error, DVDWriterPro::kDriveError);
+    QCOMPARE(bench.sense, 1021);
+    QCOMPARE(bench.senseData, QString("[5 21 00]"));
+    QCOMPARE(bench.recorder.count("WRITE_10"), 0);
+    QVERIFY(bench.recorder.content()->blank);
+}
+
+void TestDriveRecorder::write_toTheLastFrame_fits()
+{
+    BurnBench bench;
+    bench.recorder.set("disc-frames", "1301"); // The last lead-out stands one frame before the end.
+    bench.recorder.insert("small");
+    const QList<QByteArray> tracks{bench.addTrack(kPairsPerFrame * 1150, 1)};
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    QCOMPARE(bench.write(), QString("completed"));
+    QCOMPARE(difference(bench, tracks), QString());
+}
+
+void TestDriveRecorder::write_atAChosenSpeed_tellsTheDrive()
+{
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    const QList<WriteSpeed> speeds = bench.writer.writeSpeeds();
+    const int slow = speeds.last().value;
+    bench.writer.setWriteSpeed(slow);
+    bench.recorder.clearJournal();
+    QCOMPARE(bench.write(), QString("completed"));
+    const QString wanted = QString("%1").arg(slow, 4, 16, QLatin1Char('0')).toUpper();
+    bool told = bench.recorder.count("SET_STREAMING") > 0;
+    for (const QString& line : bench.recorder.journal())
+        told = told || (line.contains("SET_CD_SPEED") && line.contains(wanted));
+    QVERIFY(told);
+}
+
+void TestDriveRecorder::progress_neverFalls_andEndsAtTheFullSize()
+{
+    BurnBench bench;
+    const QList<QByteArray> tracks = addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault("WRITE_10 times=forever delay=5");
+    QCOMPARE(bench.write(), QString("completed"));
+    std::tuple<qint32, qint32, qint32> last{1, 0, 0};
+    QList<qint32> reached{0, 0};
+    for (const auto& position : bench.positions) {
+        const auto [track, done, size] = position;
+        QVERIFY(std::tuple(track, done) >= std::tuple(std::get<0>(last), std::get<1>(last)));
+        QVERIFY(done <= size);
+        QCOMPARE(qint64(size), tracks[track - 1].size());
+        reached[track - 1] = done;
+        last = position;
+    }
+    QCOMPARE(reached, (QList<qint32>{qint32(tracks[0].size()), qint32(tracks[1].size())}));
+    QVERIFY(bench.positions.size() > 3);
+}
+
+void TestDriveRecorder::write_ofAFileCutMeanwhile_isAnError()
+{
+    BurnBench bench;
+    bench.addTrack(kPairsPerFrame * 400, 1);
+    bench.addTrack(kPairsPerFrame * 9000, 2);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault("WRITE_10 times=forever delay=10");
+    bench.onProgress = [&bench](qint32, qint32) { QFile::resize(bench.files.last(), 100'000); };
+    QCOMPARE(bench.write(), QString("error"));
+    QVERIFY(bench.error != DVDWriterPro::kDriveError);
+    QVERIFY2(bench.description.contains("track2.wav"), qPrintable(bench.description));
+    QVERIFY(!bench.recorder.doorLocked());
+}
+
+void TestDriveRecorder::write_withTheDiscPulled_saysSo()
+{
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault("WRITE_10 nth=9 pull");
+    QCOMPARE(bench.write(), QString("error"));
+    QCOMPARE(bench.error, DVDWriterPro::kDriveError);
+    QCOMPARE(bench.sense, 1033);
+    QCOMPARE(bench.senseData, QString("[2 3A 00]"));
+}
+
+void TestDriveRecorder::write_withTheDriveGone_saysSo()
+{
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault("WRITE_10 nth=9 gone");
+    QCOMPARE(bench.write(), QString("error"));
+    QVERIFY(bench.error != DVDWriterPro::kDriveError);
+    QVERIFY2(bench.description.contains("/dev/sr0"), qPrintable(bench.description));
+    bench.recorder.clearFaults();
+    bench.recorder.insert("fresh");
+    QVERIFY(bench.takeDrive());
+    QCOMPARE(bench.write(), QString("completed"));
+}
+
+void TestDriveRecorder::write_withADriveStuckNotReady_ends()
+{
+    BurnBench bench({.pollMs = 20, .readyMs = 2000, .writeMs = 2000, .closeMs = 3000, .cancelMs = 30'000});
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault("WRITE_10 nth=9 times=forever sense=2/04/01");
+    QCOMPARE(bench.write(), QString("error"));
+    QCOMPARE(bench.error, BurnErrorCode::kStalled);
+    QVERIFY2(bench.description.contains("stopped answering"), qPrintable(bench.description));
+}
+
+void TestDriveRecorder::write_whoseDiscShowsNothing_isNoSuccess()
+{
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault("SYNCHRONIZE_CACHE nth=1 after pull");
+    QCOMPARE(bench.write(), QString("error"));
+    QVERIFY(!bench.said.contains("completed"));
+}
+
+void TestDriveRecorder::write_errors_areToldByTheTable_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<int>("sense");
+    QTest::addColumn<QString>("data");
+    QTest::newRow("medium") << "WRITE_10 nth=5 times=forever sense=3/0C/00" << 1005 << "[3 0C 00]";
+    QTest::newRow("under-run") << "WRITE_10 nth=5 times=forever sense=3/0C/09" << 1008 << "[3 0C 09]";
+    QTest::newRow("servo") << "WRITE_10 nth=5 times=forever sense=4/09/01" << 1004 << "[4 09 01]";
+    QTest::newRow("calibration") << "WRITE_10 nth=1 times=forever sense=3/73/03" << 1048 << "[3 73 03]";
+    QTest::newRow("cue sheet") << "SEND_CUE_SHEET sense=5/26/00" << 1023 << "[5 26 00]";
+    QTest::newRow("closing") << "SYNCHRONIZE_CACHE times=forever sense=3/72/02" << 1044 << "[3 72 02]";
+}
+
+void TestDriveRecorder::write_errors_areToldByTheTable()
+{
+    QFETCH(QString, fault);
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault(fault);
+    QCOMPARE(bench.write(), QString("error"));
+    QCOMPARE(bench.error, DVDWriterPro::kDriveError);
+    QTEST(bench.sense, "sense");
+    QTEST(bench.senseData, "data");
+    QVERIFY(!bench.recorder.doorLocked());
+}
+
+void TestDriveRecorder::cancel_whileWriting_endsUnlocked()
+{
+    BurnBench bench;
+    bench.addTrack(kPairsPerFrame * 6000, 1);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault("WRITE_10 times=forever delay=20");
+    bench.onProgress = [&bench](qint32, qint32 done) {
+        if (done > 0)
+            bench.writer.cancel();
+    };
+    QCOMPARE(bench.write(), QString("cancelled"));
+    QVERIFY(!bench.recorder.doorLocked());
+    bench.recorder.clearFaults();
+    bench.onProgress = {};
+    bench.recorder.insert("fresh");
+    QCOMPARE(bench.write(), QString("completed"));
+}
+
+void TestDriveRecorder::destroy_whileWriting_freesTheDrive()
+{
+    EmulatedRecorder* kept = nullptr;
+    {
+        BurnBench bench;
+        kept = &bench.recorder;
+        bench.addTrack(kPairsPerFrame * 6000, 1);
+        QVERIFY(bench.takeDrive());
+        bench.configure();
+        bench.recorder.addFault("WRITE_10 times=forever delay=20");
+        QVERIFY(bench.writer.start());
+        QTRY_VERIFY_WITH_TIMEOUT(!bench.positions.isEmpty(), 30'000);
+        QVERIFY(kept->doorLocked());
+    }
+    BurnBench next;
+    QTRY_VERIFY_WITH_TIMEOUT(next.takeDrive(), 30'000);
+    QCOMPARE(next.writer.discStatus(), DVDWriterPro::kBlankDisc);
+}
+
+void TestDriveRecorder::finish_withEject_handsTheDiscOut()
+{
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    QCOMPARE(bench.write(), QString("completed"));
+    const auto ejects = [&bench] {
+        int count = 0;
+        for (const QString& line : bench.recorder.journal())
+            count += line.contains("START_STOP_UNIT cdb=1B") && line.contains("00000200 ");
+        return count;
+    };
+    bench.writer.finish(false);
+    QCOMPARE(ejects(), 0);
+    bench.writer.finish(true);
+    QTRY_VERIFY_WITH_TIMEOUT(ejects() > 0, 20'000);
+}
+
+QTEST_GUILESS_MAIN(TestDriveRecorder)
+#include "tst_driverecorder.moc"
