@@ -156,6 +156,7 @@ private slots:
     void write_whenTheDiscIsWrong_isRefused();
     void write_whenASourceChanged_saysWhatToDo_data();
     void write_whenASourceChanged_saysWhatToDo();
+    void write_whenASourceChanged_neverTouchesTheDrive();
     void write_settings_reachTheRecorder();
     void progress_ofAFastAndUnsteadyRecorder_isThrottledAndNeverFalls();
     void progress_whenTheRecorderSkipsTheEnd_endsAtTheFullSize();
@@ -431,6 +432,17 @@ void TestDiscWriter::write_whenASourceChanged_saysWhatToDo()
     QCOMPARE(desk.images(), QStringList());
 }
 
+void TestDiscWriter::write_whenASourceChanged_neverTouchesTheDrive()
+{
+    Desk desk;
+    desk.ready(0, 2);
+    QFile::remove(desk.folder.filePath("2.wav"));
+    QVERIFY(desk.writer->start());
+    QVERIFY(desk.ended());
+    QCOMPARE(desk.ends, QStringList{"error 1 0 "});
+    QCOMPARE(desk.drive->looks + desk.drive->writes, 0);
+}
+
 void TestDiscWriter::write_settings_reachTheRecorder()
 {
     Desk desk;
@@ -501,7 +513,9 @@ void TestDiscWriter::cache_always_servesTheRecorderAndLeavesNothing()
     desk.writer->setCacheLocally(true);
     desk.writer->setCacheFolder(desk.folder.filePath("deep/cache"));
     QByteArray read;
+    QStringList named;
     desk.drive->onWrite = [&](const BurnJob& job, BurnObserver&) {
+        named = QDir(desk.folder.filePath("deep/cache")).entryList(QDir::Files | QDir::Hidden);
         QFile::remove(desk.folder.filePath("2.wav"));
         TrackSource source;
         if (source.open(job.tracks[1])) {
@@ -514,6 +528,7 @@ void TestDiscWriter::cache_always_servesTheRecorderAndLeavesNothing()
     QVERIFY(desk.ended());
     QCOMPARE(desk.ends, QStringList{"completed"});
     QVERIFY(read == sound(300 * 588, 2));
+    QCOMPARE(named, QStringList()); // nothing would be left of them if the program were killed now
     QVERIFY(std::is_sorted(desk.percents.begin(), desk.percents.end()));
     QCOMPARE(desk.percents.last(), 100);
     QCOMPARE(QDir(desk.folder.filePath("deep/cache"))

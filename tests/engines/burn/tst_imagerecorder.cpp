@@ -127,6 +127,7 @@ private slots:
     void write_whenTheImageIsTamperedWith_isAnError();
     void write_afterAKilledRun_removesWhatItLeft();
     void write_whileAnotherProgramWrites_leavesItsFileAlone();
+    void keep_whereAFileStands_replacesNothing();
     void killed_inTheMiddle_leavesNoImage();
     void parseCue_ofWhatIsNoSheetOfOurs_isRefused_data();
     void parseCue_ofWhatIsNoSheetOfOurs_isRefused();
@@ -367,6 +368,22 @@ void TestImageRecorder::write_whileAnotherProgramWrites_leavesItsFileAlone()
     QVERIFY(other.write("x", 1));
     QVERIFY(other.keep());
     QVERIFY(QFileInfo::exists(QDir(bench.images()).filePath("Disc 2020-01-01 00.00.00.bin")));
+}
+
+void TestImageRecorder::keep_whereAFileStands_replacesNothing()
+{
+    QTemporaryDir folder;
+    {
+        StagedFile file;
+        QVERIFY(file.create(folder.path(), "Disc.bin"));
+        QVERIFY(file.write("new", 3));
+        put(folder.filePath("Disc.bin"), "old");
+        QVERIFY(!file.keep());
+    }
+    QFile kept(folder.filePath("Disc.bin"));
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), QByteArray("old"));
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"Disc.bin"});
 }
 
 void TestImageRecorder::killed_inTheMiddle_leavesNoImage()
