@@ -58,20 +58,28 @@ void nameOurselves()
     SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_ROLE, "music");
 }
 
-/// Connects to the sound server with the program's icon. The client libraries take it from the environment
-/// alone; it is taken out again so that programs started later do not carry it.
-bool connectToServer()
+/// Lends the program's icon to the sound server. Its client library takes it from the environment alone, at
+/// every connection; it is taken out again so that programs started later do not carry it.
+class LentIcon
 {
-    constexpr const char* kIconVariable = "PULSE_PROP_application.icon_name";
-    nameOurselves();
-    const bool ours = !qEnvironmentVariableIsSet(kIconVariable);
-    if (ours)
-        qputenv(kIconVariable, "zibcdburner");
-    const bool connected = SDL_InitSubSystem(SDL_INIT_AUDIO) == 0;
-    if (ours)
-        qunsetenv(kIconVariable);
-    return connected;
-}
+public:
+    LentIcon() : m_ours(!qEnvironmentVariableIsSet(kVariable))
+    {
+        if (m_ours)
+            qputenv(kVariable, "zibcdburner");
+    }
+    ~LentIcon()
+    {
+        if (m_ours)
+            qunsetenv(kVariable);
+    }
+    Q_DISABLE_COPY_MOVE(LentIcon)
+
+private:
+    static constexpr const char* kVariable = "PULSE_PROP_application.icon_name";
+
+    const bool m_ours;
+};
 
 void pull(void* queue, Uint8* stream, int bytes)
 {
@@ -96,7 +104,9 @@ SDL_AudioDeviceID openDevice(int rateHz, int channels, SampleQueue* queue)
     wanted.samples = portionFrames(rateHz);
     wanted.callback = pull;
     wanted.userdata = queue;
-    if (!connectToServer())
+    nameOurselves();
+    const LentIcon icon;
+    if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0)
         return 0;
     const SDL_AudioDeviceID device = SDL_OpenAudioDevice(nullptr, 0, &wanted, nullptr, 0);
     if (device == 0)
