@@ -52,8 +52,6 @@ const QString kNothingToWrite = QStringLiteral("There are no files in the list t
 const QString kNothingToPlay = QStringLiteral("There are no files in the list to play.");
 const QString kNothingToSave = QStringLiteral("There are no files in the list, need not to save.");
 const QString kSaveProject = QStringLiteral("Would you like to save this project?");
-const QString kTooManyNames = QStringLiteral("So many names do not fit in one choice. "
-                                             "Choose fewer files, or drop them on this window.");
 const QString kNotWritten = QStringLiteral("The project could not be written. The file is as it was before.");
 const QString kLeftOut = QStringLiteral("%1 of the files have names that a project cannot hold.");
 const QString kProjectFilter = QStringLiteral("Project Files(*.zibp)|*.zibp|All Files(*.*)|*.*");
@@ -389,7 +387,7 @@ void frmMain::AddFilesDialog()
     if (chosen)
         addFiles(zib::chosenPaths(*chosen));
     else if (chosen.error().kind != zib::Failure::Kind::Cancelled)
-        showHint(kTooManyNames);
+        showHint(zib::kTooManyNames);
     RefreshTotals();
 }
 

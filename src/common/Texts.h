@@ -18,5 +18,7 @@ inline constexpr int kVersionRevision = 0;
 inline const QString kNoFilesInList = QStringLiteral("There are no files in the list!");
 inline const QString kNothingChecked =
     QStringLiteral("There are no files checked in the list, \nplease check files to delete from the list!");
+inline const QString kTooManyNames = QStringLiteral("So many names do not fit in one choice. "
+                                                    "Choose fewer files, or drop them on this window.");
 
 } // namespace zib

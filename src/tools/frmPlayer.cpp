@@ -10,9 +10,14 @@
 #include "components/Components.h"
 
 #include <QCoreApplication>
+#include <QDragEnterEvent>
 #include <QElapsedTimer>
 #include <QHeaderView>
+#include <QMimeData>
+#include <QScopedValueRollback>
 #include <QShortcut>
+#include <QToolTip>
+#include <QUrl>
 
 using zib::FileDialogRequest;
 using zib::Playlist;
@@ -93,8 +98,30 @@ void frmPlayer::cmdOpen_Click()
                                              FileDialogRequest::Explorer | FileDialogRequest::FileMustExist |
                                              FileDialogRequest::LongNames,
                                     .maxFileSize = kFileNameBuffer};
-    if (const auto answer = m_services.dialogs.openFile(this, request))
+    const auto answer = m_services.dialogs.openFile(this, request);
+    if (answer)
         addFiles(zib::chosenPaths(*answer));
+    else if (answer.error().kind != zib::Failure::Kind::Cancelled)
+        QToolTip::showText(ui->cmdOpen->mapToGlobal(ui->cmdOpen->rect().bottomLeft()), zib::kTooManyNames,
+                           this);
+}
+
+void frmPlayer::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->mimeData()->hasUrls() && !m_adding)
+        event->acceptProposedAction();
+}
+
+void frmPlayer::dropEvent(QDropEvent* event)
+{
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    event->acceptProposedAction();
+    // The program that hands out the files waits for the drop to end, so they are added behind it.
+    QMetaObject::invokeMethod(
+        this, [this, paths] { addFiles(paths); }, Qt::QueuedConnection);
 }
 
 void frmPlayer::cmdRemove_Click()
@@ -142,6 +169,7 @@ void frmPlayer::playbackEnded()
 
 void frmPlayer::addFiles(const QStringList& paths)
 {
+    const QScopedValueRollback adding(m_adding, true);
     const zib::WaitPointer wait(this);
     QElapsedTimer since;
     since.start();

@@ -13,13 +13,17 @@ namespace Ui {
 class frmPlayer;
 }
 
-/// Plays files of a list, one after the other.
+/// Plays files of a list, one after the other. Files come from the dialog or are dropped on the window.
 class frmPlayer final : public zib::TransportWindow
 {
     Q_OBJECT
 public:
     explicit frmPlayer(const zib::Services& services, QWidget* parent = nullptr);
     ~frmPlayer() override;
+
+protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void setUpList();
@@ -40,6 +44,7 @@ private:
     std::unique_ptr<Ui::frmPlayer> ui;
     std::unique_ptr<AudioInformation> m_AInfo;
     zib::Playlist m_list;
+    bool m_adding = false;
     int ExpandedHeight = 0;  ///< Of the window with the list, in pixels.
     int CollapsedHeight = 0; ///< Without it.
 };

@@ -35,7 +35,7 @@ Outcome<QString> ScriptedDialogs::openFile(QWidget*, const FileDialogRequest& re
 {
     opened << request;
     if (files.isEmpty())
-        return Failure{Failure::Kind::Cancelled};
+        return noFile;
     return files.takeFirst();
 }
 
@@ -43,7 +43,7 @@ Outcome<QString> ScriptedDialogs::saveFile(QWidget*, const FileDialogRequest& re
 {
     saved << request;
     if (files.isEmpty())
-        return Failure{Failure::Kind::Cancelled};
+        return noFile;
     return files.takeFirst();
 }
 

@@ -47,9 +47,10 @@ public:
     Outcome<QColor> chooseColor(QWidget* owner, const QString& title, const QColor& current) override;
     Outcome<QFont> chooseFont(QWidget* owner, const QString& title, const QFont& current) override;
 
-    QList<QString> files; ///< Answers of the next file dialogs.
-    QList<QColor> colors; ///< Answers of the next colour dialogs.
-    QList<QFont> fonts;   ///< Answers of the next font dialogs.
+    QList<QString> files;                     ///< Answers of the next file dialogs.
+    Failure noFile{Failure::Kind::Cancelled}; ///< What a file dialog answers when there are none left.
+    QList<QColor> colors;                     ///< Answers of the next colour dialogs.
+    QList<QFont> fonts;                       ///< Answers of the next font dialogs.
     QList<FileDialogRequest> opened;
     QList<FileDialogRequest> saved;
     QStringList titles; ///< Titles of colour and font dialogs.
@@ -81,7 +82,7 @@ public:
     QList<CompilationRow> rows;                 ///< What showPrepare or showLabelDesigner was given last.
     QStringList trackFiles;                     ///< What showWrite was given.
     QStringList preparedFiles;                  ///< What showPrepare answers.
-    Outcome<> previewAnswer;           ///< What showPreview answers.
+    Outcome<> previewAnswer;                    ///< What showPreview answers.
     std::function<void(const QString&)> onShow; ///< Runs while a window is "open".
 
 private:

@@ -3,11 +3,13 @@
 #include "tools/frmPlayer.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
-#include <QHeaderView>
+#include <QDragEnterEvent>
+#include <QMimeData>
 #include <QSlider>
 #include <QTableView>
 #include <QTimer>
+#include <QToolTip>
+#include <QUrl>
 
 namespace {
 
@@ -110,6 +112,36 @@ private slots:
         const Desk desk(3);
         QCOMPARE(desk.names(), (QStringList{"1.wav", "2.wav", "3.wav"}));
         QCOMPARE(desk.cell(2, 3), QString("/music/"));
+    }
+
+    void cmdOpen_moreNamesThanFit_saysWhatToDo()
+    {
+        Desk desk;
+        desk.desk.dialogs.noFile.kind = zib::Failure::Kind::BadValue;
+        desk.press("cmdOpen");
+        QCOMPARE(desk.rows()->rowCount(), 0);
+        QVERIFY(QToolTip::text().startsWith("So many names do not fit in one choice."));
+        QVERIFY(desk.desk.messages.shown.isEmpty());
+    }
+
+    void drop_addsTheFiles()
+    {
+        Desk desk;
+        desk.addSound("/music/a b.wav", 3000);
+        QMimeData files;
+        files.setUrls({QUrl::fromLocalFile("/music/a b.wav"), QUrl("https://somewhere.example/c.mp3")});
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(desk.window.get(), &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop({5, 5}, Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(desk.window.get(), &drop);
+        QTRY_COMPARE(desk.names(), QStringList{"a b.wav"});
+        QMimeData text;
+        text.setText("no file");
+        QDragEnterEvent other({5, 5}, Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
+        other.ignore();
+        QApplication::sendEvent(desk.window.get(), &other);
+        QVERIFY(!other.isAccepted());
     }
 
     void title_comesFromTheOldTagWhenTheMainOneHasNone_data()
