@@ -20,7 +20,6 @@ namespace zib {
 namespace {
 
 constexpr qint64 kHeaderBytes = 44;
-constexpr qint64 kMostDataBytes = 0xFFFFFFFFLL - kHeaderBytes;
 constexpr qint64 kPushBytes = 8 * 1024 * 1024;
 
 QByteArray folderOf(const QByteArray& name)
@@ -94,7 +93,7 @@ bool WavWriter::append(std::span<const qint16> samples)
     if (!isOpen() || m_failed)
         return false;
     const auto bytes = static_cast<qint64>(samples.size_bytes());
-    if (m_dataBytes + bytes > kMostDataBytes || !write(samples.data(), samples.size_bytes())) {
+    if (m_dataBytes + bytes > m_mostDataBytes || !write(samples.data(), samples.size_bytes())) {
         m_failed = true;
         return false;
     }

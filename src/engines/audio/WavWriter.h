@@ -13,7 +13,11 @@ namespace zib {
 class WavWriter
 {
 public:
-    WavWriter() = default;
+    /// What the format's 32-bit sizes allow.
+    static constexpr qint64 kMostDataBytes = 0xFFFFFFFFLL - 44;
+
+    /// @param mostDataBytes of samples; more is refused.
+    explicit WavWriter(qint64 mostDataBytes = kMostDataBytes) : m_mostDataBytes(mostDataBytes) {}
     ~WavWriter(); ///< Drops what was not finished.
     WavWriter(const WavWriter&) = delete;
     WavWriter& operator=(const WavWriter&) = delete;
@@ -35,6 +39,7 @@ private:
     bool writeHeader(qint64 dataBytes);
     void pushOut();
 
+    qint64 m_mostDataBytes;
     QByteArray m_target;
     QByteArray m_partial;
     int m_descriptor = -1;
