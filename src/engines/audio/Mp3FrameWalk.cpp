@@ -148,7 +148,7 @@ bool Walk::isTrusted(qint64 offset, const Mp3Header& head, int freeBytes, int wa
     qint64 next = offset + head.frameBytes(freeBytes);
     if (next > m_end)
         return false;
-    if (next == m_end)
+    if (next + 4 > m_end)
         return atStart;
     for (int seen = 0; seen < wanted; ++seen) {
         const auto header = headerAt(m_near, next);

@@ -217,14 +217,15 @@ bool Parser::settle()
     return true;
 }
 
-} // namespace
-
+// Whether the file begins like a WAVE file at all.
 bool looksLikeWav(const SourceFile& file)
 {
     const QByteArray head = file.bytes(0, 12);
     return head.size() == 12 && head.last(4) == "WAVE" &&
            (head.startsWith("RIFF") || head.startsWith("RF64") || head.startsWith("BW64"));
 }
+
+} // namespace
 
 std::optional<WavHeader> parseWav(const SourceFile& file)
 {

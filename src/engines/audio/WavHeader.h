@@ -42,9 +42,6 @@ struct WavHeader
     qint64 frames() const { return frameBytes() > 0 ? dataBytes / frameBytes() : 0; }
 };
 
-/// Whether the file begins like a WAVE file at all.
-bool looksLikeWav(const SourceFile& file);
-
 /// Reads the chunks of @p file.  @returns nothing when there is no usable format and no data.
 std::optional<WavHeader> parseWav(const SourceFile& file);
 

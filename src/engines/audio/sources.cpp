@@ -8,13 +8,9 @@ namespace zib {
 
 namespace {
 
-std::optional<AudioContent> recogniseWav(std::shared_ptr<const SourceFile> file)
+std::optional<AudioContent> recogniseWav(std::shared_ptr<const SourceFile> file, const WavHeader& header)
 {
-    AudioContent content{std::move(file), std::nullopt, std::nullopt};
-    content.wav = parseWav(*content.file);
-    if (!content.wav)
-        return std::nullopt;
-    const WavHeader& header = *content.wav;
+    AudioContent content{std::move(file), header, std::nullopt};
     if (header.coding == WavHeader::Coding::Mpeg3)
         content.mp3 = walkMp3(content.file, header.dataOffset, header.dataOffset + header.dataBytes);
     if (content.length() <= 0)
@@ -43,8 +39,8 @@ std::optional<AudioContent> recognise(std::shared_ptr<const SourceFile> file)
 {
     if (!file)
         return std::nullopt;
-    if (looksLikeWav(*file))
-        return recogniseWav(std::move(file));
+    if (const auto header = parseWav(*file))
+        return recogniseWav(std::move(file), *header);
     AudioContent content{file, std::nullopt, walkMp3(file, 0, file->size())};
     if (!content.mp3 || content.length() <= 0)
         return std::nullopt;
