@@ -4,6 +4,7 @@
 #include "common/Messages.h"
 #include "common/Texts.h"
 #include "common/Twips.h"
+#include "common/WaitPointer.h"
 #include "components/Components.h"
 #include "label/LabelPainter.h"
 #include "label/LabelSurface.h"
@@ -65,6 +66,7 @@ void frmPreview::Timer1_Timer()
 
 zib::Outcome<> frmPreview::print()
 {
+    const zib::WaitPointer wait(this);
     const std::unique_ptr<Printer> printer = m_services.components.makePrinter();
     const zib::LabelScene scene = m_surface->scene();
     return printer->print(zib::kApplicationTitle,

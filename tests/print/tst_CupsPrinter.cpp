@@ -5,7 +5,13 @@
 #include <QFile>
 #include <QPainter>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace {
 
@@ -102,6 +108,26 @@ private slots:
         m_system.reset();
         PrintSystem::useServer("/nowhere/cups.sock");
         QVERIFY(complaint().startsWith("The printing system does not answer: "));
+    }
+    void print_whenTheSystemHangs_givesUpWhileWindowsPaint()
+    {
+        const QTemporaryDir folder;
+        const QByteArray path = folder.filePath("silent.sock").toLocal8Bit();
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, path.constData(), sizeof address.sun_path);
+        const int silent = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        QCOMPARE(bind(silent, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        QCOMPARE(listen(silent, 5), 0); // Connections are taken and never answered.
+        PrintSystem::useServer(path);
+        int ticks = 0;
+        QTimer painting;
+        connect(&painting, &QTimer::timeout, this, [&] { ++ticks; });
+        painting.start(20);
+        const QString words = complaint();
+        QVERIFY2(words.startsWith("The printing system does not answer: "), qPrintable(words));
+        QVERIFY(ticks > 5);
+        close(silent);
     }
     void paper_ofAQueueWithADriver_isItsDefault()
     {

@@ -5,16 +5,51 @@
 #include "engines/print/makers.h"
 
 #include <QBuffer>
+#include <QEventLoop>
 #include <QPageLayout>
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
+
+#include <future>
 
 namespace zib {
 
 namespace {
 
 constexpr int kDotsPerInch = 1200;
+
+/// Runs a task that may wait for the printing system on a thread of its own. Windows paint on meanwhile; what
+/// the user types or clicks waits.
+template <typename Task>
+auto aside(Task task)
+{
+    QEventLoop loop;
+    auto result = std::async(std::launch::async, [&task, &loop] {
+        auto outcome = task();
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+        return outcome;
+    });
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    return result.get();
+}
+
+/// The default queue and its paper, once it is found ready.
+struct Target
+{
+    std::shared_ptr<CupsQueue> queue;
+    Paper paper;
+};
+
+Outcome<Target> findTarget()
+{
+    const Outcome<std::shared_ptr<CupsQueue>> queue = CupsQueue::openDefault();
+    if (!queue)
+        return queue.error();
+    if (const Outcome<> ready = queue.value()->ready(); !ready)
+        return ready.error();
+    return Target{*queue, queue.value()->paper()};
+}
 
 /// The page as a PDF document; empty when it cannot be painted.
 QByteArray pdfOf(const QString& jobName, const Paper& paper, const Printer::Page& page)
@@ -44,15 +79,13 @@ std::unique_ptr<Printer> makePrinter()
 
 Outcome<> CupsPrinter::print(const QString& jobName, const Page& page)
 {
-    const Outcome<std::shared_ptr<CupsQueue>> queue = CupsQueue::openDefault();
-    if (!queue)
-        return queue.error();
-    if (const Outcome<> ready = queue.value()->ready(); !ready)
-        return ready;
-    const QByteArray pdf = pdfOf(jobName, queue.value()->paper(), page);
+    const Outcome<Target> target = aside(findTarget);
+    if (!target)
+        return target.error();
+    const QByteArray pdf = pdfOf(jobName, target->paper, page);
     if (pdf.isEmpty())
         return Failure{Failure::Kind::WriteFailed, QStringLiteral("The page could not be painted.")};
-    return queue.value()->send(jobName, pdf);
+    return aside([&] { return target->queue->send(jobName, pdf); });
 }
 
 } // namespace zib

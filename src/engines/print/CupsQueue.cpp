@@ -14,7 +14,7 @@ namespace zib {
 namespace {
 
 constexpr int kConnectTimeoutMs = 10'000;
-constexpr double kAnswerTimeoutS = 15.0;
+constexpr double kAnswerTimeoutS = 10.0;
 constexpr int kPiece = 65'536; ///< Bytes sent in one go.
 constexpr double kHundredthMm = 0.01;
 const QSizeF kA4(210, 297);
@@ -38,10 +38,19 @@ QString lastError()
     return QString::fromUtf8(cupsLastErrorString()).trimmed();
 }
 
-Failure noSystem()
+Failure noAnswer(const QString& why)
 {
-    return {Failure::Kind::NotFound, QStringLiteral("The printing system does not answer: %1.")
-                                         .arg(QString::fromLocal8Bit(strerror(errno)))};
+    return {Failure::Kind::NotFound, QStringLiteral("The printing system does not answer: %1.").arg(why)};
+}
+
+/// Why there is no default printer: the system knows none, or the connection broke before it could say.
+Failure noDefault(http_t* http)
+{
+    if (const int error = httpError(http))
+        return noAnswer(QString::fromLocal8Bit(strerror(error)));
+    return {Failure::Kind::NotFound,
+            QStringLiteral("There is no default printer. Choose one in the desktop's printer settings, then "
+                           "print again.")};
 }
 
 Paper usualPaper()
@@ -141,14 +150,13 @@ Outcome<std::shared_ptr<CupsQueue>> CupsQueue::openDefault()
     http_t* http = httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(), 1,
                                 kConnectTimeoutMs, nullptr);
     if (!http)
-        return noSystem();
+        return noAnswer(QString::fromLocal8Bit(strerror(errno)));
     httpSetTimeout(http, kAnswerTimeoutS, giveUp, nullptr);
     cups_dest_t* dest = cupsGetNamedDest(http, nullptr, nullptr);
     if (!dest) {
+        const Failure failure = noDefault(http);
         httpClose(http);
-        return Failure{Failure::Kind::NotFound,
-                       QStringLiteral("There is no default printer. Choose one in the desktop's printer "
-                                      "settings, then print again.")};
+        return failure;
     }
     return std::shared_ptr<CupsQueue>(new CupsQueue(http, dest, cupsCopyDestInfo(http, dest)));
 }

@@ -24,7 +24,7 @@ struct Paper
 };
 
 /// The user's default print queue. Every call may wait for the printing system, at most some seconds;
-/// failures carry its own words. Keep to the thread that opened it.
+/// failures carry its own words. One call at a time, from any thread.
 class CupsQueue
 {
 public:
