@@ -69,7 +69,9 @@ QByteArrayList seedsOf(const QStringList& paths)
 
 void change(QByteArray& input, const QByteArrayList& seeds, QRandomGenerator& random)
 {
-    const auto place = [&] { return static_cast<qsizetype>(random.bounded(static_cast<quint64>(input.size()) + 1)); };
+    const auto place = [&] {
+        return static_cast<qsizetype>(random.bounded(static_cast<quint64>(input.size()) + 1));
+    };
     const qsizetype at = place();
     const qsizetype length = random.bounded(kMostRandomBytes);
     switch (random.bounded(6)) {
@@ -93,7 +95,8 @@ void change(QByteArray& input, const QByteArrayList& seeds, QRandomGenerator& ra
         break;
     default: // A piece of another seed.
         const QByteArray& other = seeds[random.bounded(static_cast<int>(seeds.size()))];
-        input.insert(at, other.mid(other.isEmpty() ? 0 : random.bounded(static_cast<int>(other.size())), length));
+        input.insert(at,
+                     other.mid(other.isEmpty() ? 0 : random.bounded(static_cast<int>(other.size())), length));
     }
 }
 

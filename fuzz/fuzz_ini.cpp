@@ -1,5 +1,5 @@
-// An INI file of any bytes is read, changed, and read again: the change is there, everything else is as it was,
-// byte for byte, and every other key reads as before.
+// An INI file of any bytes is read, changed, and read again: the change is there, everything else is as it
+// was, byte for byte, and every other key reads as before.
 
 #include "platform/IniText.h"
 
@@ -33,8 +33,19 @@ struct Name
 const QList<Name>& names()
 {
     static const QList<Name> list{
-        {"s", "k"}, {"S", "K"}, {"t", "k"}, {"s", "l"}, {"View", "Grid Back Color"}, {"s t", "k l"},
-        {"\xC3\xA4", "\xC3\x96"}, {"\xE4", "\xF6"}, {"[s", "k"}, {"s", "\"k\""}, {"s", "k;"}, {"", "k"}, {"s", ""},
+        {"s", "k"},
+        {"S", "K"},
+        {"t", "k"},
+        {"s", "l"},
+        {"View", "Grid Back Color"},
+        {"s t", "k l"},
+        {"\xC3\xA4", "\xC3\x96"},
+        {"\xE4", "\xF6"},
+        {"[s", "k"},
+        {"s", "\"k\""},
+        {"s", "k;"},
+        {"", "k"},
+        {"s", ""},
     };
     return list;
 }
@@ -50,7 +61,8 @@ QList<std::optional<QByteArray>> valuesOf(const IniText& text)
 bool sameName(const Name& one, const Name& other)
 {
     const auto same = [](const QByteArray& a, const QByteArray& b) {
-        return QString::fromUtf8(a).trimmed().compare(QString::fromUtf8(b).trimmed(), Qt::CaseInsensitive) == 0;
+        return QString::fromUtf8(a).trimmed().compare(QString::fromUtf8(b).trimmed(), Qt::CaseInsensitive) ==
+               0;
     };
     return same(one.section, other.section) && same(one.key, other.key);
 }
@@ -105,14 +117,16 @@ void checkWrite(const QByteArray& bytes, const Name& name, const QByteArray& val
     }
     const IniText again(text.bytes());
     const auto after = valuesOf(again);
-    check(text.value(name.section, name.key) == again.value(name.section, name.key), "kept and read anew agree");
+    check(text.value(name.section, name.key) == again.value(name.section, name.key),
+          "kept and read anew agree");
     check(again.value(name.section, name.key) == asRead(value), "what was written is read");
     for (qsizetype i = 0; i < names().size(); ++i)
         if (!sameName(names()[i], name))
             check(before[i] == after[i], "a write changes no other key");
     checkPlace(bytes, text.bytes(), 2 * (name.section.size() + name.key.size() + value.size() + 12));
     IniText twice(text.bytes());
-    check(twice.set(name.section, name.key, value) && twice.bytes() == text.bytes(), "writing again changes nothing");
+    check(twice.set(name.section, name.key, value) && twice.bytes() == text.bytes(),
+          "writing again changes nothing");
 }
 
 void checkDelete(const QByteArray& bytes, const Name& name)

@@ -22,8 +22,8 @@ QByteArray fileKey(int number)
 bool fitsALine(const QString& path)
 {
     const QByteArray text = path.toUtf8();
-    return !path.contains(u'\n') && !path.contains(u'\r') && !path.contains(QChar::Null)
-        && QString::fromUtf8(text) == path;
+    return !path.contains(u'\n') && !path.contains(u'\r') && !path.contains(QChar::Null) &&
+           QString::fromUtf8(text) == path;
 }
 
 /// The value that reads back as this path: in quotes of its own where reading would take something away.
@@ -32,8 +32,8 @@ QByteArray valueOf(const QString& path)
     const QByteArray text = path.toUtf8();
     const auto blank = [](char letter) { return letter == ' ' || letter == '\t'; };
     const auto quote = [](char letter) { return letter == '"' || letter == '\''; };
-    const bool loses = blank(text.front()) || blank(text.back())
-        || (text.size() > 1 && quote(text.front()) && text.front() == text.back());
+    const bool loses = blank(text.front()) || blank(text.back()) ||
+                       (text.size() > 1 && quote(text.front()) && text.front() == text.back());
     return loses ? '"' + text + '"' : text;
 }
 

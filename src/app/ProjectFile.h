@@ -18,12 +18,12 @@ public:
     explicit ProjectFile(QString path) : m_path(std::move(path)) {}
 
     /// @returns the files of the project that exist, in order; those that do not are left out.
-    /// Fails with BadValue, and reads nothing more, when the number of files is missing, no number, below 1 or
-    /// above kMostFiles.
+    /// Fails with BadValue, and reads nothing more, when the number of files is missing, no number, below 1
+    /// or above kMostFiles.
     Outcome<QStringList> read() const;
 
-    /// Writes the number of files and every path in one replacement of the file, so that it holds either the old
-    /// list or the new one. Other sections, and "File" keys above the number, stay.
+    /// Writes the number of files and every path in one replacement of the file, so that it holds either the
+    /// old list or the new one. Other sections, and "File" keys above the number, stay.
     /// @returns the paths that no line of a file can hold (with a line break, or not Unicode): their keys are
     /// removed, and reading passes over them. Fails with WriteFailed; then the file is as it was.
     Outcome<QStringList> write(const QStringList& paths) const;

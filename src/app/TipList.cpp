@@ -34,8 +34,8 @@ bool TipList::load(const QString& path)
 {
     m_tips.clear();
     QFile file(path);
-    if (path.isEmpty() || !QFileInfo(path).isFile() || file.size() > kMostBytes
-        || !file.open(QIODevice::ReadOnly))
+    if (path.isEmpty() || !QFileInfo(path).isFile() || file.size() > kMostBytes ||
+        !file.open(QIODevice::ReadOnly))
         return false;
     m_tips = linesOf(file.readAll());
     return true;

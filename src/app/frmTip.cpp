@@ -41,10 +41,11 @@ void frmTip::Form_Load()
     showLook();
     GeneralAPI::SetCheckValue(ui->chkLoadTipsAtStartup, gOptions.ShowTipsOfDay);
     if (!loadTips(GeneralAPI::JoinPath(zib::applicationFolder(), kTipsFile)))
-        ui->lblTipText->setText(QStringLiteral("That the ") + kTipsFile + QStringLiteral(" file was not found? ")
-                                + QStringLiteral("\n\n") + QStringLiteral("Create a text file named ") + kTipsFile
-                                + QStringLiteral(" using NotePad with 1 tip per line. ")
-                                + QStringLiteral("Then place it in the same directory as the application. "));
+        ui->lblTipText->setText(QStringLiteral("That the ") + kTipsFile +
+                                QStringLiteral(" file was not found? ") + QStringLiteral("\n\n") +
+                                QStringLiteral("Create a text file named ") + kTipsFile +
+                                QStringLiteral(" using NotePad with 1 tip per line. ") +
+                                QStringLiteral("Then place it in the same directory as the application. "));
 }
 
 void frmTip::chkLoadTipsAtStartup_Click()

@@ -96,7 +96,8 @@ bool WriteIniString(const QString& section, const QString& key, const QString& v
     if (!platform().ini)
         return false;
     const zib::IniChange change = IniChangeOf(section, key, value);
-    return platform().ini->WritePrivateProfileStringA(change.section, change.key, change.value, iniPath(file));
+    return platform().ini->WritePrivateProfileStringA(change.section, change.key, change.value,
+                                                      iniPath(file));
 }
 
 zib::IniChange IniChangeOf(const QString& section, const QString& key, const QString& value)

@@ -112,8 +112,8 @@ bool unchanged(const QByteArray& path, const FileSnapshot& before)
         return !before.exists && errno == ENOENT;
     FileSnapshot now;
     describeInto(now, info);
-    return before.exists && now.device == before.device && now.inode == before.inode
-        && now.changedNs == before.changedNs && now.size == before.size;
+    return before.exists && now.device == before.device && now.inode == before.inode &&
+           now.changedNs == before.changedNs && now.size == before.size;
 }
 
 /// Gives a new file the permissions of the old one, and its owner and group as far as the account may.
@@ -122,8 +122,8 @@ bool takeRights(int fd, const QByteArray& path, const FileSnapshot& before)
     struct stat old = {};
     if (::stat(path.constData(), &old) != 0)
         return false;
-    const bool owned = ::fchown(fd, old.st_uid, old.st_gid) == 0
-        || ::fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
+    const bool owned =
+        ::fchown(fd, old.st_uid, old.st_gid) == 0 || ::fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
     const auto mode = static_cast<mode_t>(owned ? before.mode : before.mode & 0777);
     return ::fchmod(fd, mode) == 0;
 }

@@ -16,7 +16,7 @@ struct FileSnapshot
     quint64 inode = 0;
     qint64 changedNs = 0; ///< Of the contents, since 1970.
     qint64 size = 0;
-    quint32 mode = 0;     ///< Permission bits.
+    quint32 mode = 0; ///< Permission bits.
 };
 
 /// Holds other instances of this program off one file while this lives, by a lock on the file's folder.
@@ -42,7 +42,8 @@ std::optional<QString> followLinks(const QString& path);
 /// @returns nothing for what is unreadable, no regular file, or above 64 MiB.
 std::optional<FileSnapshot> readSnapshot(const QString& path);
 
-enum class Replaced {
+enum class Replaced
+{
     Done,    ///< The new file stands, on the disk itself.
     Changed, ///< Somebody changed the file since the snapshot; nothing was done.
     Failed,  ///< It could not be written; the old file stands whole.

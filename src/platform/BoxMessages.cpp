@@ -9,8 +9,7 @@ namespace {
 
 /// Shows one box. @returns the button that closed it.
 QMessageBox::StandardButton show(QWidget* owner, QMessageBox::Icon icon, const QString& title,
-                                 const QString& text,
-                                 QMessageBox::StandardButtons buttons = QMessageBox::Ok)
+                                 const QString& text, QMessageBox::StandardButtons buttons = QMessageBox::Ok)
 {
     QMessageBox box(icon, title, QString(), buttons, owner ? owner : QApplication::activeWindow());
     box.setObjectName(QStringLiteral("zibMessageBox"));

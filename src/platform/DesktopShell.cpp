@@ -18,9 +18,11 @@ struct Equivalent
 const QList<Equivalent>& browsers()
 {
     static const QList<Equivalent> list{
-        {QStringLiteral("x-www-browser")}, {QStringLiteral("firefox-esr")}, {QStringLiteral("firefox")},
-        {QStringLiteral("chromium")},      {QStringLiteral("google-chrome")}, {QStringLiteral("epiphany-browser")},
-        {QStringLiteral("falkon")},        {QStringLiteral("konqueror")}, {QStringLiteral("xdg-open")},
+        {QStringLiteral("x-www-browser")}, {QStringLiteral("firefox-esr")},
+        {QStringLiteral("firefox")},       {QStringLiteral("chromium")},
+        {QStringLiteral("google-chrome")}, {QStringLiteral("epiphany-browser")},
+        {QStringLiteral("falkon")},        {QStringLiteral("konqueror")},
+        {QStringLiteral("xdg-open")},
     };
     return list;
 }
@@ -72,7 +74,8 @@ QList<Command> volumeControl()
     return {Command{terminal, {QStringLiteral("-e"), mixer}}};
 }
 
-/// Whether a path is a program itself: a file system may call every file executable, so its first bytes count.
+/// Whether a path is a program itself: a file system may call every file executable, so its first bytes
+/// count.
 bool isProgram(const QString& file)
 {
     const QFileInfo info(file);
@@ -82,13 +85,15 @@ bool isProgram(const QString& file)
     if (!content.open(QIODevice::ReadOnly))
         return false;
     const QByteArray head = content.read(4);
-    return head == "\x7F" "ELF" || head.startsWith("#!");
+    return head == "\x7F"
+                   "ELF" ||
+           head.startsWith("#!");
 }
 
 bool isAddress(const QString& file)
 {
-    return file.startsWith(QStringLiteral("https://")) || file.startsWith(QStringLiteral("http://"))
-        || file.startsWith(QStringLiteral("mailto:"));
+    return file.startsWith(QStringLiteral("https://")) || file.startsWith(QStringLiteral("http://")) ||
+           file.startsWith(QStringLiteral("mailto:"));
 }
 
 QList<Command> opener(const QString& file)

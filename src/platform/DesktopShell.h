@@ -9,8 +9,9 @@ namespace zib {
 
 /// Hands files, folders, addresses and programs to the desktop.
 ///
-/// Folders, documents and addresses go to the desktop's opener. Program names of another platform that windows
-/// ask for are looked up in a table of this platform's equivalents. An absolute path of a program is run itself.
+/// Folders, documents and addresses go to the desktop's opener. Program names of another platform that
+/// windows ask for are looked up in a table of this platform's equivalents. An absolute path of a program is
+/// run itself.
 class DesktopShell final : public Shell
 {
 public:

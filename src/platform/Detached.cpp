@@ -62,7 +62,8 @@ void forgetOurProcess(const char* folder)
         if (child == 0)
             commands[i].run();
         int status = 0;
-        while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) { }
+        while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+        }
         if (child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0)
             ::_exit(0);
     }

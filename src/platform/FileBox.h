@@ -4,8 +4,8 @@
 
 namespace zib {
 
-/// The file dialog that every picker of the program uses: Qt's own, so that it looks the same on every desktop.
-/// While open it refuses, with a box, names in folders that do not exist, when asked to.
+/// The file dialog that every picker of the program uses: Qt's own, so that it looks the same on every
+/// desktop. While open it refuses, with a box, names in folders that do not exist, when asked to.
 class FileBox final : public QFileDialog
 {
     Q_OBJECT

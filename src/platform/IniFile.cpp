@@ -9,7 +9,8 @@ namespace {
 
 constexpr int kMostTries = 8; // Against a program that keeps changing the file.
 
-/// The bytes that fit a buffer of @p size with its NUL; a UTF-8 character that does not fit whole is left out.
+/// The bytes that fit a buffer of @p size with its NUL; a UTF-8 character that does not fit whole is left
+/// out.
 QByteArray fitted(const QByteArray& text, int size)
 {
     const qsizetype room = size > 0 ? size - 1 : 0;

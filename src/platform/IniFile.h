@@ -4,9 +4,9 @@
 
 namespace zib {
 
-/// INI files on disk. Every call reads the file anew, so what other programs wrote in between is seen and kept.
-/// A write replaces the file atomically and durably, keeps its permissions and follows symbolic links; after a
-/// crash, a full disk or a refusal the old file stands whole. New files have "\n" line ends.
+/// INI files on disk. Every call reads the file anew, so what other programs wrote in between is seen and
+/// kept. A write replaces the file atomically and durably, keeps its permissions and follows symbolic links;
+/// after a crash, a full disk or a refusal the old file stands whole. New files have "\n" line ends.
 class IniFile final : public IniService
 {
 public:

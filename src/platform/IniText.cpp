@@ -58,13 +58,14 @@ bool usableSection(const QByteArray& name)
 
 bool usableKey(const QByteArray& name)
 {
-    return !name.isEmpty() && !holdsLineBreak(name) && !name.contains('=') && name[0] != ';' && name[0] != '['
-        && !name.startsWith("\xEF\xBB\xBF");
+    return !name.isEmpty() && !holdsLineBreak(name) && !name.contains('=') && name[0] != ';' &&
+           name[0] != '[' && !name.startsWith("\xEF\xBB\xBF");
 }
 
 QByteArray withoutQuotes(const QByteArray& value)
 {
-    const bool quoted = value.size() >= 2 && (value[0] == '"' || value[0] == '\'') && value.back() == value[0];
+    const bool quoted =
+        value.size() >= 2 && (value[0] == '"' || value[0] == '\'') && value.back() == value[0];
     return quoted ? value.mid(1, value.size() - 2) : value;
 }
 

@@ -10,11 +10,11 @@ namespace zib {
 /// The text of one INI file, held as the bytes it was read as. A change touches the bytes it is about and no
 /// others: comments, order, unknown lines, line ends and encoding stay.
 ///
-/// Sections and keys compare without case; the first section of a name and the first key in it count. Lines that
-/// begin with ";" are comments; lines without "=" and headers without "]" are kept and never read. Blanks (space
-/// and tab) round names and values do not belong to them.
-/// The bytes are 8-bit text, taken as UTF-8, or, behind its byte order mark, UTF-16 of either order; a mark is kept.
-/// Names and values are UTF-8 in and out; bytes that are not UTF-8 pass through unchanged in an 8-bit file.
+/// Sections and keys compare without case; the first section of a name and the first key in it count. Lines
+/// that begin with ";" are comments; lines without "=" and headers without "]" are kept and never read.
+/// Blanks (space and tab) round names and values do not belong to them. The bytes are 8-bit text, taken as
+/// UTF-8, or, behind its byte order mark, UTF-16 of either order; a mark is kept. Names and values are UTF-8
+/// in and out; bytes that are not UTF-8 pass through unchanged in an 8-bit file.
 class IniText
 {
 public:
@@ -25,7 +25,8 @@ public:
     std::optional<QByteArray> value(const QByteArray& section, const QByteArray& key) const;
     /// Replaces the value of a key, or adds the key, or section and key.
     /// @returns false, with nothing changed, for names or values that could not be read back as lines:
-    /// empty names, line breaks, NUL, "=" in a key, "]" in a section, a key that would read as header or comment.
+    /// empty names, line breaks, NUL, "=" in a key, "]" in a section, a key that would read as header or
+    /// comment.
     bool set(const QByteArray& section, const QByteArray& key, const QByteArray& value);
     /// Removes every line of that key from every section of that name.
     void removeKey(const QByteArray& section, const QByteArray& key);
@@ -35,7 +36,14 @@ public:
     const QByteArray& bytes() const { return m_bytes; }
 
 private:
-    enum class Kind { Blank, Comment, Section, Key, Unknown };
+    enum class Kind
+    {
+        Blank,
+        Comment,
+        Section,
+        Key,
+        Unknown
+    };
 
     /// Places are byte offsets.
     struct Line

@@ -23,8 +23,8 @@ QString numberText(quint32 number)
 std::optional<QString> SystemRegistry::value(const QString& key, const QString& name) const
 {
     for (const Entry& entry : m_entries) {
-        if (entry.key.compare(key, Qt::CaseInsensitive) != 0
-            || entry.name.compare(name, Qt::CaseInsensitive) != 0)
+        if (entry.key.compare(key, Qt::CaseInsensitive) != 0 ||
+            entry.name.compare(name, Qt::CaseInsensitive) != 0)
             continue;
         if (const auto* number = std::get_if<quint32>(&entry.content))
             return numberText(*number);
@@ -37,10 +37,16 @@ std::optional<QString> SystemRegistry::value(const QString& key, const QString& 
 QList<SystemRegistry::Entry> SystemRegistry::systemInformation()
 {
     const QString tool = firstInstalled({
-        QStringLiteral("hardinfo2"), QStringLiteral("hardinfo"), QStringLiteral("kinfocenter"),
-        QStringLiteral("lshw-gtk"), QStringLiteral("gnome-system-monitor"),
-        QStringLiteral("mate-system-monitor"), QStringLiteral("plasma-systemmonitor"),
-        QStringLiteral("xfce4-taskmanager"), QStringLiteral("lxtask"), QStringLiteral("qps"),
+        QStringLiteral("hardinfo2"),
+        QStringLiteral("hardinfo"),
+        QStringLiteral("kinfocenter"),
+        QStringLiteral("lshw-gtk"),
+        QStringLiteral("gnome-system-monitor"),
+        QStringLiteral("mate-system-monitor"),
+        QStringLiteral("plasma-systemmonitor"),
+        QStringLiteral("xfce4-taskmanager"),
+        QStringLiteral("lxtask"),
+        QStringLiteral("qps"),
     });
     if (tool.isEmpty())
         return {};

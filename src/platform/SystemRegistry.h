@@ -22,8 +22,8 @@ public:
     };
 
     explicit SystemRegistry(QList<Entry> entries = systemInformation()) : m_entries(std::move(entries)) {}
-    /// A text is given as it is when it fits 1024 characters with its NUL; a number as "&h" and the hexadecimal
-    /// digits of its bytes, highest first, each without padding. Anything else counts as missing.
+    /// A text is given as it is when it fits 1024 characters with its NUL; a number as "&h" and the
+    /// hexadecimal digits of its bytes, highest first, each without padding. Anything else counts as missing.
     std::optional<QString> value(const QString& key, const QString& name) const override;
 
     /// The entries that lead to the first installed system-information tool; none when none is installed.

@@ -135,8 +135,8 @@ std::optional<QString> load(const Setting& setting, OptionsData& options)
 {
     return std::visit(
         [&](auto field) -> std::optional<QString> {
-            const QString text = GeneralAPI::ReadIniString(setting.section, setting.key, textOf(options.*field),
-                                                           gSettingsFile);
+            const QString text = GeneralAPI::ReadIniString(setting.section, setting.key,
+                                                           textOf(options.*field), gSettingsFile);
             const auto value = converted(text, options.*field);
             if (!value)
                 return text;
@@ -157,8 +157,9 @@ void tell(const QStringList& badLines)
 {
     if (badLines.isEmpty() || !zib::platform().messages)
         return;
-    const QString text = QStringLiteral("These settings cannot be read, so their defaults are used:\n\n")
-        + badLines.join(u'\n') + QStringLiteral("\n\nThey stand in the file\n") + gSettingsFile;
+    const QString text = QStringLiteral("These settings cannot be read, so their defaults are used:\n\n") +
+                         badLines.join(u'\n') + QStringLiteral("\n\nThey stand in the file\n") +
+                         gSettingsFile;
     zib::platform().messages->critical(nullptr, text);
 }
 

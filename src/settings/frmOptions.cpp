@@ -222,8 +222,8 @@ void frmOptions::FillOptionControls()
     SetCheckValue(ui->chkRip, gOptions.ExploreAfterRipping);
 }
 
-/// Writes every key from the controls, in one replacement of the file. A file that cannot be written stays as it
-/// is, and the load that follows brings its settings back.
+/// Writes every key from the controls, in one replacement of the file. A file that cannot be written stays as
+/// it is, and the load that follows brings its settings back.
 void frmOptions::SaveOptions()
 {
     if (zib::platform().ini)
@@ -233,9 +233,9 @@ void frmOptions::SaveOptions()
 
 QList<zib::IniChange> frmOptions::waveChanges() const
 {
-    return selectionChange(QStringLiteral("WAV Frequency"), ui->cboWAVFrequency)
-        + selectionChange(QStringLiteral("WAV Channels"), ui->cboWAVChannels)
-        + selectionChange(QStringLiteral("WAV Bits"), ui->cboWAVBits);
+    return selectionChange(QStringLiteral("WAV Frequency"), ui->cboWAVFrequency) +
+           selectionChange(QStringLiteral("WAV Channels"), ui->cboWAVChannels) +
+           selectionChange(QStringLiteral("WAV Bits"), ui->cboWAVBits);
 }
 
 QList<zib::IniChange> frmOptions::folderChanges() const
@@ -314,8 +314,8 @@ void frmOptions::fitPages()
     QSize largest;
     for (const QWidget* page : pages())
         largest = largest.expandedTo(page->sizeHint());
-    const int sides = 2 * zib::wholePixels(kShownPageTwips) - layout()->contentsMargins().left()
-        - layout()->contentsMargins().right();
+    const int sides = 2 * zib::wholePixels(kShownPageTwips) - layout()->contentsMargins().left() -
+                      layout()->contentsMargins().right();
     const int tabs = ui->tbsOptions->sizeHint().height();
     ui->tbsOptions->setMinimumSize(largest + QSize(sides, tabs + 2 * kPageGap));
 }

@@ -17,8 +17,8 @@ namespace Ui {
 class frmOptions;
 }
 
-/// The options dialog: four pages of controls that stand for the settings. The record and the file change only
-/// when the user applies.
+/// The options dialog: four pages of controls that stand for the settings. The record and the file change
+/// only when the user applies.
 class frmOptions final : public QDialog
 {
     Q_OBJECT

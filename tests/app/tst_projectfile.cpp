@@ -140,7 +140,9 @@ void TestProjectFile::read_ofACount_refusesWhatIsNotOneTo200_data()
 {
     QTest::addColumn<QByteArray>("count");
     QTest::addColumn<bool>("opens");
-    const auto row = [](const char* count, bool opens) { QTest::newRow(count) << QByteArray(count) << opens; };
+    const auto row = [](const char* count, bool opens) {
+        QTest::newRow(count) << QByteArray(count) << opens;
+    };
     row("1", true);
     row("200", true);
     row(" 2 ", true);
@@ -206,8 +208,8 @@ void TestProjectFile::read_ofAProjectFromAnotherSystem_givesWhatIsThere()
     Desk desk;
     const QString track = desk.track("Größe 音.mp3");
     QByteArray text("\xFF\xFE", 2);
-    const QString lines = "[general]\r\nfilecount=3\r\n[FILES]\r\nfile1=C:\\Music\\a.mp3\r\nFILE2=" + track
-        + "\r\nFile3=\\\\server\\b.mp3\r\n";
+    const QString lines = "[general]\r\nfilecount=3\r\n[FILES]\r\nfile1=C:\\Music\\a.mp3\r\nFILE2=" + track +
+                          "\r\nFile3=\\\\server\\b.mp3\r\n";
     text += QByteArray(reinterpret_cast<const char*>(lines.utf16()), lines.size() * 2);
     desk.write(text);
     QCOMPARE(desk.read(), QStringList{track});
@@ -243,12 +245,44 @@ void TestProjectFile::path_ofAHostileName_comesBackAsItWent_data()
 {
     QTest::addColumn<QString>("name");
     const QStringList names{
-        "a=b.wav",       "=.wav",          "a;b.wav",        "; comment.wav", "[General].wav", "a]b.wav",
-        "[x",            "\"quoted\".wav", "'single'",       "\"both\"",      "\"",            "\"\"",
-        "one\"",         " leading.wav",   "trailing.wav ",  "   ",           "\ttab.wav\t",   "tab\t",
-        "FileCount=1",   "a\\b.wav",       "C:\\a.wav",      "%00.wav",       "&amp;.wav",     "a\u2028b.wav",
-        "Größe.wav",     "音楽.mp3",       "🎵.mp3",         "e\u0301.wav",   "\u00E9.wav",    "\u00A0nbsp\u00A0",
-        "a\x01" "b.wav", "a\x1A" "b.wav",  "\uFEFFbom.wav",  "a\vb\fc.wav",   "-rf",           "$(x)`y`.wav",
+        "a=b.wav",
+        "=.wav",
+        "a;b.wav",
+        "; comment.wav",
+        "[General].wav",
+        "a]b.wav",
+        "[x",
+        "\"quoted\".wav",
+        "'single'",
+        "\"both\"",
+        "\"",
+        "\"\"",
+        "one\"",
+        " leading.wav",
+        "trailing.wav ",
+        "   ",
+        "\ttab.wav\t",
+        "tab\t",
+        "FileCount=1",
+        "a\\b.wav",
+        "C:\\a.wav",
+        "%00.wav",
+        "&amp;.wav",
+        "a\u2028b.wav",
+        "Größe.wav",
+        "音楽.mp3",
+        "🎵.mp3",
+        "e\u0301.wav",
+        "\u00E9.wav",
+        "\u00A0nbsp\u00A0",
+        "a\x01"
+        "b.wav",
+        "a\x1A"
+        "b.wav",
+        "\uFEFFbom.wav",
+        "a\vb\fc.wav",
+        "-rf",
+        "$(x)`y`.wav",
     };
     for (const QString& name : names)
         QTest::newRow(qPrintable(name)) << name;
@@ -341,8 +375,8 @@ void TestProjectFile::write_ofAllKeys_isOneReplacement()
 {
     struct Counting final : zib::IniService
     {
-        QByteArray GetPrivateProfileStringA(const QByteArray&, const QByteArray&, const QByteArray& fallback, int,
-                                            const QString&) override
+        QByteArray GetPrivateProfileStringA(const QByteArray&, const QByteArray&, const QByteArray& fallback,
+                                            int, const QString&) override
         {
             return fallback;
         }

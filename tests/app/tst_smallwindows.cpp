@@ -123,7 +123,8 @@ void TestSmallWindows::splash_afterItsTimer_closes()
 void TestSmallWindows::splash_onAnyInput_closesBeforeItsTimer_data()
 {
     QTest::addColumn<QString>("input");
-    for (const char* input : {"click window", "click picture", "double-click", "right click", "key", "Escape"})
+    for (const char* input :
+         {"click window", "click picture", "double-click", "right click", "key", "Escape"})
         QTest::newRow(input) << QString(input);
 }
 
@@ -171,8 +172,14 @@ void TestSmallWindows::tips_ofAFile_areItsLines_data()
     row("none", "", {});
     row("blanks stay", "  a  \n", {"  a  "});
     row("utf-8", "Größe 音\n", {"Größe 音"});
-    row("utf-8 with mark", "\xEF\xBB\xBF" "a\n", {"a"});
-    row("latin-1", "Gr\xF6\xDF" "e\n", {"Größe"});
+    row("utf-8 with mark",
+        "\xEF\xBB\xBF"
+        "a\n",
+        {"a"});
+    row("latin-1",
+        "Gr\xF6\xDF"
+        "e\n",
+        {"Größe"});
 }
 
 void TestSmallWindows::tips_ofAFile_areItsLines()
@@ -266,9 +273,10 @@ void TestSmallWindows::tip_whenLoaded_showsATipAndTheSetting()
 void TestSmallWindows::tip_withoutAFile_showsTheInstructions()
 {
     Desk desk;
-    QCOMPARE(tipOf(frmTip()),
-             QString("That the TIPOFDAY.TXT file was not found? \n\nCreate a text file named TIPOFDAY.TXT using "
-                     "NotePad with 1 tip per line. Then place it in the same directory as the application. "));
+    QCOMPARE(
+        tipOf(frmTip()),
+        QString("That the TIPOFDAY.TXT file was not found? \n\nCreate a text file named TIPOFDAY.TXT using "
+                "NotePad with 1 tip per line. Then place it in the same directory as the application. "));
 }
 
 void TestSmallWindows::tip_withoutAFile_ignoresNextTip()

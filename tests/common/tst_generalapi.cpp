@@ -93,7 +93,9 @@ void TestGeneralAPI::read_ofAValue_isCleaned_data()
     QTest::newRow("nul between blanks") << QByteArray("\" \0 a\"", 6) << "a";
     QTest::newRow("empty") << QByteArray("") << "";
     QTest::newRow("tab in quotes stays") << QByteArray("\"\ta\"") << "\ta";
-    QTest::newRow("no-break space stays") << QByteArray("\xC2\xA0" "a") << QString("\u00A0a");
+    QTest::newRow("no-break space stays") << QByteArray("\xC2\xA0"
+                                                        "a")
+                                          << QString("\u00A0a");
     QTest::newRow("utf-8") << QByteArray("Größe 音🎵") << "Größe 音🎵";
 }
 
@@ -256,15 +258,24 @@ void TestGeneralAPI::makeFolder_ofANativePath_makesEveryParent_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("made");
-    QTest::newRow("one") << "/a" << "a";
-    QTest::newRow("three") << "/a/b/c" << "a/b/c";
-    QTest::newRow("ended") << "/a/b/" << "a/b";
-    QTest::newRow("empty parts") << "/a///b" << "a/b";
-    QTest::newRow("blank parts") << "/a/   /b" << "a/b";
-    QTest::newRow("parts are trimmed") << "/ a / b " << "a/b";
-    QTest::newRow("blanks inside") << "/a b/c" << "a b/c";
-    QTest::newRow("backslash is a letter") << "/a\\b" << "a\\b";
-    QTest::newRow("unicode") << "/Größe/音🎵" << "Größe/音🎵";
+    QTest::newRow("one") << "/a"
+                         << "a";
+    QTest::newRow("three") << "/a/b/c"
+                           << "a/b/c";
+    QTest::newRow("ended") << "/a/b/"
+                           << "a/b";
+    QTest::newRow("empty parts") << "/a///b"
+                                 << "a/b";
+    QTest::newRow("blank parts") << "/a/   /b"
+                                 << "a/b";
+    QTest::newRow("parts are trimmed") << "/ a / b "
+                                       << "a/b";
+    QTest::newRow("blanks inside") << "/a b/c"
+                                   << "a b/c";
+    QTest::newRow("backslash is a letter") << "/a\\b"
+                                           << "a\\b";
+    QTest::newRow("unicode") << "/Größe/音🎵"
+                             << "Größe/音🎵";
 }
 
 void TestGeneralAPI::makeFolder_ofANativePath_makesEveryParent()
@@ -366,8 +377,9 @@ void TestGeneralAPI::shell_calls_handOverWhatIsStated()
     GeneralAPI::OpenHelpFile();
     GeneralAPI::OpenHomePage();
     GeneralAPI::ExploreFolder("/music/my rips");
-    QCOMPARE(desk.shell.calls, (QStringList{"open /opt/zib/zibburn.chm", "open IExplore.exe " + zib::kHomePage,
-                                            "explore /music/my rips"}));
+    QCOMPARE(desk.shell.calls,
+             (QStringList{"open /opt/zib/zibburn.chm", "open IExplore.exe " + zib::kHomePage,
+                          "explore /music/my rips"}));
     QCOMPARE(desk.messages.shown, QStringList());
 }
 

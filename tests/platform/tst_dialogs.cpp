@@ -139,9 +139,9 @@ void TestDialogs::box_ofAKind_hasItsIconTitleAndButtons()
         QCOMPARE(box.text(), QString("There are no files in the list!"));
         QCOMPARE(box.parentWidget(), &m_owner);
         QVERIFY(box.isModal());
-        QCOMPARE(box.standardButtons(),
-                 kind == "question" ? QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel
-                                    : QMessageBox::StandardButtons(QMessageBox::Ok));
+        QCOMPARE(box.standardButtons(), kind == "question"
+                                            ? QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel
+                                            : QMessageBox::StandardButtons(QMessageBox::Ok));
         box.reject();
     });
     const QString text = "There are no files in the list!";
@@ -280,7 +280,8 @@ void TestDialogs::openFile_ofSeveral_givesFolderAndNames()
 {
     zib::DesktopDialogs dialogs;
     whenOpen<QFileDialog>([](QFileDialog& dialog) { choose(dialog, "\"a.mp3\" \"SONG.MP3\" \"b.WAV\""); });
-    const auto answer = dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
+    const auto answer =
+        dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
     QVERIFY(answer);
     QCOMPARE(answer->split(QChar(QChar::Null)), (QStringList{m_folder.path(), "a.mp3", "SONG.MP3", "b.WAV"}));
 }
@@ -289,7 +290,8 @@ void TestDialogs::openFile_ofSeveralButOne_givesItsPath()
 {
     zib::DesktopDialogs dialogs;
     whenOpen<QFileDialog>([](QFileDialog& dialog) { choose(dialog, "a.mp3"); });
-    const auto answer = dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
+    const auto answer =
+        dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
     QVERIFY(answer);
     QCOMPARE(*answer, m_folder.filePath("a.mp3"));
 }
@@ -342,7 +344,8 @@ void TestDialogs::openFile_again_startsWhereTheLastWas()
 void TestDialogs::saveFile_ofAnyName_givesItAsTyped_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char* name : {"new.zibp", "noending", "a.mp3", "two.dots.txt", "Größe 音.zibp", "blank inside"})
+    for (const char* name :
+         {"new.zibp", "noending", "a.mp3", "two.dots.txt", "Größe 音.zibp", "blank inside"})
         QTest::newRow(name) << QString(name);
 }
 
@@ -351,9 +354,8 @@ void TestDialogs::saveFile_ofAnyName_givesItAsTyped()
     QFETCH(QString, name);
     zib::DesktopDialogs dialogs;
     whenOpen<QFileDialog>([&](QFileDialog& dialog) { choose(dialog, name); });
-    const auto answer = dialogs.saveFile(
-        &m_owner, {"Save Project As", "Project Files(*.zibp)|*.zibp", zib::FileDialogRequest::PathMustExist,
-                   m_folder.path()});
+    const auto answer = dialogs.saveFile(&m_owner, {"Save Project As", "Project Files(*.zibp)|*.zibp",
+                                                    zib::FileDialogRequest::PathMustExist, m_folder.path()});
     QVERIFY(answer); // A name that exists is not asked about either.
     QCOMPARE(*answer, m_folder.filePath(name));
 }
@@ -372,8 +374,9 @@ void TestDialogs::saveFile_inAMissingFolder_saysSoAndStaysOpen()
         open = dialog.isVisible();
         dialog.reject();
     });
-    QCOMPARE(errorOf(dialogs.saveFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::PathMustExist))),
-             QString("cancelled"));
+    QCOMPARE(
+        errorOf(dialogs.saveFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::PathMustExist))),
+        QString("cancelled"));
     QVERIFY(open);
     QCOMPARE(said, "This folder does not exist:\n" + m_folder.filePath("none"));
 }

@@ -282,7 +282,8 @@ void TestIniFile::write_onAFullDisk_leavesTheOldFile()
 void TestIniFile::write_toWhatIsNoFile_isRefusedAtOnce_data()
 {
     QTest::addColumn<QString>("kind");
-    for (const char* kind : {"folder", "pipe", "device", "endless device", "empty name", "nul in the name", "below a file"})
+    for (const char* kind :
+         {"folder", "pipe", "device", "endless device", "empty name", "nul in the name", "below a file"})
         QTest::newRow(kind) << QString(kind);
 }
 
@@ -346,15 +347,15 @@ void TestIniFile::write_whileAnotherProgramWrites_losesNothing()
         writers.emplace_back([this, writer] {
             zib::IniFile ini;
             for (int i = 0; i < kKeys; ++i)
-                ini.WritePrivateProfileStringA("s", QString("w%1k%2").arg(writer).arg(i).toUtf8(), QByteArray("1"),
-                                               m_path);
+                ini.WritePrivateProfileStringA("s", QString("w%1k%2").arg(writer).arg(i).toUtf8(),
+                                               QByteArray("1"), m_path);
         });
     for (std::thread& writer : writers)
         writer.join();
     for (int writer = 0; writer < kWriters; ++writer)
         for (int i = 0; i < kKeys; ++i)
-            QCOMPARE(m_ini.GetPrivateProfileStringA("s", QString("w%1k%2").arg(writer).arg(i).toUtf8(), "DEF", 10,
-                                                    m_path),
+            QCOMPARE(m_ini.GetPrivateProfileStringA("s", QString("w%1k%2").arg(writer).arg(i).toUtf8(), "DEF",
+                                                    10, m_path),
                      QByteArray("1"));
     QCOMPARE(get().count('\n'), 1 + kWriters * kKeys);
 }

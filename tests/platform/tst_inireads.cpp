@@ -183,9 +183,21 @@ void valueRows()
     value("percent signs", "%PATH%", "%PATH%");
     value("dollar", "$HOME", "$HOME");
     value("utf-8", "Größe 音", "Größe 音");
-    value("no-break space stays", "\xC2\xA0" "a\xC2\xA0", "\xC2\xA0" "a\xC2\xA0");
-    value("latin-1 bytes stay", "Gr\xF6\xDF" "e", "Gr\xF6\xDF" "e");
-    value("control letters stay", "a\x01\x1A\x7F" "b", "a\x01\x1A\x7F" "b");
+    value("no-break space stays",
+          "\xC2\xA0"
+          "a\xC2\xA0",
+          "\xC2\xA0"
+          "a\xC2\xA0");
+    value("latin-1 bytes stay",
+          "Gr\xF6\xDF"
+          "e",
+          "Gr\xF6\xDF"
+          "e");
+    value("control letters stay",
+          "a\x01\x1A\x7F"
+          "b",
+          "a\x01\x1A\x7F"
+          "b");
     value("vertical tab stays", "\va\f", "\va\f");
     row("blanks before the equals sign", "[s]\nk   =1\n", "s", "k", "1");
     row("tab before the equals sign", "[s]\nk\t=1\n", "s", "k", "1");
@@ -287,8 +299,8 @@ void TestIniReads::read_ofAWideFile_givesUtf8_data()
     QTest::newRow("little endian") << QByteArray("\xFF\xFE", 2) + little << QByteArray("音🎵");
     QTest::newRow("big endian") << QByteArray("\xFE\xFF", 2) + big << QByteArray("音🎵");
     QTest::newRow("an odd byte at the end") << QByteArray("\xFF\xFE", 2) + little + "x" << QByteArray("音🎵");
-    QTest::newRow("half a pair")
-        << QByteArray("\xFF\xFE[\0S\0\xE9\0]\0\n\0k\0\xF6\0=\0\x3C\xD8x\0", 22) << QByteArray("?x");
+    QTest::newRow("half a pair") << QByteArray("\xFF\xFE[\0S\0\xE9\0]\0\n\0k\0\xF6\0=\0\x3C\xD8x\0", 22)
+                                 << QByteArray("?x");
     QTest::newRow("only a mark") << QByteArray("\xFF\xFE", 2) << QByteArray("DEF");
 }
 

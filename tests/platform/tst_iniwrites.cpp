@@ -50,7 +50,8 @@ void TestIniWrites::write_ofAKey_leavesTheRestByteForByte_data()
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<QByteArray>("expected");
     const auto row = [](const char* name, const QByteArray& before, const QByteArray& value,
-                        const QByteArray& expected, const QByteArray& key = "k", const QByteArray& section = "s") {
+                        const QByteArray& expected, const QByteArray& key = "k",
+                        const QByteArray& section = "s") {
         QTest::newRow(name) << before << section << key << value << expected;
     };
     row("into an empty file", "", "1", "[s]\nk=1\n");
@@ -104,7 +105,12 @@ void TestIniWrites::write_ofAKey_leavesTheRestByteForByte_data()
     row("cr", "[s]\ra=1\r[t]\r", "1", "[s]\ra=1\rk=1\r[t]\r");
     row("mixed line ends take the first kind", "[s]\r\na=1\nb=2\r", "1", "[s]\r\na=1\nb=2\rk=1\r\n");
     row("mark stays", "\xEF\xBB\xBF[s]\nk=0\n", "1", "\xEF\xBB\xBF[s]\nk=1\n");
-    row("latin-1 stays", "; Gr\xF6\xDF" "e\n[s]\nk=\xE4\nl=\xF6\n", "1", "; Gr\xF6\xDF" "e\n[s]\nk=1\nl=\xF6\n");
+    row("latin-1 stays",
+        "; Gr\xF6\xDF"
+        "e\n[s]\nk=\xE4\nl=\xF6\n",
+        "1",
+        "; Gr\xF6\xDF"
+        "e\n[s]\nk=1\nl=\xF6\n");
     row("utf-8 value", "[s]\nk=0\n", "Größe 音🎵", "[s]\nk=Größe 音🎵\n");
     row("utf-8 names without case", "[MÜLL]\nÄ=0\n", "1", "[MÜLL]\nÄ=1\n", "ä", "müll");
     row("bytes that are no utf-8", "[s]\nk=0\n", "\xFF\xFE", "[s]\nk=\xFF\xFE\n");
@@ -132,10 +138,12 @@ void TestIniWrites::delete_ofAKeyOrSection_leavesTheRestByteForByte_data()
     QTest::addColumn<bool>("wholeSection");
     QTest::addColumn<QByteArray>("expected");
     const auto key = [](const char* name, const QByteArray& before, const QByteArray& expected) {
-        QTest::newRow(qPrintable(QString("key: %1").arg(name))) << before << QByteArray("s") << false << expected;
+        QTest::newRow(qPrintable(QString("key: %1").arg(name)))
+            << before << QByteArray("s") << false << expected;
     };
     const auto section = [](const char* name, const QByteArray& before, const QByteArray& expected) {
-        QTest::newRow(qPrintable(QString("section: %1").arg(name))) << before << QByteArray("s") << true << expected;
+        QTest::newRow(qPrintable(QString("section: %1").arg(name)))
+            << before << QByteArray("s") << true << expected;
     };
     key("plain", "[s]\nk=1\nl=2\n", "[s]\nl=2\n");
     key("any case", "[S]\nK=1\nl=2\n", "[S]\nl=2\n");
@@ -175,7 +183,8 @@ void TestIniWrites::delete_ofAKeyOrSection_leavesTheRestByteForByte()
     bool done = false;
     QTEST(after(before, {change}, &done), "expected");
     QVERIFY(done);
-    QCOMPARE(m_ini.GetPrivateProfileStringA("s", "k", "DEF", 100, m_folder.filePath("a.ini")), QByteArray("DEF"));
+    QCOMPARE(m_ini.GetPrivateProfileStringA("s", "k", "DEF", 100, m_folder.filePath("a.ini")),
+             QByteArray("DEF"));
 }
 
 void TestIniWrites::write_ofWhatNoLineHolds_isRefused_data()
@@ -183,9 +192,8 @@ void TestIniWrites::write_ofWhatNoLineHolds_isRefused_data()
     QTest::addColumn<QByteArray>("section");
     QTest::addColumn<QByteArray>("key");
     QTest::addColumn<QByteArray>("value");
-    const auto row = [](const char* name, const QByteArray& section, const QByteArray& key, const QByteArray& value) {
-        QTest::newRow(name) << section << key << value;
-    };
+    const auto row = [](const char* name, const QByteArray& section, const QByteArray& key,
+                        const QByteArray& value) { QTest::newRow(name) << section << key << value; };
     row("line feed in the value", "s", "k", "a\n[t]");
     row("carriage return in the value", "s", "k", "a\rb");
     row("nul in the value", "s", "k", QByteArray("a\0b", 3));
@@ -257,8 +265,25 @@ void TestIniWrites::write_ofBytesThatAreNoUtf8_intoAWideFile_isRefused()
 void TestIniWrites::write_thenRead_givesTheValueBack_data()
 {
     QTest::addColumn<QByteArray>("value");
-    const QByteArrayList values{"a", "a b", "a=b", "[s]", ";", "\"", "'", "a\"", "\"a'", "=", "Größe", "音🎵",
-                                "\xFF\xFE", "C:\\a\\", "%d", "\x01\x02", "a\tb", "\\n", QByteArray(5000, 'y')};
+    const QByteArrayList values{"a",
+                                "a b",
+                                "a=b",
+                                "[s]",
+                                ";",
+                                "\"",
+                                "'",
+                                "a\"",
+                                "\"a'",
+                                "=",
+                                "Größe",
+                                "音🎵",
+                                "\xFF\xFE",
+                                "C:\\a\\",
+                                "%d",
+                                "\x01\x02",
+                                "a\tb",
+                                "\\n",
+                                QByteArray(5000, 'y')};
     for (const QByteArray& value : values)
         QTest::newRow(value.left(20).toPercentEncoding().constData()) << value;
 }
@@ -284,7 +309,8 @@ void TestIniWrites::writeAll_withOneBadChange_changesNothing()
 
 void TestIniWrites::writeAll_ofManyChanges_appliesThemInOrder()
 {
-    QCOMPARE(after("[s]\nk=0\n", {{"s", "k", "1"}, {"s", "k", "2"}, {"t", "a", "1"}, {"s", {}, {}}, {"t", "b", "2"}}),
+    QCOMPARE(after("[s]\nk=0\n",
+                   {{"s", "k", "1"}, {"s", "k", "2"}, {"t", "a", "1"}, {"s", {}, {}}, {"t", "b", "2"}}),
              QByteArray("[t]\na=1\nb=2\n"));
     QCOMPARE(after("[s]\nk=0\n", {}), QByteArray("[s]\nk=0\n"));
 }

@@ -77,13 +77,15 @@ int probe(const QString& report, int result, const QStringList& arguments)
 
 zib::Command probeCommand(const QString& report, int result = 0, const QStringList& arguments = {})
 {
-    return {QCoreApplication::applicationFilePath(), QStringList{"--probe", report, QString::number(result)} + arguments};
+    return {QCoreApplication::applicationFilePath(),
+            QStringList{"--probe", report, QString::number(result)} + arguments};
 }
 
 QStringList linesOf(const QString& path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).split('\n') : QStringList{"(none)"};
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).split('\n')
+                                          : QStringList{"(none)"};
 }
 
 } // namespace
@@ -137,19 +139,45 @@ void TestShell::open_ofAThing_startsItsProgram_data()
     QTest::addColumn<QString>("verb");
     QTest::addColumn<QString>("thing");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("document") << "open" << "F/a b.txt" << "xdg-open | F/a b.txt";
-    QTest::newRow("name that looks like an option") << "open" << "F/-x.txt" << "xdg-open | F/-x.txt";
-    QTest::newRow("name with shell letters") << "open" << "F/$(x);`y`'\".txt" << "xdg-open | F/$(x);`y`'\".txt";
-    QTest::newRow("folder") << "open" << "F/bin" << "xdg-open | F/bin";
-    QTest::newRow("explored folder") << "explore" << "F/bin" << "xdg-open | F/bin";
-    QTest::newRow("explored folder, ended") << "explore" << "F/bin/" << "xdg-open | F/bin/";
-    QTest::newRow("explored file") << "explore" << "F/a b.txt" << "false";
-    QTest::newRow("explored missing folder") << "explore" << "F/none" << "false";
-    QTest::newRow("missing document") << "open" << "F/none.chm" << "false";
-    QTest::newRow("empty") << "open" << "" << "false";
-    QTest::newRow("address") << "open" << "https://example.org/a?b=c" << "xdg-open | https://example.org/a?b=c";
-    QTest::newRow("unknown program name") << "open" << "notepad.exe" << "false";
-    QTest::newRow("script") << "open" << "F/bin/tool" << "tool";
+    QTest::newRow("document") << "open"
+                              << "F/a b.txt"
+                              << "xdg-open | F/a b.txt";
+    QTest::newRow("name that looks like an option") << "open"
+                                                    << "F/-x.txt"
+                                                    << "xdg-open | F/-x.txt";
+    QTest::newRow("name with shell letters") << "open"
+                                             << "F/$(x);`y`'\".txt"
+                                             << "xdg-open | F/$(x);`y`'\".txt";
+    QTest::newRow("folder") << "open"
+                            << "F/bin"
+                            << "xdg-open | F/bin";
+    QTest::newRow("explored folder") << "explore"
+                                     << "F/bin"
+                                     << "xdg-open | F/bin";
+    QTest::newRow("explored folder, ended") << "explore"
+                                            << "F/bin/"
+                                            << "xdg-open | F/bin/";
+    QTest::newRow("explored file") << "explore"
+                                   << "F/a b.txt"
+                                   << "false";
+    QTest::newRow("explored missing folder") << "explore"
+                                             << "F/none"
+                                             << "false";
+    QTest::newRow("missing document") << "open"
+                                      << "F/none.chm"
+                                      << "false";
+    QTest::newRow("empty") << "open"
+                           << ""
+                           << "false";
+    QTest::newRow("address") << "open"
+                             << "https://example.org/a?b=c"
+                             << "xdg-open | https://example.org/a?b=c";
+    QTest::newRow("unknown program name") << "open"
+                                          << "notepad.exe"
+                                          << "false";
+    QTest::newRow("script") << "open"
+                            << "F/bin/tool"
+                            << "tool";
 }
 
 void TestShell::open_ofAThing_startsItsProgram()
@@ -169,11 +197,14 @@ void TestShell::open_ofABrowser_takesTheFirstInstalled()
 {
     QCOMPARE(started("open", "IExplore.exe", "https://a.example/"), QStringList{"false"});
     program("xdg-open");
-    QCOMPARE(started("open", "IExplore.exe", "https://a.example/"), QStringList{"xdg-open | https://a.example/"});
+    QCOMPARE(started("open", "IExplore.exe", "https://a.example/"),
+             QStringList{"xdg-open | https://a.example/"});
     program("konqueror");
-    QCOMPARE(started("open", "iexplore.EXE", "https://a.example/"), QStringList{"konqueror | https://a.example/"});
+    QCOMPARE(started("open", "iexplore.EXE", "https://a.example/"),
+             QStringList{"konqueror | https://a.example/"});
     program("firefox-esr");
-    QCOMPARE(started("open", "IExplore.exe", "https://a.example/"), QStringList{"firefox-esr | https://a.example/"});
+    QCOMPARE(started("open", "IExplore.exe", "https://a.example/"),
+             QStringList{"firefox-esr | https://a.example/"});
 }
 
 void TestShell::open_ofTheVolumeControl_takesTheFirstInstalled()
@@ -183,7 +214,8 @@ void TestShell::open_ofTheVolumeControl_takesTheFirstInstalled()
     program("alsamixer");
     QCOMPARE(started("open", "sndvol32.exe"), QStringList{"false"});
     program("xterm");
-    QCOMPARE(started("open", "sndvol32.exe"), QStringList{"xterm | -e | " + m_folder->filePath("bin/alsamixer")});
+    QCOMPARE(started("open", "sndvol32.exe"),
+             QStringList{"xterm | -e | " + m_folder->filePath("bin/alsamixer")});
     program("gnome-control-center");
     QCOMPARE(started("open", "SndVol32.exe"), QStringList{"gnome-control-center | sound"});
     program("pavucontrol");
@@ -206,7 +238,8 @@ void TestShell::open_ofADataFileMarkedExecutable_doesNotRunIt()
     program("xdg-open");
     const QString data = program("zibburn.txt", "ITSF");
     QCOMPARE(started("open", data), QStringList{"xdg-open | " + data});
-    const QString binary = program("binary", "\x7F" "ELF...");
+    const QString binary = program("binary", "\x7F"
+                                             "ELF...");
     QCOMPARE(started("open", binary, "-a \"b c\""), QStringList{"binary | -a | b c"});
 }
 
@@ -249,7 +282,8 @@ void TestShell::start_ofSeveral_goesOnAfterAFailureOnly()
     const QString second = m_folder->filePath("second");
     const QString third = m_folder->filePath("third");
     const zib::Command missing{m_folder->filePath("missing"), {}};
-    QVERIFY(zib::startDetached({missing, probeCommand(first, 3), probeCommand(second, 0), probeCommand(third)}));
+    QVERIFY(
+        zib::startDetached({missing, probeCommand(first, 3), probeCommand(second, 0), probeCommand(third)}));
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(second), 60000);
     QVERIFY(QFile::exists(first));
     QTest::qWait(200);
@@ -277,7 +311,8 @@ void TestShell::registry_ofATable_answersByTheRules_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("expected");
     const auto row = [](const char* key, const char* name, const QString& expected) {
-        QTest::newRow(qPrintable(QString("%1 %2").arg(key, name))) << QString(key) << QString(name) << expected;
+        QTest::newRow(qPrintable(QString("%1 %2").arg(key, name)))
+            << QString(key) << QString(name) << expected;
     };
     row("A\\B", "Text", "words");
     row("a\\b", "TEXT", "words");
@@ -317,7 +352,8 @@ void TestShell::registry_ofThisSystem_leadsToTheFirstInstalledTool()
     QCOMPARE(zib::SystemRegistry().value(key, "PATH"), std::optional(second));
     const QString first = program("hardinfo");
     QCOMPARE(zib::SystemRegistry().value(key, "PATH"), std::optional(first));
-    QCOMPARE(zib::SystemRegistry().value("SOFTWARE\\Microsoft\\Shared Tools Location", "MSINFO"), std::nullopt);
+    QCOMPARE(zib::SystemRegistry().value("SOFTWARE\\Microsoft\\Shared Tools Location", "MSINFO"),
+             std::nullopt);
 }
 
 int main(int argc, char* argv[])

@@ -131,8 +131,8 @@ const QByteArray kOther = "[Wave]\nWAV Frequency=22050\nWAV Channels=1\nWAV Bits
                           "[Misc]\nCache Files Locally=False\nTest Mode=True\nBuffer Protection=True\n"
                           "Explore After Converting=False\nExplore After Ripping=False\n";
 
-const QStringList kChecks{"chkToolbar", "chk3D",     "chkFlat",    "chkTextTB",     "chkTipsTB",
-                          "chkStatusbar", "chkTipDay", "chkSplash", "chkGridLines",  "chkCacheFiles",
+const QStringList kChecks{"chkToolbar",   "chk3D",           "chkFlat",    "chkTextTB",    "chkTipsTB",
+                          "chkStatusbar", "chkTipDay",       "chkSplash",  "chkGridLines", "chkCacheFiles",
                           "chkTestWrite", "chkUseBurnProof", "chkConvert", "chkRip"};
 
 QString checks(Desk& desk)
@@ -192,7 +192,8 @@ void TestFrmOptions::load_always_opensOnTheFirstTabInTheMiddleOfTheScreen()
     Desk desk;
     QCOMPARE(desk.tabs()->currentIndex(), 0);
     QCOMPARE(desk.tabs()->tabText(0), QString("&Wave"));
-    const QPoint off = desk.window().geometry().center() - desk.window().screen()->availableGeometry().center();
+    const QPoint off =
+        desk.window().geometry().center() - desk.window().screen()->availableGeometry().center();
     QVERIFY2(off.manhattanLength() < 60, qPrintable(QString("%1 %2").arg(off.x()).arg(off.y())));
 }
 
@@ -399,10 +400,14 @@ void TestFrmOptions::folder_whenChosen_replacesTheText_data()
 {
     QTest::addColumn<QString>("button");
     QTest::addColumn<QString>("box");
-    QTest::newRow("wav in") << "cmdWAVInput" << "txtWAVIn";
-    QTest::newRow("wav out") << "cmdWAVOutput" << "txtWAVOut";
-    QTest::newRow("mp3 in") << "cmdMP3Input" << "txtMP3In";
-    QTest::newRow("temporary") << "cmdTemp" << "txtTemp";
+    QTest::newRow("wav in") << "cmdWAVInput"
+                            << "txtWAVIn";
+    QTest::newRow("wav out") << "cmdWAVOutput"
+                             << "txtWAVOut";
+    QTest::newRow("mp3 in") << "cmdMP3Input"
+                            << "txtMP3In";
+    QTest::newRow("temporary") << "cmdTemp"
+                               << "txtTemp";
 }
 
 void TestFrmOptions::folder_whenChosen_replacesTheText()
@@ -484,7 +489,8 @@ void TestFrmOptions::apply_onAFileWithOtherContents_keepsThem()
     Desk desk("; mine\n[Other]\nx=1\n\n[View]\n; yours\nShow Statusbar=True\nForeign=2\n");
     desk.click("chkStatusbar");
     desk.click("cmdApply");
-    QVERIFY(desk.content().startsWith("; mine\n[Other]\nx=1\n\n[View]\n; yours\nShow Statusbar=False\nForeign=2\n"));
+    QVERIFY(desk.content().startsWith(
+        "; mine\n[Other]\nx=1\n\n[View]\n; yours\nShow Statusbar=False\nForeign=2\n"));
 }
 
 void TestFrmOptions::apply_onAReadOnlyFile_changesNeitherFileNorRecord()
@@ -503,8 +509,8 @@ void TestFrmOptions::apply_isOneReplacementOfTheFile()
 {
     struct Counting final : zib::IniService
     {
-        QByteArray GetPrivateProfileStringA(const QByteArray&, const QByteArray&, const QByteArray& fallback, int,
-                                            const QString&) override
+        QByteArray GetPrivateProfileStringA(const QByteArray&, const QByteArray&, const QByteArray& fallback,
+                                            int, const QString&) override
         {
             return fallback;
         }
@@ -530,9 +536,9 @@ void TestFrmOptions::apply_isOneReplacementOfTheFile()
     window.findChild<QPushButton*>("cmdApply")->click();
     QCOMPARE(ini.calls, 1);
     QCOMPARE(ini.keys.size(), 23);
-    QCOMPARE(ini.keys.mid(0, 7), (QByteArrayList{"Wave/WAV Frequency", "Wave/WAV Channels", "Wave/WAV Bits",
-                                                 "Folders/WAV Input", "Folders/MP3 Input", "Folders/WAV Output",
-                                                 "Folders/Temporary"}));
+    QCOMPARE(ini.keys.mid(0, 7),
+             (QByteArrayList{"Wave/WAV Frequency", "Wave/WAV Channels", "Wave/WAV Bits", "Folders/WAV Input",
+                             "Folders/MP3 Input", "Folders/WAV Output", "Folders/Temporary"}));
     QCOMPARE(ini.keys.last(), QByteArray("Misc/Explore After Ripping"));
 }
 

@@ -166,7 +166,8 @@ void TestOptionsFunc::load_ofAnInteger_takesWhatFits_data()
     QTest::addColumn<int>("number");
     QTest::addColumn<bool>("told");
     const auto row = [](const char* key, const char* value, int number, bool told) {
-        QTest::newRow(qPrintable(QString("%1=%2").arg(key, value))) << QByteArray(key) << QByteArray(value) << number << told;
+        QTest::newRow(qPrintable(QString("%1=%2").arg(key, value)))
+            << QByteArray(key) << QByteArray(value) << number << told;
     };
     row("WAV Frequency", "22050", 22050, false);
     row("WAV Frequency", "-1", -1, false);
@@ -202,9 +203,9 @@ void TestOptionsFunc::load_ofAnInteger_takesWhatFits()
     const QByteArray text = "[Wave]\n" + key + "=" + value + "\n";
     desk.write(text);
     OptionsFunc::LoadSettings();
-    const int read = key == "WAV Frequency" ? gOptions.WAVFrequency
-        : key == "WAV Channels"             ? gOptions.WAVChannels
-                                            : gOptions.WAVBits;
+    const int read = key == "WAV Frequency"  ? gOptions.WAVFrequency
+                     : key == "WAV Channels" ? gOptions.WAVChannels
+                                             : gOptions.WAVBits;
     QCOMPARE(read, number);
     QCOMPARE(desk.fakes.messages.shown.size(), told ? 1 : 0);
     QCOMPARE(desk.content(), text);
@@ -256,8 +257,8 @@ void TestOptionsFunc::load_ofAFolder_padsAndCutsAt1024()
 {
     Desk desk;
     const QByteArray longest(1024, 'x');
-    desk.write("[Folders]\nWAV Input=   C:\\Music   \nMP3 Input=" + longest + "yz\nWAV Output=" + longest
-               + "\nTemporary=\n");
+    desk.write("[Folders]\nWAV Input=   C:\\Music   \nMP3 Input=" + longest + "yz\nWAV Output=" + longest +
+               "\nTemporary=\n");
     OptionsFunc::LoadSettings();
     QCOMPARE(gOptions.WAVInput, padded("C:\\Music"));
     QCOMPARE(gOptions.WAVInput.trimmed(), QString("C:\\Music"));
@@ -283,8 +284,8 @@ void TestOptionsFunc::load_ofSeveralBadValues_tellsThemInOneBox()
     QCOMPARE(desk.fakes.messages.shown,
              QStringList{"c: These settings cannot be read, so their defaults are used:\n\n"
                          "[Wave] WAV Frequency = \"abc\"\n[View] Show ToolBar = \"yes\"\n\n"
-                         "They stand in the file\n"
-                         + gSettingsFile});
+                         "They stand in the file\n" +
+                         gSettingsFile});
     QCOMPARE(gOptions.WAVFrequency, 44100);
     QCOMPARE(gOptions.ShowToolBar, true);
     QCOMPARE(gOptions.ShowStatusbar, false);
@@ -322,19 +323,29 @@ void TestOptionsFunc::load_readsInTheOrderOfTheFile()
     zib::setSettingsFile("/opt/zib/settings.ini");
     zib::setApplicationFolder("/opt/zib");
     OptionsFunc::LoadSettings();
-    const QStringList expected{
-        "Wave/WAV Frequency=44100",      "Wave/WAV Channels=2",
-        "Wave/WAV Bits=16",              "View/Show ToolBar=True",
-        "View/Toolbar Style 3D=False",   "View/Toolbar Style Flat=True",
-        "View/Show Text On Toolbar=True", "View/Show Tips On Toolbar=True",
-        "View/Show Statusbar=True",      "View/Show Tips Of Day=True",
-        "View/Show Splash Screen=True",  "View/Show Grid Lines=True",
-        "View/Grid Back Color=16777215", "View/Grid Text Color=0",
-        "Folders/WAV Input=/opt/zib",    "Folders/MP3 Input=/opt/zib",
-        "Folders/WAV Output=/opt/zib/WAV", "Folders/Temporary=/opt/zib/Temp",
-        "Misc/Buffer Protection=False",  "Misc/Cache Files Locally=True",
-        "Misc/Explore After Converting=True", "Misc/Explore After Ripping=True",
-        "Misc/Test Mode=False"};
+    const QStringList expected{"Wave/WAV Frequency=44100",
+                               "Wave/WAV Channels=2",
+                               "Wave/WAV Bits=16",
+                               "View/Show ToolBar=True",
+                               "View/Toolbar Style 3D=False",
+                               "View/Toolbar Style Flat=True",
+                               "View/Show Text On Toolbar=True",
+                               "View/Show Tips On Toolbar=True",
+                               "View/Show Statusbar=True",
+                               "View/Show Tips Of Day=True",
+                               "View/Show Splash Screen=True",
+                               "View/Show Grid Lines=True",
+                               "View/Grid Back Color=16777215",
+                               "View/Grid Text Color=0",
+                               "Folders/WAV Input=/opt/zib",
+                               "Folders/MP3 Input=/opt/zib",
+                               "Folders/WAV Output=/opt/zib/WAV",
+                               "Folders/Temporary=/opt/zib/Temp",
+                               "Misc/Buffer Protection=False",
+                               "Misc/Cache Files Locally=True",
+                               "Misc/Explore After Converting=True",
+                               "Misc/Explore After Ripping=True",
+                               "Misc/Test Mode=False"};
     QCOMPARE(ini.asked, expected);
     QCOMPARE(ini.writes, 0);
 }
