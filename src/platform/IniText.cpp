@@ -36,11 +36,19 @@ std::optional<QString> decoded(const QByteArray& utf8)
     return text;
 }
 
+bool isAscii(const QByteArray& text)
+{
+    return std::all_of(text.begin(), text.end(),
+                       [](char letter) { return static_cast<uchar>(letter) < 0x80; });
+}
+
 /// Names compare without case; names that are not UTF-8 only without the case of ASCII letters.
 bool sameName(const QByteArray& one, const QByteArray& other)
 {
     if (one.compare(other, Qt::CaseInsensitive) == 0)
         return true;
+    if (isAscii(one) || isAscii(other))
+        return false;
     const auto left = decoded(one);
     const auto right = decoded(other);
     return left && right && left->compare(*right, Qt::CaseInsensitive) == 0;
