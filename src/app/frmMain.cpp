@@ -121,6 +121,7 @@ void frmMain::setUpControls()
     ui->ListView1->setModel(&m_list);
     for (int column = 0; column < CompilationModel::ColumnCount; ++column)
         ui->ListView1->setColumnWidth(column, zib::wholePixels(kColumnTwips.at(static_cast<size_t>(column))));
+    ui->ListView1->horizontalHeader()->setSectionsClickable(false);
     ui->ListView1->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
 
     const std::array<QLabel*, 6> panels{ui->StatusBar1_1, ui->StatusBar1_2, ui->StatusBar1_3,
@@ -370,7 +371,7 @@ void frmMain::AddOneFileToList(const QString& path)
     row.title = m_AInfo->title();
     row.artist = m_AInfo->artist();
     row.time = GeneralAPI::FormatDuration(m_AInfo->durationMs());
-    row.fileSize = zib::fileSizeText(QFileInfo(path).size());
+    row.fileSize = zib::fileSizeText(m_AInfo->fileBytes().value_or(QFileInfo(path).size()));
     row.location = GeneralAPI::GetFolderOfPath(path);
     m_list.append(row);
 }
@@ -432,12 +433,15 @@ void frmMain::dropEvent(QDropEvent* event)
     event->acceptProposedAction();
     // The program that hands out the files waits for the drop to end, so they are added behind it.
     QMetaObject::invokeMethod(
-        this,
-        [this, paths] {
-            addFiles(paths);
-            RefreshTotals();
-        },
-        Qt::QueuedConnection);
+        this, [this, paths] { addDropped(paths); }, Qt::QueuedConnection);
+}
+
+void frmMain::addDropped(const QStringList& paths)
+{
+    if (m_adding)
+        return;
+    addFiles(paths);
+    RefreshTotals();
 }
 
 // The list

@@ -91,6 +91,7 @@ private:
     void RefreshTotals();
     bool IsFileInList(const QString& path) const;
     void addFiles(const QStringList& paths);
+    void addDropped(const QStringList& paths);
     void letWindowLive(qsizetype done, qsizetype all);
     void run(Handler command);
     bool refuseEmptyList(const QString& text);

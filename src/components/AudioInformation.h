@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QString>
 
+#include <optional>
+
 /// Looks into audio files: what they are, how long they last, what their tags say.
 ///
 /// Calls are answered on the calling thread, from the file's headers; nothing of the sound is decoded.
@@ -34,6 +36,8 @@ public:
     virtual QString artist() const = 0;
     /// Playing time in milliseconds, truncated, equal to what decoding the file gives.
     virtual qint32 durationMs() const = 0;
+    /// Size of the opened file; nothing when the component does not know better than the file system.
+    virtual std::optional<qint64> fileBytes() const { return std::nullopt; }
     virtual int sampleRate() const = 0; ///< Hz.
     virtual int channels() const = 0;
     /// Bits of a sample as stored; 16 for MP3. Integer PCM only is told by isPcm().

@@ -86,6 +86,7 @@ private slots:
         real.desk.add({path});
         QCOMPARE(real.desk.desk.messages.shown, QStringList());
         QCOMPARE(real.desk.column(4), QStringList{"00:01:00"});
+        QCOMPARE(real.desk.column(5), QStringList{"173 KB"});
         QCOMPARE(::unlink(raw.constData()), 0);
     }
     void add_aWavWhoseSizesLie_countsWhatIsThere_data()

@@ -21,8 +21,10 @@ bool AudioInformationEngine::open(const QString& path)
     const auto facts = look(file);
     m_facts = facts.value_or(Facts{});
     m_main = m_old = {};
+    m_bytes.reset();
     if (!facts)
         return false;
+    m_bytes = file->size();
     if (m_facts.wav) {
         m_main = readWavTag(*file, *m_facts.wav);
     } else {

@@ -21,6 +21,7 @@ public:
     QString tagTitle(TagKind kind) const override;
     QString artist() const override;
     qint32 durationMs() const override { return m_facts.durationMs; }
+    std::optional<qint64> fileBytes() const override { return m_bytes; }
     int sampleRate() const override { return m_facts.rateHz; }
     int channels() const override { return m_facts.channels; }
     int bitsPerSample() const override { return m_facts.bits; }
@@ -46,6 +47,7 @@ private:
     std::optional<Facts> look(const std::shared_ptr<const SourceFile>& file);
 
     Facts m_facts;
+    std::optional<qint64> m_bytes;
     Tag m_main;
     Tag m_old;
     std::optional<Seen> m_seen;
