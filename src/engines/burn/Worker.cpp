@@ -1,39 +1,29 @@
 #include "engines/burn/Worker.h"
 
-#include <QMetaObject>
+#include <QEvent>
 
 #include <condition_variable>
 #include <deque>
-#include <mutex>
 #include <thread>
 #include <utility>
 
 namespace zib {
 
-struct Mailbox::Gate
-{
-    std::mutex mutex;
-    QObject* owner = nullptr;
-};
+Bell::Bell() : m_sleeper(std::make_unique<QObject>()) {}
 
-Mailbox::Mailbox(QObject* owner) : m_gate(std::make_shared<Gate>())
+Bell::~Bell() = default;
+
+void Bell::ring()
 {
-    m_gate->owner = owner;
+    const std::lock_guard lock(m_mutex);
+    if (m_sleeper)
+        QCoreApplication::postEvent(m_sleeper.get(), new QEvent(QEvent::User));
 }
 
-Mailbox::~Mailbox() = default;
-
-void Mailbox::post(std::function<void()> message)
+void Bell::close()
 {
-    const std::lock_guard lock(m_gate->mutex);
-    if (m_gate->owner)
-        QMetaObject::invokeMethod(m_gate->owner, std::move(message), Qt::QueuedConnection);
-}
-
-void Mailbox::close()
-{
-    const std::lock_guard lock(m_gate->mutex);
-    m_gate->owner = nullptr;
+    const std::lock_guard lock(m_mutex);
+    m_sleeper.reset();
 }
 
 struct Worker::Queue
@@ -73,9 +63,10 @@ Worker::Worker() : m_queue(std::make_shared<Queue>())
 
 Worker::~Worker()
 {
+    std::deque<std::function<void()>> dropped; // destroyed without the lock
     std::unique_lock lock(m_queue->mutex);
     m_queue->closing = true;
-    m_queue->tasks.clear();
+    dropped.swap(m_queue->tasks);
     m_queue->changed.notify_all();
     m_queue->changed.wait_for(lock, kPatience, [this] { return m_queue->ended; });
 }

@@ -9,26 +9,27 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 namespace zib {
 
-/// A way back to an object's thread that stays safe when the object is gone: what is posted then is dropped.
-/// Any thread.
-class Mailbox
+/// Wakes the event loop of the thread that made it. Rung after it was closed, it does nothing.
+class Bell
 {
 public:
-    explicit Mailbox(QObject* owner);
-    ~Mailbox();
-    Q_DISABLE_COPY_MOVE(Mailbox)
+    Bell();
+    ~Bell();
+    Q_DISABLE_COPY_MOVE(Bell)
 
-    void post(std::function<void()> message);
-    /// The owner leaves; called on its thread.
+    /// Any thread.
+    void ring();
+    /// On the thread that made it, before it goes.
     void close();
 
 private:
-    struct Gate;
-    std::shared_ptr<Gate> m_gate;
+    std::mutex m_mutex;
+    std::unique_ptr<QObject> m_sleeper;
 };
 
 /// One thread that does one thing after the other. What hangs in it beyond all bounds is left behind rather
@@ -53,18 +54,17 @@ public:
     {
         const auto answer = std::make_shared<std::optional<Answer>>();
         const auto done = std::make_shared<std::atomic<bool>>(false);
-        QObject sleeper;
-        const auto waker = std::make_shared<Mailbox>(&sleeper);
+        const auto bell = std::make_shared<Bell>();
         const QPointer<QObject> guard(owner);
         post([=] {
             *answer = question();
             done->store(true);
-            waker->post([] {});
+            bell->ring();
         });
         while (guard && !done->load())
             QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
                                             QEventLoop::WaitForMoreEvents);
-        waker->close();
+        bell->close();
         if (!guard || !done->load())
             return std::nullopt;
         return std::move(*answer);
