@@ -137,6 +137,8 @@ void Mp3Reader::takeFrame(std::span<const uchar> samples)
 
 AudioBlock Mp3Reader::taken(qint64 frames)
 {
+    if (frames == 0)
+        return {};
     const char* from = m_ready.constData() + m_readyAt;
     const qsizetype samples = frames * m_layout.channels;
     m_readyAt += frames * m_decoder.frameBytes();
