@@ -8,6 +8,7 @@
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "common/Messages.h"
+#include "common/NativeName.h"
 #include "common/Numbers.h"
 #include "common/WaitPointer.h"
 #include "common/Windows.h"
@@ -280,7 +281,7 @@ void frmWrite::ListWriteSpeeds()
 void frmWrite::AddTracks()
 {
     for (const QString& path : m_trackFiles) {
-        const bool there = QFileInfo::exists(path) && !IsFolder(path);
+        const bool there = zib::pathExists(path) && !IsFolder(path);
         if (!there || !m_writer->addAudioTrack(path))
             m_services.messages.information(this, WriteTexts::kNotWritten + path);
     }

@@ -18,6 +18,7 @@
 #include <cdio/disc.h>
 
 #include <csignal>
+#include <cstdio>
 #include <functional>
 
 #include <sys/resource.h>
@@ -163,6 +164,8 @@ private slots:
     void aTempThatCannotBeMade_isToldAndNothingIsClaimed();
     void namesInAnyLetters_surviveTheRoad_data();
     void namesInAnyLetters_surviveTheRoad();
+    void aNameThatIsNoUnicode_survivesTheRoad_data();
+    void aNameThatIsNoUnicode_survivesTheRoad();
     void onlyBadFiles_writeNothing();
     void cancel_inTheMiddle_leavesNothing();
     void closingTheWindow_inTheMiddle_leavesNothing();
@@ -399,6 +402,34 @@ void TestMainJob::namesInAnyLetters_surviveTheRoad()
     QVERIFY(road.write());
     QCOMPARE(road.desk.messages.shown, QStringList{"i: Writing is completed."});
     QVERIFY(road.readBack().value(0) == onDisc(road.tracks[0]));
+}
+
+void TestMainJob::aNameThatIsNoUnicode_survivesTheRoad_data()
+{
+    QTest::addColumn<bool>("cdFormat");
+    QTest::newRow("taken as it is") << true;
+    QTest::newRow("converted") << false;
+}
+
+void TestMainJob::aNameThatIsNoUnicode_survivesTheRoad()
+{
+    QFETCH(bool, cdFormat);
+    Road road;
+    const QByteArray samples = sound(400 * 588);
+    const QByteArray wav =
+        cdFormat ? cdWav(samples) : riff(formatChunk(1, 2, 22050) + chunk("data", samples));
+    const QString plain = put(road.file("plain.wav"), wav);
+    const QByteArray odd = QFile::encodeName(road.folder.path()) + "/Gr\xf6\xdf"
+                                                                   "e.wav";
+    QCOMPARE(std::rename(qPrintable(plain), odd.constData()), 0);
+    road.add(QFile::decodeName("Gr\xf6\xdf"
+                               "e.wav"));
+    QVERIFY(road.prepare());
+    QVERIFY(road.write());
+    QCOMPARE(road.desk.messages.shown, QStringList{"i: Writing is completed."});
+    QCOMPARE(road.readBack().size(), 1);
+    if (cdFormat)
+        QVERIFY(road.readBack().value(0) == samples);
 }
 
 void TestMainJob::onlyBadFiles_writeNothing()

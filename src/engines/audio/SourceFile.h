@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/NativeName.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -50,12 +52,6 @@ private:
     int m_descriptor;
     Stamp m_stamp;
 };
-
-/// The bytes by which the system knows @p path.
-///
-/// A name that is not valid UTF-8 reaches us with replacement characters; the folder is then searched for the
-/// one entry that reads like it.
-QByteArray nativeName(const QString& path);
 
 /// A moving window onto a range of a file: cheap for many small looks that mostly go forward.
 class FileWindow

@@ -1,6 +1,7 @@
 #include "engines/burn/TrackSource.h"
 
-#include <QFile>
+#include "common/NativeName.h"
+
 #include <QtEndian>
 
 #include <algorithm>
@@ -43,7 +44,7 @@ FileStamp stampOf(const struct stat& s)
 /// @returns the descriptor, or -1.
 int openToRead(const QString& path)
 {
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = nativeName(path);
     struct stat s
     {
     };
@@ -233,7 +234,7 @@ Outcome<BurnTrack> findTrack(const QString& path)
 {
     const Input file(path);
     if (file.fd < 0)
-        return QFile::exists(path) ? unreadableFile(path) : Failure{Failure::Kind::NotFound, path};
+        return pathExists(path) ? unreadableFile(path) : Failure{Failure::Kind::NotFound, path};
     WavWalk walk(file);
     if (!walk.run())
         return unreadableFile(path);
