@@ -2,7 +2,7 @@
 
 #include "components/DVDWriterPro.h"
 #include "engines/burn/Recorder.h"
-#include "engines/burn/Worker.h"
+#include "common/Worker.h"
 
 #include <QElapsedTimer>
 #include <QTimer>

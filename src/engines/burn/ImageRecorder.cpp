@@ -1,7 +1,7 @@
 #include "engines/burn/ImageRecorder.h"
 
 #include "engines/burn/CueSheet.h"
-#include "engines/burn/StagedFile.h"
+#include "common/StagedFile.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -89,7 +89,7 @@ Outcome<> ImageRun::begin()
         return {};
     if (!QDir().mkpath(m_folder))
         return Failure{Failure::Kind::WriteFailed, m_folder};
-    StagedFile::removeLeftOvers(m_folder);
+    StagedFile::removeLeftOvers(m_folder, QStringLiteral("Disc *"));
     m_stem = freeStem(m_folder);
     if (auto created = m_bin.create(m_folder, m_stem + QStringLiteral(".bin")); !created)
         return created;

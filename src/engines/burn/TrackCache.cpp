@@ -1,6 +1,6 @@
 #include "engines/burn/TrackCache.h"
 
-#include "engines/burn/StagedFile.h"
+#include "common/StagedFile.h"
 
 #include <QCoreApplication>
 #include <QDir>

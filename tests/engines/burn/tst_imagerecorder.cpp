@@ -2,7 +2,7 @@
 
 #include "engines/burn/CueSheet.h"
 #include "engines/burn/ImageRecorder.h"
-#include "engines/burn/StagedFile.h"
+#include "common/StagedFile.h"
 
 #include <QDir>
 #include <QFileInfo>

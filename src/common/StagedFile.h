@@ -26,6 +26,9 @@ public:
     Outcome<> flush();
     /// Gives the file its name, never in place of another file.
     Outcome<> keep();
+    /// Gives the file its name, in place of a file that may bear it; that one keeps its whole content until
+    /// then.
+    Outcome<> keepReplacing();
     /// Takes the name away for good: the file can be opened by currentPath for as long as this object lives,
     /// and nothing of it is left after that, not even when the program is killed.
     void makeNameless();
@@ -35,10 +38,14 @@ public:
     void remove();
 
     /// Removes hidden files in @p folder that nobody is writing any more.
-    static void removeLeftOvers(const QString& folder);
+    /// @param names a wildcard for the final names.
+    static void removeLeftOvers(const QString& folder, const QString& names);
+    /// The same for the one file that would get the final name @p name.
+    static void removeLeftOver(const QString& folder, const QString& name);
 
 private:
     Failure storageFailure() const;
+    Outcome<> named(bool renamed);
     void close();
 
     QString m_folder;

@@ -1,4 +1,4 @@
-#include "engines/burn/Worker.h"
+#include "common/Worker.h"
 
 #include <QEvent>
 

@@ -1,7 +1,8 @@
-#include "engines/burn/StagedFile.h"
+#include "common/StagedFile.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <cstdio>
@@ -49,6 +50,17 @@ bool renameToFree(const QString& from, const QString& to)
     {
     };
     return ::lstat(target.constData(), &s) != 0 && ::rename(source.constData(), target.constData()) == 0;
+}
+
+/// Nobody holds the lock of a file whose writer was killed.
+void removeUnlessLocked(const QString& path)
+{
+    const int fd = ::open(nativeName(path).constData(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0)
+        return;
+    if (::flock(fd, LOCK_EX | LOCK_NB) == 0)
+        QFile::remove(path);
+    ::close(fd);
 }
 
 } // namespace
@@ -123,7 +135,17 @@ Outcome<> StagedFile::flush()
 
 Outcome<> StagedFile::keep()
 {
-    if (!renameToFree(m_hiddenPath, m_path))
+    return named(renameToFree(m_hiddenPath, m_path));
+}
+
+Outcome<> StagedFile::keepReplacing()
+{
+    return named(::rename(nativeName(m_hiddenPath).constData(), nativeName(m_path).constData()) == 0);
+}
+
+Outcome<> StagedFile::named(bool renamed)
+{
+    if (!renamed)
         return storageFailure();
     m_kept = true;
     flushFolder(m_folder);
@@ -151,19 +173,20 @@ void StagedFile::remove()
     close();
 }
 
-void StagedFile::removeLeftOvers(const QString& folder)
+void StagedFile::removeLeftOvers(const QString& folder, const QString& names)
 {
-    const QStringList pattern{kHiddenPrefix + QStringLiteral("Disc *") + kHiddenSuffix};
+    const QStringList pattern{kHiddenPrefix + names + kHiddenSuffix};
     for (const QString& name :
-         QDir(folder).entryList(pattern, QDir::Files | QDir::Hidden | QDir::NoSymLinks)) {
-        const QString path = QDir(folder).filePath(name);
-        const int fd = ::open(nativeName(path).constData(), O_RDWR | O_CLOEXEC);
-        if (fd < 0)
-            continue;
-        if (::flock(fd, LOCK_EX | LOCK_NB) == 0)
-            QFile::remove(path);
-        ::close(fd);
-    }
+         QDir(folder).entryList(pattern, QDir::Files | QDir::Hidden | QDir::NoSymLinks))
+        removeUnlessLocked(QDir(folder).filePath(name));
+}
+
+void StagedFile::removeLeftOver(const QString& folder, const QString& name)
+{
+    const QString path = QDir(folder).filePath(kHiddenPrefix + name + kHiddenSuffix);
+    const QFileInfo found(path);
+    if (found.isFile() && !found.isSymLink())
+        removeUnlessLocked(path);
 }
 
 } // namespace zib

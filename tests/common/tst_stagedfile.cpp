@@ -1,0 +1,97 @@
+#include "common/StagedFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using zib::StagedFile;
+
+namespace {
+
+QByteArray content(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("missing");
+}
+
+void put(const QString& path, const QByteArray& text)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(text);
+}
+
+QStringList entries(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
+} // namespace
+
+class TestStagedFile : public QObject
+{
+    Q_OBJECT
+private slots:
+    void keep_whenTheNameIsTaken_leavesTheOtherFile()
+    {
+        QTemporaryDir folder;
+        StagedFile file;
+        QVERIFY(bool(file.create(folder.path(), "Track1.wav")));
+        QVERIFY(bool(file.write("new", 3)));
+        put(folder.filePath("Track1.wav"), "old");
+        QVERIFY(!file.keep());
+        QCOMPARE(content(folder.filePath("Track1.wav")), QByteArray("old"));
+    }
+
+    void keepReplacing_whenTheNameIsTaken_takesItsPlace()
+    {
+        QTemporaryDir folder;
+        put(folder.filePath("Track1.wav"), "old");
+        StagedFile file;
+        QVERIFY(bool(file.create(folder.path(), "Track1.wav")));
+        QVERIFY(bool(file.write("new", 3)));
+        QCOMPARE(content(folder.filePath("Track1.wav")), QByteArray("old"));
+        QVERIFY(bool(file.keepReplacing()));
+        QCOMPARE(content(folder.filePath("Track1.wav")), QByteArray("new"));
+        QCOMPARE(entries(folder.path()), QStringList("Track1.wav"));
+    }
+
+    void keepReplacing_ofAFolder_failsAndLeavesNothing()
+    {
+        QTemporaryDir folder;
+        QVERIFY(QDir(folder.path()).mkdir("Track1.wav"));
+        {
+            StagedFile file;
+            QVERIFY(bool(file.create(folder.path(), "Track1.wav")));
+            QVERIFY(!file.keepReplacing());
+        }
+        QCOMPARE(entries(folder.path()), QStringList("Track1.wav"));
+    }
+
+    void dropped_withoutKeep_leavesNothing()
+    {
+        QTemporaryDir folder;
+        {
+            StagedFile file;
+            QVERIFY(bool(file.create(folder.path(), "Track1.wav")));
+            QVERIFY(bool(file.write("new", 3)));
+        }
+        QCOMPARE(entries(folder.path()), QStringList());
+    }
+
+    void leftOver_ofAKilledRun_isRemoved_butNotOneBeingWritten()
+    {
+        QTemporaryDir folder;
+        put(folder.filePath(".Track[1].wav.part"), "dead");
+        StagedFile alive;
+        QVERIFY(bool(alive.create(folder.path(), "Track2.wav")));
+        StagedFile::removeLeftOver(folder.path(), "Track[1].wav");
+        StagedFile::removeLeftOver(folder.path(), "Track2.wav");
+        StagedFile::removeLeftOver(folder.path(), "Track3.wav");
+        QCOMPARE(entries(folder.path()), QStringList(".Track2.wav.part"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStagedFile)
+#include "tst_stagedfile.moc"
