@@ -65,10 +65,11 @@ void Mp3Decoder::start(const Mp3Run& run, const Mp3Entry& entry)
     m_reservoir = 0;
 }
 
-// The reservoir is full again, whatever the bit rate, and filters have run through.
+// The reservoir is full again at the lowest bit rate (58 bytes a frame of 511, or 3 of 255), and the filters,
+// which reach back one frame, have run through.
 qint64 Mp3Decoder::settlingFrames(const Mp3Run& run)
 {
-    return run.head.lowRate ? 96 : 48;
+    return run.head.lowRate ? 96 : 16;
 }
 
 void Mp3Decoder::begin(const Mp3Run& run, qint64 offset)

@@ -9,7 +9,7 @@ namespace zib {
 
 namespace {
 
-constexpr qint64 kMemoryBytes = 14 * 1024 * 1024; // of all segments together
+constexpr qint64 kMemoryBytes = 12 * 1024 * 1024; // of all segments together
 constexpr qint64 kFewestFrames = 300;             // of a segment that is worth its lead
 
 size_t segmentsInMemory(int workers)
@@ -32,18 +32,17 @@ AudioBlock part(const QList<Sample>& samples, qsizetype from, qsizetype count)
 
 // Decodes the next frames into one block; it is shorter when the file gives no more.
 template <typename Sample>
-AudioBlock decodeBlock(Mp3Decoder& decoder, qint64 frames)
+AudioBlock decodeBlock(Mp3Decoder& decoder, qint64 frames, qint64 samplesPerFrame)
 {
-    QList<Sample> samples;
-    for (qint64 i = 0; i < frames; ++i) {
+    QList<Sample> samples(frames * samplesPerFrame);
+    Sample* to = samples.data();
+    for (qint64 i = 0; i < frames; ++i, to += samplesPerFrame) {
         const auto decoded = decoder.next();
-        const auto count = static_cast<qsizetype>(decoded.size() / sizeof(Sample));
-        if (count == 0)
+        if (decoded.empty()) {
+            samples.resize(i * samplesPerFrame);
             break;
-        if (i == 0)
-            samples.reserve(count * frames);
-        const auto* from = reinterpret_cast<const Sample*>(decoded.data());
-        samples.append(QList<Sample>(from, from + count));
+        }
+        std::memcpy(to, decoded.data(), decoded.size());
     }
     return AudioBlock(std::move(samples));
 }
@@ -149,26 +148,27 @@ ParallelMp3Reader::Segment* ParallelMp3Reader::take()
     return &m_segments[m_taken++];
 }
 
+// Cuts a segment into blocks of one length, as near to the wanted one as may be.
 void ParallelMp3Reader::decode(Mp3Decoder& decoder, Segment& segment, qint64 blockFrames)
 {
-    const int samples = m_layout.runs.first().head.samples();
-    const qint64 perBlock = std::max<qint64>(1, blockFrames / samples);
-    decoder.start(m_layout.runs.first(), segment.entry);
+    const Mp3Run& run = m_layout.runs.first();
+    const qint64 perFrame = qint64{run.head.samples()} * m_layout.channels;
+    const qint64 most = std::max<qint64>(1, blockFrames / run.head.samples());
+    const qint64 blocks = (segment.frames + most - 1) / most;
+    const qint64 perBlock = (segment.frames + blocks - 1) / blocks;
+    decoder.start(run, segment.entry);
     for (qint64 frame = segment.entry.frame; frame < segment.first && !m_isStopped; ++frame)
         decoder.next();
-    for (qint64 done = 0; done < segment.frames && !m_isStopped;) {
+    for (qint64 done = 0; done < segment.frames && !m_isStopped && !m_failed; done += perBlock) {
         const qint64 count = std::min(perBlock, segment.frames - done);
-        AudioBlock block = m_kind == SampleKind::Narrow ? decodeBlock<qint16>(decoder, count)
-                                                        : decodeBlock<float>(decoder, count);
-        const bool isShort = block.sampleCount() < count * samples * m_layout.channels;
-        done += count;
+        AudioBlock block = m_kind == SampleKind::Narrow ? decodeBlock<qint16>(decoder, count, perFrame)
+                                                        : decodeBlock<float>(decoder, count, perFrame);
+        const bool isShort = block.sampleCount() < count * perFrame;
         const std::lock_guard lock(m_mutex);
         m_failed = m_failed || isShort;
+        segment.isDone = done + count >= segment.frames || isShort;
         segment.blocks.push_back(std::move(block));
-        segment.isDone = done >= segment.frames || isShort;
         m_changed.notify_all();
-        if (isShort)
-            return;
     }
 }
 

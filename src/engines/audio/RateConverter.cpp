@@ -3,33 +3,64 @@
 #include <soxr.h>
 
 #include <algorithm>
+#include <future>
 
 namespace zib {
 
-void RateConverter::Deleter::operator()(soxr* converter) const
-{
-    soxr_delete(converter);
-}
+namespace {
 
-RateConverter::RateConverter(int fromHz, int toHz, int channels)
-    : m_fromHz(fromHz), m_toHz(toHz), m_channels(channels)
+constexpr size_t kFewFrames = 2048; // not worth another thread
+
+std::unique_ptr<soxr, void (*)(soxr*)> made(int fromHz, int toHz)
 {
     const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
     const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
     const soxr_runtime_spec_t runtime = soxr_runtime_spec(1);
     soxr_error_t error = nullptr;
-    m_converter.reset(
-        soxr_create(fromHz, toHz, static_cast<unsigned>(channels), &error, &io, &quality, &runtime));
-    m_failed = error != nullptr || !m_converter;
+    return {soxr_create(fromHz, toHz, 1, &error, &io, &quality, &runtime), &soxr_delete};
+}
+
+// Strides known to the compiler make loops of vectors.
+void takeApart(const float* from, size_t stride, std::span<float> to)
+{
+    if (stride == 1)
+        std::copy_n(from, to.size(), to.data());
+    else
+        for (size_t i = 0; i < to.size(); ++i)
+            to[i] = from[2 * i];
+}
+
+void putTogether(std::span<const float> from, size_t stride, float* to)
+{
+    if (stride == 1)
+        std::copy_n(from.data(), from.size(), to);
+    else
+        for (size_t i = 0; i < from.size(); ++i)
+            to[2 * i] = from[i];
+}
+
+} // namespace
+
+void RateConverter::Channel::Deleter::operator()(soxr* converter) const
+{
+    soxr_delete(converter);
+}
+
+RateConverter::RateConverter(int fromHz, int toHz, int channels)
+    : m_fromHz(fromHz), m_toHz(toHz), m_channels(static_cast<size_t>(channels))
+{
+    for (Channel& channel : m_channels) {
+        channel.converter.reset(made(fromHz, toHz).release());
+        channel.failed = !channel.converter;
+    }
 }
 
 RateConverter::~RateConverter() = default;
 
 QList<float> RateConverter::convert(std::span<const float> samples)
 {
-    const size_t frames = samples.size() / static_cast<size_t>(m_channels);
-    m_taken += static_cast<qint64>(frames);
-    return process(samples.data(), frames);
+    m_taken += static_cast<qint64>(samples.size() / m_channels.size());
+    return process(samples);
 }
 
 QList<float> RateConverter::finish()
@@ -37,35 +68,70 @@ QList<float> RateConverter::finish()
     const qint64 whole = (m_taken * m_toHz + m_fromHz / 2) / m_fromHz;
     QList<float> rest;
     while (m_given < whole) {
-        const QList<float> more = process(nullptr, 0);
+        const QList<float> more = process({});
         if (more.isEmpty())
             break;
         rest += more;
     }
-    const qint64 surplus = m_given - whole; // silence where the library gives less, a cut where it gives more
-    rest.resize(std::max<qint64>(0, rest.size() - surplus * m_channels), 0.0F);
+    // silence where the library gives less, a cut where it gives more
+    const qint64 surplus = (m_given - whole) * static_cast<qint64>(m_channels.size());
+    rest.resize(std::max<qint64>(0, rest.size() - surplus));
     m_given = whole;
     return rest;
 }
 
-// Without samples the library gives what it still holds.
-QList<float> RateConverter::process(const float* samples, size_t frames)
+bool RateConverter::failed() const
 {
-    constexpr size_t kRoom = 4096;
-    const auto from = static_cast<size_t>(m_fromHz);
-    const size_t room = frames * static_cast<size_t>(m_toHz) / from + kRoom;
-    QList<float> out(static_cast<qsizetype>(room) * m_channels);
-    size_t used = 0;
-    size_t given = 0;
-    if (!m_failed)
-        m_failed =
-            soxr_process(m_converter.get(), samples, frames, &used, out.data(), room, &given) != nullptr ||
-            used != frames;
-    if (m_failed)
-        given = 0;
+    return std::any_of(m_channels.begin(), m_channels.end(),
+                       [](const Channel& channel) { return channel.failed; });
+}
+
+// Without samples the library gives what it still holds.
+QList<float> RateConverter::process(std::span<const float> samples)
+{
+    const size_t stride = m_channels.size();
+    const size_t frames = samples.size() / stride;
+    const size_t room = frames * static_cast<size_t>(m_toHz) / static_cast<size_t>(m_fromHz) + 4096;
+    const auto run = [&](size_t channel) { m_channels[channel].process(samples, channel, stride, room); };
+    std::future<void> other;
+    if (stride > 1 && frames > kFewFrames)
+        other = std::async(run, 1);
+    else if (stride > 1)
+        run(1);
+    run(0);
+    if (other.valid())
+        other.get();
+    const size_t given = m_channels.front().given;
     m_given += static_cast<qint64>(given);
-    out.resize(static_cast<qsizetype>(given) * m_channels);
-    return out;
+    return joined(given);
+}
+
+void RateConverter::Channel::process(std::span<const float> samples, size_t first, size_t stride, size_t room)
+{
+    const size_t frames = samples.size() / stride;
+    out.resize(std::max(out.size(), room));
+    in.resize(frames);
+    takeApart(samples.data() + first, stride, in);
+    size_t used = 0;
+    given = 0;
+    if (failed)
+        return;
+    failed = soxr_process(converter.get(), frames > 0 ? in.data() : nullptr, frames, &used, out.data(), room,
+                          &given) != nullptr ||
+             used != frames;
+    if (failed)
+        given = 0;
+}
+
+QList<float> RateConverter::joined(size_t frames) const
+{
+    const size_t stride = m_channels.size();
+    QList<float> samples(static_cast<qsizetype>(frames * stride));
+    for (size_t channel = 0; channel < stride; ++channel) {
+        const size_t there = std::min(frames, m_channels[channel].given);
+        putTogether({m_channels[channel].out.data(), there}, stride, samples.data() + channel);
+    }
+    return samples;
 }
 
 } // namespace zib

@@ -4,18 +4,20 @@
 
 #include <memory>
 #include <span>
+#include <vector>
 
 struct soxr;
 
 namespace zib {
 
-/// Converts one sound from one sample rate to another, block by block.
+/// Converts one sound from one sample rate to another, block by block; a second channel on another core.
 ///
 /// The output begins with the input's first sample and holds exactly the input's length at the new rate,
 /// rounded.
 class RateConverter
 {
 public:
+    /// @param channels 1 or 2.
     RateConverter(int fromHz, int toHz, int channels);
     ~RateConverter();
     RateConverter(const RateConverter&) = delete;
@@ -26,22 +28,34 @@ public:
     /// Ends the sound.  @returns the rest.
     QList<float> finish();
     /// Whether the library refused; the output is then silence.
-    bool failed() const { return m_failed; }
+    bool failed() const;
 
 private:
-    struct Deleter
+    /// One channel on its way through the library.
+    struct Channel
     {
-        void operator()(soxr* converter) const;
+        struct Deleter
+        {
+            void operator()(soxr* converter) const;
+        };
+
+        void process(std::span<const float> samples, size_t first, size_t stride, size_t room);
+
+        std::unique_ptr<soxr, Deleter> converter;
+        std::vector<float> in;
+        std::vector<float> out;
+        size_t given = 0; // samples of out that count
+        bool failed = false;
     };
-    QList<float> process(const float* samples, size_t frames);
+
+    QList<float> process(std::span<const float> samples);
+    QList<float> joined(size_t frames) const;
 
     int m_fromHz;
     int m_toHz;
-    int m_channels;
+    std::vector<Channel> m_channels;
     qint64 m_taken = 0; // sample frames
     qint64 m_given = 0;
-    bool m_failed = false;
-    std::unique_ptr<soxr, Deleter> m_converter;
 };
 
 } // namespace zib

@@ -47,7 +47,8 @@ std::span<const uchar> WavReader::fetch(qint64 frames)
 {
     if (frames <= 0 || m_failed)
         return {};
-    const qint64 wanted = frames * m_header.frameBytes();
+    constexpr qint64 kMostBytes = 2 * 1024 * 1024; // however many channels there are
+    const qint64 wanted = std::min(frames, kMostBytes / m_header.frameBytes()) * m_header.frameBytes();
     m_raw.resize(static_cast<size_t>(wanted));
     qint64 got = m_file->read(m_header.dataOffset + m_next * m_header.frameBytes(), m_raw);
     m_failed = got < wanted;
