@@ -80,7 +80,8 @@ int sendPacket(Drive& drive, cdrom_generic_command& command)
     std::copy_n(std::begin(command.cmd), CDROM_PACKET_SIZE, cdb.begin());
     Request request;
     request.cdb = cdb;
-    request.timeoutMs = command.timeout > 0 ? static_cast<std::uint32_t>(command.timeout) * 10U : kKernelTimeoutMs;
+    request.timeoutMs =
+        command.timeout > 0 ? static_cast<std::uint32_t>(command.timeout) * 10U : kKernelTimeoutMs;
     if (command.data_direction == CGC_DATA_WRITE) {
         request.dataOut = {command.buffer, command.buflen};
     } else if (command.data_direction == CGC_DATA_READ) {
@@ -89,7 +90,8 @@ int sendPacket(Drive& drive, cdrom_generic_command& command)
     const Answer answer = drive.execute(request);
     command.stat = errnoOf(answer);
     if (request.dataInBytes > 0 && !answer.data.empty()) {
-        std::memcpy(command.buffer, answer.data.data(), std::min<std::size_t>(answer.data.size(), command.buflen));
+        std::memcpy(command.buffer, answer.data.data(),
+                    std::min<std::size_t>(answer.data.size(), command.buflen));
     }
     if (command.sense != nullptr && !answer.sense.good()) {
         *command.sense = {};
@@ -139,15 +141,17 @@ int discStatus(Drive& drive)
 
 int capabilities(const DriveConfig& config)
 {
-    return CDC_CLOSE_TRAY | CDC_OPEN_TRAY | CDC_LOCK | CDC_SELECT_SPEED | CDC_MULTI_SESSION | CDC_MCN
-         | CDC_MEDIA_CHANGED | CDC_PLAY_AUDIO | CDC_RESET | CDC_DRIVE_STATUS | CDC_GENERIC_PACKET
-         | (config.writesCdR ? CDC_CD_R : 0) | (config.writesCdRw ? CDC_CD_RW : 0);
+    return CDC_CLOSE_TRAY | CDC_OPEN_TRAY | CDC_LOCK | CDC_SELECT_SPEED | CDC_MULTI_SESSION | CDC_MCN |
+           CDC_MEDIA_CHANGED | CDC_PLAY_AUDIO | CDC_RESET | CDC_DRIVE_STATUS | CDC_GENERIC_PACKET |
+           (config.writesCdR ? CDC_CD_R : 0) | (config.writesCdRw ? CDC_CD_RW : 0);
 }
 
 int selectSpeed(Drive& drive, unsigned long speed)
 {
-    const auto rate = static_cast<std::uint32_t>(speed == 0 ? 0xFFFF : kilobytesPerSecond(static_cast<int>(speed)));
-    return errnoOf(send(drive, {0xBB, 0, static_cast<std::uint8_t>(rate >> 8U), static_cast<std::uint8_t>(rate), 0xFF, 0xFF}));
+    const auto rate =
+        static_cast<std::uint32_t>(speed == 0 ? 0xFFFF : kilobytesPerSecond(static_cast<int>(speed)));
+    return errnoOf(send(drive, {0xBB, 0, static_cast<std::uint8_t>(rate >> 8U),
+                                static_cast<std::uint8_t>(rate), 0xFF, 0xFF}));
 }
 
 int multiSession(Drive& drive, cdrom_multisession& info)
@@ -167,6 +171,22 @@ int multiSession(Drive& drive, cdrom_multisession& info)
     return 0;
 }
 
+int subChannel(Drive& drive, cdrom_subchnl& info)
+{
+    const Answer answer = send(drive, {0x42, 2, 0x40, 1, 0, 0, 0, 0, 16}, 16);
+    if (answer.data.size() >= 16) {
+        info = {.cdsc_format = CDROM_MSF,
+                .cdsc_audiostatus = answer.data[1],
+                .cdsc_adr = 0,
+                .cdsc_ctrl = 0,
+                .cdsc_trk = answer.data[6],
+                .cdsc_ind = answer.data[7],
+                .cdsc_absaddr = {},
+                .cdsc_reladdr = {}};
+    }
+    return errnoOf(answer);
+}
+
 int catalogNumber(Drive& drive, cdrom_mcn& mcn)
 {
     const Answer answer = send(drive, {0x42, 0, 0x40, 2, 0, 0, 0, 0, 24}, 24);
@@ -180,18 +200,20 @@ int catalogNumber(Drive& drive, cdrom_mcn& mcn)
 // The old way to read audio: the kernel sends READ CD for whole frames.
 int readAudio(Drive& drive, const cdrom_read_audio& request)
 {
-    const std::int32_t lba = request.addr_format == CDROM_LBA
-                               ? request.addr.lba
-                               : toLba({request.addr.msf.minute, request.addr.msf.second, request.addr.msf.frame});
+    const std::int32_t lba =
+        request.addr_format == CDROM_LBA
+            ? request.addr.lba
+            : toLba({request.addr.msf.minute, request.addr.msf.second, request.addr.msf.frame});
     if (request.nframes <= 0 || request.nframes > kFramesPerSecond) {
         return -EINVAL;
     }
     const auto address = static_cast<std::uint32_t>(lba);
-    const Answer answer = send(drive,
-                               {0xBE, 0x04, static_cast<std::uint8_t>(address >> 24U),
-                                static_cast<std::uint8_t>(address >> 16U), static_cast<std::uint8_t>(address >> 8U),
-                                static_cast<std::uint8_t>(address), 0, 0, static_cast<std::uint8_t>(request.nframes), 0xF8},
-                               static_cast<std::size_t>(request.nframes) * kFrameBytes);
+    const Answer answer =
+        send(drive,
+             {0xBE, 0x04, static_cast<std::uint8_t>(address >> 24U),
+              static_cast<std::uint8_t>(address >> 16U), static_cast<std::uint8_t>(address >> 8U),
+              static_cast<std::uint8_t>(address), 0, 0, static_cast<std::uint8_t>(request.nframes), 0xF8},
+             static_cast<std::size_t>(request.nframes) * kFrameBytes);
     std::memcpy(request.buf, answer.data.data(), answer.data.size());
     return errnoOf(answer);
 }
@@ -213,7 +235,7 @@ int cdromRequest(Drive& drive, unsigned long request, void* argument)
     case CDROM_SEND_PACKET:
         return sendPacket(drive, *static_cast<cdrom_generic_command*>(argument));
     case CDROM_GET_CAPABILITY:
-        return capabilities(drive.config());
+        return capabilities(*drive.config());
     case CDROM_DRIVE_STATUS:
         return driveStatus(drive);
     case CDROM_DISC_STATUS:
@@ -226,6 +248,8 @@ int cdromRequest(Drive& drive, unsigned long request, void* argument)
         return selectSpeed(drive, reinterpret_cast<unsigned long>(argument));
     case CDROMMULTISESSION:
         return multiSession(drive, *static_cast<cdrom_multisession*>(argument));
+    case CDROMSUBCHNL:
+        return subChannel(drive, *static_cast<cdrom_subchnl*>(argument));
     case CDROM_GET_MCN:
         return catalogNumber(drive, *static_cast<cdrom_mcn*>(argument));
     case CDROMREADAUDIO:

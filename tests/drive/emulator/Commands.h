@@ -4,7 +4,8 @@
 
 namespace zib::drive {
 
-/// One command of the drive. Faults, unit attention, empty drive and busy drive are dealt with before it is called.
+/// One command of the drive. Faults, unit attention, empty drive and busy drive are dealt with before it is
+/// called.
 using Command = Answer (*)(Station& station, const Request& request);
 
 /// The command with operation code @p operation, or null.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <sstream>
 
@@ -87,8 +86,8 @@ public:
             return;
         }
         const auto equals = line.find('=');
-        const bool understood = m_drive != nullptr && equals != std::string::npos
-                             && set(trimmed(line.substr(0, equals)), trimmed(line.substr(equals + 1)));
+        const bool understood = m_drive != nullptr && equals != std::string::npos &&
+                                set(trimmed(line.substr(0, equals)), trimmed(line.substr(equals + 1)));
         if (!understood) {
             m_config.problems.push_back("not understood: " + line);
         }
@@ -167,10 +166,10 @@ private:
 
 } // namespace
 
-Config readConfig(const std::string& path)
+Config readConfig(const std::string& path, const std::string& text)
 {
     Config config;
-    std::ifstream file{path};
+    std::istringstream file{text};
     Reader reader{config, std::filesystem::absolute(path).parent_path().string()};
     for (std::string line; std::getline(file, line);) {
         reader.readLine(line);

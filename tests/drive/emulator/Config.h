@@ -10,13 +10,26 @@
 namespace zib::drive {
 
 /// What the recordable disc is made of.
-enum class DiscKind : std::uint8_t { CdR, CdRw, Pressed };
+enum class DiscKind : std::uint8_t
+{
+    CdR,
+    CdRw,
+    Pressed
+};
 
 /// How opening the device node answers.
-enum class NodeAccess : std::uint8_t { Open, Denied, ReadOnly, Busy, Missing };
+enum class NodeAccess : std::uint8_t
+{
+    Open,
+    Denied,
+    ReadOnly,
+    Busy,
+    Missing
+};
 
 /// One section of the configuration: a drive and the disc in it. README.md describes every key.
-struct DriveConfig {
+struct DriveConfig
+{
     std::string name;    ///< "sr0"; also the node's name under /dev
     std::string folder;  ///< where the drive keeps its state, without trailing separator
     std::string journal; ///< path of the journal
@@ -24,8 +37,8 @@ struct DriveConfig {
     std::string product = "EMULATED CD-RW";
     std::string revision = "1.00";
     NodeAccess access = NodeAccess::Open;
-    std::string disc;    ///< path stem of the disc's files; empty when the drive is empty
-    std::string recipe;  ///< file that describes what a new disc already holds
+    std::string disc;   ///< path stem of the disc's files; empty when the drive is empty
+    std::string recipe; ///< file that describes what a new disc already holds
     DiscKind discKind = DiscKind::CdR;
     std::int32_t discFrames = 80 * 60 * 75; ///< nominal playing time, pregap included
     bool sao = true;
@@ -44,12 +57,13 @@ struct DriveConfig {
 };
 
 /// The whole configuration file.
-struct Config {
+struct Config
+{
     std::map<std::string, DriveConfig> drives;
     std::vector<std::string> problems; ///< lines that made no sense, with the reason
 };
 
-/// Reads @p path; a missing file is an empty machine.
-[[nodiscard]] Config readConfig(const std::string& path);
+/// Reads the @p text of the configuration file at @p path, whose folder is where relative paths begin.
+[[nodiscard]] Config readConfig(const std::string& path, const std::string& text);
 
 } // namespace zib::drive

@@ -8,7 +8,8 @@ namespace {
 constexpr std::uint8_t kLeadOutTrack = 0xAA;
 constexpr std::int32_t kShortestTrack = 300; // the Red Book's four seconds
 
-struct Entry {
+struct Entry
+{
     std::uint8_t control;
     std::uint8_t adr;
     std::uint8_t track;
@@ -21,8 +22,13 @@ struct Entry {
 Entry entryAt(ByteView list, std::size_t at)
 {
     const ByteView raw = list.subspan(at, kCueEntryBytes);
-    return {static_cast<std::uint8_t>(raw[0] >> 4U), static_cast<std::uint8_t>(raw[0] & 0xFU), raw[1], raw[2],
-            raw[3], toLba({raw[5], raw[6], raw[7]}), raw};
+    return {static_cast<std::uint8_t>(raw[0] >> 4U),
+            static_cast<std::uint8_t>(raw[0] & 0xFU),
+            raw[1],
+            raw[2],
+            raw[3],
+            toLba({raw[5], raw[6], raw[7]}),
+            raw};
 }
 
 /// Reads the entries one by one; every step may refuse the sheet.
@@ -116,11 +122,13 @@ private:
         }
     }
 
-    // A catalogue number comes in two entries: seven digits, then six. Each entry carries them from its third byte on.
+    // A catalogue number comes in two entries: seven digits, then six. Each entry carries them from its third
+    // byte on.
     bool takeCatalogNumber(const Entry& entry)
     {
         const std::size_t at = m_catalogEntries++ == 0 ? 0 : 7;
-        std::copy_n(entry.raw.begin() + 1, at == 0 ? 7 : 6, m_sheet.mcn.begin() + static_cast<std::ptrdiff_t>(at));
+        std::copy_n(entry.raw.begin() + 1, at == 0 ? 7 : 6,
+                    m_sheet.mcn.begin() + static_cast<std::ptrdiff_t>(at));
         return m_catalogEntries <= 2;
     }
 
@@ -160,8 +168,9 @@ bool tracksLongEnough(const CueSheet& sheet)
 
 bool fitsOn(const CueSheet& sheet, const Disc& disc)
 {
-    return sheet.first == disc.nextTrackStart() - kPregapFrames && sheet.leadOut <= disc.state().lastLeadOut
-        && sheet.tracks.front().start >= sheet.first + kPregapFrames;
+    return sheet.first == disc.nextTrackStart() - kPregapFrames &&
+           sheet.leadOut <= disc.state().lastLeadOut &&
+           sheet.tracks.front().start >= sheet.first + kPregapFrames;
 }
 
 } // namespace

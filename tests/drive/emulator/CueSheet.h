@@ -15,9 +15,11 @@ inline constexpr std::size_t kMaxCueBytes = 256 * kCueEntryBytes;
 inline constexpr std::size_t kSubChannelBytes = 96;
 
 /// A SEND CUE SHEET parameter list, read and checked.
-struct CueSheet {
+struct CueSheet
+{
     /// A stretch of the session written in one data form, up to the next area.
-    struct Area {
+    struct Area
+    {
         std::int32_t first = 0;
         std::uint8_t dataForm = 0;
     };
@@ -25,7 +27,7 @@ struct CueSheet {
     std::vector<Track> tracks;
     std::vector<Area> areas; ///< program area and lead-out, ascending
     std::uint8_t leadInForm = 0;
-    std::int32_t first = 0;   ///< address of the first frame after the lead-in
+    std::int32_t first = 0; ///< address of the first frame after the lead-in
     std::int32_t leadOut = 0;
     std::array<char, 13> mcn{};
 

@@ -107,7 +107,8 @@ Session& Disc::addSession(std::int32_t leadOut, bool complete)
     const std::uint32_t count = m_state->sessionCount++;
     const int before = count == 0 ? 0 : m_state->sessions.at(count - 1).lastTrack;
     const std::span tracks{m_state->tracks.data(), m_state->trackCount};
-    const auto first = std::ranges::find_if(tracks, [&](const Track& track) { return track.number > before; });
+    const auto first =
+        std::ranges::find_if(tracks, [&](const Track& track) { return track.number > before; });
     Session& session = m_state->sessions.at(count);
     session = {first->number, tracks.back().number, complete, leadOut};
     return session;
@@ -138,8 +139,8 @@ Bytes Disc::readBytes(std::int32_t lba, std::int64_t offset, std::size_t bytes) 
     Bytes data(bytes);
     const off_t from = imageOffset(lba) + offset;
     const off_t skipped = std::clamp<off_t>(-from, 0, static_cast<off_t>(bytes));
-    [[maybe_unused]] const auto got = ::pread(m_image, data.data() + skipped,
-                                              bytes - static_cast<std::size_t>(skipped), from + skipped);
+    [[maybe_unused]] const auto got =
+        ::pread(m_image, data.data() + skipped, bytes - static_cast<std::size_t>(skipped), from + skipped);
     return data;
 }
 

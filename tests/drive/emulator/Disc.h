@@ -17,13 +17,14 @@ inline constexpr std::uint8_t kControlCopyPermitted = 0x2;
 inline constexpr std::uint8_t kControlData = 0x4;
 
 /// One track of the disc. All addresses are frames; the end is the first frame after the track.
-struct Track {
+struct Track
+{
     std::uint8_t number = 0;
     std::uint8_t session = 0;
-    std::uint8_t control = 0;   ///< the control field of the Q sub-channel
-    bool complete = false;      ///< false while it is being written
-    std::int32_t pregap = 0;    ///< address of index 0
-    std::int32_t start = 0;     ///< address of index 1
+    std::uint8_t control = 0; ///< the control field of the Q sub-channel
+    bool complete = false;    ///< false while it is being written
+    std::int32_t pregap = 0;  ///< address of index 0
+    std::int32_t start = 0;   ///< address of index 1
     std::int32_t end = 0;
     std::array<char, 12> isrc{};
 
@@ -31,7 +32,8 @@ struct Track {
 };
 
 /// One session whose lead-in has been written.
-struct Session {
+struct Session
+{
     std::uint8_t firstTrack = 0;
     std::uint8_t lastTrack = 0;
     bool complete = false; ///< the lead-out has been written too
@@ -44,14 +46,15 @@ inline constexpr std::size_t kCdTextPackBytes = 18;
 inline constexpr std::size_t kMaxCdTextBytes = 8 * 256 * kCdTextPackBytes;
 
 /// Everything the disc remembers beside its frames; kept in a mapped file.
-struct DiscState {
+struct DiscState
+{
     std::uint32_t version = 0;
     DiscKind kind = DiscKind::CdR;
-    bool finalized = false;         ///< nothing may be added
-    std::int32_t lastLeadOut = 0;   ///< latest address at which the lead-out may begin
+    bool finalized = false;       ///< nothing may be added
+    std::int32_t lastLeadOut = 0; ///< latest address at which the lead-out may begin
     std::uint32_t trackCount = 0;
     std::uint32_t sessionCount = 0;
-    std::int32_t writtenEnd = 0;    ///< frames from here on have never been written
+    std::int32_t writtenEnd = 0; ///< frames from here on have never been written
     std::array<Track, kMaxTracks> tracks{};
     std::array<Session, kMaxSessions> sessions{};
     std::array<char, 13> mcn{};
@@ -60,7 +63,12 @@ struct DiscState {
 };
 
 /// What READ DISC INFORMATION calls the disc status.
-enum class DiscStatus : std::uint8_t { Blank = 0, Incomplete = 1, Complete = 2 };
+enum class DiscStatus : std::uint8_t
+{
+    Blank = 0,
+    Incomplete = 1,
+    Complete = 2
+};
 
 /// A compact disc kept in two files: STEM.bin holds the frames, 2352 bytes each, from address -150 on;
 /// STEM.state holds the tracks. Not safe for threads: the drive calls under its lock.
@@ -99,7 +107,8 @@ public:
     /// Stores whole frames of 2352 bytes.
     /// @returns false when the image cannot take them (full file system).
     bool writeFrames(std::int32_t lba, ByteView frames);
-    /// Reads @p bytes bytes that begin @p offset bytes into frame @p lba; what was never written reads as zero.
+    /// Reads @p bytes bytes that begin @p offset bytes into frame @p lba; what was never written reads as
+    /// zero.
     [[nodiscard]] Bytes readBytes(std::int32_t lba, std::int64_t offset, std::size_t bytes) const;
 
 private:

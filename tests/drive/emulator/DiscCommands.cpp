@@ -48,11 +48,13 @@ std::uint8_t firstTrackOfLastSession(const Disc& disc)
 
 std::uint8_t lastTrackOfLastSession(const Disc& disc)
 {
-    return disc.lastTrack() == nullptr ? 1 : std::max(disc.lastTrack()->number, firstTrackOfLastSession(disc));
+    return disc.lastTrack() == nullptr ? 1
+                                       : std::max(disc.lastTrack()->number, firstTrackOfLastSession(disc));
 }
 
 /// What READ TRACK INFORMATION tells of one track, finished or not.
-struct TrackReport {
+struct TrackReport
+{
     std::uint8_t number = 1;
     std::uint8_t session = 1;
     std::uint8_t control = 0;
@@ -66,7 +68,8 @@ struct TrackReport {
 
 TrackReport reportOf(const Station& station, const Track& track)
 {
-    TrackReport report{track.number, track.session, track.control, false, false, track.start, 0, 0, track.end - track.start};
+    TrackReport report{track.number,           track.session, track.control, false, false, track.start, 0, 0,
+                       track.end - track.start};
     const bool interrupted = track.session <= station.disc->state().sessionCount && !track.complete;
     if (!track.complete && !interrupted) {
         report.nextValid = station.writable();
@@ -105,16 +108,17 @@ std::optional<TrackReport> findTrack(const Station& station, std::uint8_t kind, 
     for (std::uint32_t i = 0; i < disc.state().trackCount; ++i) {
         const Track& track = disc.state().tracks.at(i);
         const auto lba = static_cast<std::int32_t>(wanted);
-        const bool found = (kind == 0 && lba >= track.pregap && lba < track.end) || (kind == 1 && track.number == wanted)
-                        || (kind == 2 && track.session == wanted);
+        const bool found = (kind == 0 && lba >= track.pregap && lba < track.end) ||
+                           (kind == 1 && track.number == wanted) || (kind == 2 && track.session == wanted);
         const bool invisible = kind == 1 && wanted == 0xFF && !track.complete;
         if (found || invisible) {
             return reportOf(station, track);
         }
     }
-    const bool asked = (kind == 1 && (wanted == 0xFF || wanted == next))
-                    || (kind == 0 && static_cast<std::int32_t>(wanted) >= disc.nextTrackStart() - kPregapFrames)
-                    || (kind == 2 && wanted == disc.openSession());
+    const bool asked =
+        (kind == 1 && (wanted == 0xFF || wanted == next)) ||
+        (kind == 0 && static_cast<std::int32_t>(wanted) >= disc.nextTrackStart() - kPregapFrames) ||
+        (kind == 2 && wanted == disc.openSession());
     return addable && asked ? std::optional(nextTrack(station)) : std::nullopt;
 }
 
@@ -126,8 +130,8 @@ Answer readDiscInformation(Station& station, const Request&)
     const bool complete = disc.status() == DiscStatus::Complete;
     Bytes reply(34);
     putBigEndian(reply, 0, 2, 32);
-    reply[2] = static_cast<std::uint8_t>((disc.state().kind == DiscKind::CdRw ? 0x10 : 0)
-                                         | lastSessionState(disc) << 2 | static_cast<int>(disc.status()));
+    reply[2] = static_cast<std::uint8_t>((disc.state().kind == DiscKind::CdRw ? 0x10 : 0) |
+                                         lastSessionState(disc) << 2 | static_cast<int>(disc.status()));
     reply[3] = disc.state().trackCount == 0 ? 1 : disc.state().tracks[0].number;
     reply[4] = sessionsOn(disc);
     reply[5] = firstTrackOfLastSession(disc);
@@ -154,8 +158,9 @@ Answer readTrackInformation(Station& station, const Request& request)
     reply[2] = report->number;
     reply[3] = report->session;
     reply[5] = static_cast<std::uint8_t>(report->blank ? 0x04 : report->control);
-    reply[6] = static_cast<std::uint8_t>((report->blank ? 0x40U : 0U)
-                                         | (!report->blank && (report->control & kControlData) != 0 ? 1U : 0x0FU));
+    reply[6] =
+        static_cast<std::uint8_t>((report->blank ? 0x40U : 0U) |
+                                  (!report->blank && (report->control & kControlData) != 0 ? 1U : 0x0FU));
     reply[7] = report->nextValid ? 1 : 0;
     putBigEndian(reply, 8, 4, static_cast<std::uint32_t>(report->start));
     putBigEndian(reply, 12, 4, static_cast<std::uint32_t>(report->next));

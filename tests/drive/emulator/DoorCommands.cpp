@@ -43,8 +43,8 @@ Answer getEventStatus(Station& station, const Request& request)
     }
     const auto event = station.state.mediaEvent;
     station.state.mediaEvent = 0;
-    const auto media = static_cast<std::uint8_t>((station.state.trayOpen ? 1U : 0U)
-                                                 | (station.disc != nullptr ? 2U : 0U));
+    const auto media =
+        static_cast<std::uint8_t>((station.state.trayOpen ? 1U : 0U) | (station.disc != nullptr ? 2U : 0U));
     return Bytes{0, 6, kMediaClass, kClassesOffered, event, media, 0, 0};
 }
 

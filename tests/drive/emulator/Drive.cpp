@@ -6,6 +6,7 @@
 #include "Recipe.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <functional>
@@ -17,6 +18,7 @@ namespace {
 
 constexpr std::uint32_t kStateVersion = 1;
 constexpr std::uint32_t kLongestHangMs = 60000;
+constexpr std::int64_t kSliceMs = 20;
 
 void initialiseMutex(pthread_mutex_t& mutex)
 {
@@ -68,7 +70,8 @@ std::string describe(const Answer& answer)
         return answer.transport ? "transport" : "timeout";
     }
     std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "%X/%02X/%02X", answer.sense.key, answer.sense.asc, answer.sense.ascq);
+    std::snprintf(text.data(), text.size(), "%X/%02X/%02X", answer.sense.key, answer.sense.asc,
+                  answer.sense.ascq);
     return answer.sense.good() ? "good" : text.data();
 }
 
@@ -93,7 +96,8 @@ void addNoise(std::span<std::uint8_t> frame, std::uint32_t strike)
 
 } // namespace
 
-/// Holds the drive for one command, across threads and processes. A process that died inside leaves it usable.
+/// Holds the drive for one command, across threads and processes. A process that died inside leaves it
+/// usable.
 class Drive::Lock
 {
 public:
@@ -111,30 +115,55 @@ private:
     SharedFile<DriveState>& m_state;
 };
 
-Drive::Drive(DriveConfig config) : m_config(std::move(config))
+Drive::Drive(DriveConfig config)
+    : m_latest(std::make_shared<const DriveConfig>(std::move(config))), m_config(m_latest)
 {
-    const bool mapped = m_state.map(m_config.folder + "/" + m_config.name + ".drive",
-                                    [&](DriveState& fresh) { initialiseState(fresh, m_config); });
+    const bool mapped = m_state.map(m_config->folder + "/" + m_config->name + ".drive",
+                                    [&](DriveState& fresh) { initialiseState(fresh, *m_config); });
     if (!mapped) {
-        std::fprintf(stderr, "emulated drive: no room for its state in %s\n", m_config.folder.c_str());
-        m_config.access = NodeAccess::Missing;
+        std::fprintf(stderr, "emulated drive: no room for its state in %s\n", m_config->folder.c_str());
+        DriveConfig missing = *m_config;
+        missing.access = NodeAccess::Missing;
+        m_latest = std::make_shared<const DriveConfig>(missing);
     }
 }
 
 void Drive::configure(const DriveConfig& config)
 {
-    if (!m_state.mapped()) {
-        return;
+    if (m_state.mapped()) {
+        const std::lock_guard lock{m_latestMutex};
+        m_latest = std::make_shared<const DriveConfig>(config);
     }
-    const Lock lock{m_state};
-    m_config = config;
-    dropCounters(m_config.faults, m_state->faultCounters.data(), kMaxFaults);
 }
 
-bool Drive::gone()
+std::shared_ptr<const DriveConfig> Drive::config() const
 {
-    const Lock lock{m_state};
-    return hasStruck(m_config.faults, FaultKind::Gone, m_state->faultCounters.data(), kMaxFaults);
+    const std::lock_guard lock{m_latestMutex};
+    return m_latest;
+}
+
+void Drive::takeConfig()
+{
+    const auto latest = config();
+    if (latest != m_config) {
+        m_config = latest;
+        dropCounters(m_config->faults, m_state->faultCounters.data(), kMaxFaults);
+    }
+}
+
+bool Drive::struck(FaultKind kind) const
+{
+    return m_state.mapped() && hasStruck(config()->faults, kind, m_state->faultCounters.data(), kMaxFaults);
+}
+
+bool Drive::gone() const
+{
+    return struck(FaultKind::Gone);
+}
+
+bool Drive::loaded() const
+{
+    return m_state.mapped() && !config()->disc.empty() && !m_state->trayOpen && !struck(FaultKind::Pull);
 }
 
 bool Drive::takeMediaChanged()
@@ -143,12 +172,18 @@ bool Drive::takeMediaChanged()
     return std::exchange(m_state->mediaChanged, false);
 }
 
+// Opening does not wait for a running command, so the number is drawn without the lock.
+std::uint64_t Drive::nextNumber()
+{
+    return std::atomic_ref{m_state->sequence}.fetch_add(1) + 1;
+}
+
 void Drive::noteOpening(const std::string& how, const std::string& answer)
 {
-    const Lock lock{m_state};
-    appendToJournal(m_config.journal, std::to_string(++m_state->sequence) + " " + m_config.name + " OPEN how=" + how
-                                          + " answer=" + answer
-                                          + " door=" + (m_state->doorLocked ? "locked" : "unlocked"));
+    const auto now = config();
+    appendToJournal(now->journal, std::to_string(nextNumber()) + " " + now->name + " OPEN how=" + how +
+                                      " answer=" + answer +
+                                      " door=" + (m_state->doorLocked ? "locked" : "unlocked"));
 }
 
 void Drive::swapDisc(std::uint64_t identity)
@@ -165,12 +200,12 @@ void Drive::swapDisc(std::uint64_t identity)
 
 void Drive::refreshDisc()
 {
-    const bool pulled = hasStruck(m_config.faults, FaultKind::Pull, m_state->faultCounters.data(), kMaxFaults);
-    const std::string stem = pulled ? std::string{} : m_config.disc;
+    const bool pulled = struck(FaultKind::Pull);
+    const std::string stem = pulled ? std::string{} : m_config->disc;
     if (stem != m_discStem) {
         m_disc = stem.empty() ? nullptr : std::make_unique<Disc>();
         m_discStem = stem;
-        if (m_disc != nullptr && !openWithRecipe(*m_disc, m_config)) {
+        if (m_disc != nullptr && !openWithRecipe(*m_disc, *m_config)) {
             std::fprintf(stderr, "emulated drive: cannot make the disc %s\n", stem.c_str());
             m_disc.reset();
         }
@@ -189,7 +224,8 @@ void Drive::refreshCue()
     }
     m_cue = {};
     m_cueSerial = m_state->cueSerial;
-    [[maybe_unused]] const Sense sense = readCueSheet({m_state->cue.data(), m_state->cueBytes}, *m_disc, m_cue);
+    [[maybe_unused]] const Sense sense =
+        readCueSheet({m_state->cue.data(), m_state->cueBytes}, *m_disc, m_cue);
 }
 
 Sense Drive::readiness(int operation)
@@ -222,7 +258,7 @@ Answer Drive::commanded(const Request& request)
     if (!ready.good()) {
         return ready;
     }
-    Station station{m_config, *m_state, m_state->trayOpen ? nullptr : m_disc.get(), m_cue};
+    Station station{*m_config, *m_state, m_state->trayOpen ? nullptr : m_disc.get(), m_cue};
     Answer answer = command(station, request);
     m_cueSerial = m_state->cueSerial;
     return answer;
@@ -244,7 +280,8 @@ void Drive::applyReadFaults(Answer& answer, const Request& request, const FaultV
             if (struck && rule.kind == FaultKind::Noise) {
                 addNoise(bytes, verdict.readStrikes[i]);
             } else if (struck && stride >= kFrameBytes) {
-                std::ranges::copy(m_disc->readBytes(lba, rule.shiftSamples * 4LL, kFrameBytes), bytes.begin());
+                std::ranges::copy(m_disc->readBytes(lba, rule.shiftSamples * 4LL, kFrameBytes),
+                                  bytes.begin());
             }
         }
     }
@@ -272,6 +309,15 @@ Answer Drive::answerTo(const Request& request, const FaultVerdict& verdict)
     return answer;
 }
 
+// A changed configuration without any delay sets a hanging command free.
+bool Drive::released(std::uint32_t delayMs) const
+{
+    const auto latest = config();
+    return delayMs > 0 && latest != m_config &&
+           std::ranges::none_of(latest->faults,
+                                [](const FaultRule& rule) { return rule.kind == FaultKind::Delay; });
+}
+
 void Drive::wait(Answer& answer, const Request& request, std::uint32_t delayMs) const
 {
     const std::int64_t limit = request.timeoutMs == 0 ? kLongestHangMs : request.timeoutMs;
@@ -279,15 +325,22 @@ void Drive::wait(Answer& answer, const Request& request, std::uint32_t delayMs) 
     if (needed <= 0) {
         return;
     }
-    sleepMs(std::min(needed, limit));
-    answer.timedOut = needed > limit;
+    std::int64_t slept = 0;
+    while (slept < std::min(needed, limit) && !released(delayMs)) {
+        const std::int64_t slice = std::min({needed - slept, limit - slept, kSliceMs});
+        sleepMs(slice);
+        slept += slice;
+    }
+    answer.timedOut = needed > limit && slept >= limit;
 }
 
-void Drive::note(const Request& request, const Answer& answer, const FaultVerdict& verdict)
+void Drive::note(std::uint64_t number, const Request& request, const Answer& answer,
+                 const FaultVerdict& verdict)
 {
     const CommandRange range = rangeOf(request.cdb);
-    std::string line = std::to_string(m_state->sequence) + " " + m_config.name + " " + operationName(request.cdb[0])
-                     + " cdb=" + hexadecimal(request.cdb.first(std::min(commandLength(request.cdb[0]), request.cdb.size())));
+    std::string line =
+        std::to_string(number) + " " + m_config->name + " " + operationName(request.cdb[0]) +
+        " cdb=" + hexadecimal(request.cdb.first(std::min(commandLength(request.cdb[0]), request.cdb.size())));
     if (range.known) {
         line += " lba=" + std::to_string(range.first) + " count=" + std::to_string(range.count);
     }
@@ -298,19 +351,21 @@ void Drive::note(const Request& request, const Answer& answer, const FaultVerdic
     if (verdict.failure || verdict.delayMs > 0 || !verdict.readFaults.empty()) {
         line += " fault=yes";
     }
-    appendToJournal(m_config.journal, line);
+    appendToJournal(m_config->journal, line);
 }
 
 Answer Drive::execute(const Request& request)
 {
     const Lock lock{m_state};
-    ++m_state->sequence;
+    const std::uint64_t number = nextNumber();
+    takeConfig();
     FaultVerdict verdict;
     Answer answer;
-    if (hasStruck(m_config.faults, FaultKind::Gone, m_state->faultCounters.data(), kMaxFaults)) {
+    if (struck(FaultKind::Gone)) {
         answer.error = ENODEV;
     } else {
-        verdict = judge(m_config.faults, request.cdb[0], rangeOf(request.cdb), m_state->faultCounters.data(), kMaxFaults);
+        verdict = judge(m_config->faults, request.cdb[0], rangeOf(request.cdb), m_state->faultCounters.data(),
+                        kMaxFaults);
         refreshDisc();
         refreshCue();
         answer = answerTo(request, verdict);
@@ -319,7 +374,7 @@ Answer Drive::execute(const Request& request)
     if (request.cdb[0] != 0x03) {
         m_state->lastSense = answer.sense;
     }
-    note(request, answer, verdict);
+    note(number, request, answer, verdict);
     return answer;
 }
 

@@ -16,8 +16,13 @@ QByteArray text(const char* begin, std::size_t size)
 
 EmulatedRecorder::Track trackOf(const drive::Track& track)
 {
-    return {track.number, track.session, track.control, track.pregap,
-            track.start,  track.end,     text(track.isrc.data(), track.isrc.size())};
+    return {track.number,
+            track.session,
+            track.control,
+            track.pregap,
+            track.start,
+            track.end,
+            text(track.isrc.data(), track.isrc.size())};
 }
 
 } // namespace
@@ -137,8 +142,8 @@ std::optional<EmulatedRecorder::Content> EmulatedRecorder::content() const
 {
     drive::Disc disc;
     const QString stem = m_folder.filePath(m_disc);
-    if (m_disc.isEmpty() || !QFileInfo::exists(stem + QStringLiteral(".state"))
-        || !disc.open(QFile::encodeName(stem).toStdString(), drive::DiscKind::CdR, 0)) {
+    if (m_disc.isEmpty() || !QFileInfo::exists(stem + QStringLiteral(".state")) ||
+        !disc.open(QFile::encodeName(stem).toStdString(), drive::DiscKind::CdR, 0)) {
         return std::nullopt;
     }
     const drive::DiscState& state = disc.state();
@@ -160,7 +165,8 @@ std::optional<EmulatedRecorder::Content> EmulatedRecorder::content() const
 QByteArray EmulatedRecorder::frames(std::int32_t lba, std::int32_t count) const
 {
     drive::Disc disc;
-    if (m_disc.isEmpty() || !disc.open(QFile::encodeName(m_folder.filePath(m_disc)).toStdString(), drive::DiscKind::CdR, 0)) {
+    if (m_disc.isEmpty() ||
+        !disc.open(QFile::encodeName(m_folder.filePath(m_disc)).toStdString(), drive::DiscKind::CdR, 0)) {
         return {};
     }
     const auto bytes = disc.readBytes(lba, 0, static_cast<std::size_t>(count) * drive::kFrameBytes);

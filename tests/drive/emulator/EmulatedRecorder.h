@@ -12,14 +12,17 @@ namespace zib {
 
 /// A machine with one emulated recorder, for a test: writes the configuration that the preload library reads.
 ///
-/// Set up and change it from the test's thread; each change is in force for the next command of whoever uses the drive.
-/// The library must be preloaded into the process that opens the drive: zib_drive_test() does that for the test itself,
-/// and environment() for a child. The object owns a temporary folder with everything in it.
+/// Set up and change it from the test's thread; each change is in force for the next command of whoever uses
+/// the drive. The library must be preloaded into the process that opens the drive: zib_drive_test() does that
+/// for the test itself, and environment() for a child. The object owns a temporary folder with everything in
+/// it.
 class EmulatedRecorder
 {
 public:
-    /// One track of the disc in the drive. Addresses in frames; the control bits are those of the Q sub-channel.
-    struct Track {
+    /// One track of the disc in the drive. Addresses in frames; the control bits are those of the Q
+    /// sub-channel.
+    struct Track
+    {
         int number = 0;
         int session = 0;
         int control = 0;
@@ -30,7 +33,8 @@ public:
     };
 
     /// What the disc in the drive holds.
-    struct Content {
+    struct Content
+    {
         bool blank = true;
         bool finalized = false;
         std::int32_t leadOut = 0; ///< of the last complete session; 0 when there is none
@@ -54,7 +58,8 @@ public:
 
     /// Sets a key of the drive's section; README.md lists them.
     void set(const QString& key, const QString& value);
-    /// Puts the disc @p name in; a disc not seen before is made by disc-kind, disc-minutes and @p recipe (its lines).
+    /// Puts the disc @p name in; a disc not seen before is made by disc-kind, disc-minutes and @p recipe (its
+    /// lines).
     void insert(const QString& name, const QStringList& recipe = {});
     /// Takes the disc out.
     void removeDisc();

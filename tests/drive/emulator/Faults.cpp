@@ -34,9 +34,9 @@ bool readSense(std::string_view text, Sense& sense)
     if (first == std::string_view::npos || second == std::string_view::npos) {
         return false;
     }
-    return readNumber(text.substr(0, first), sense.key, 16)
-        && readNumber(text.substr(first + 1, second - first - 1), sense.asc, 16)
-        && readNumber(text.substr(second + 1), sense.ascq, 16);
+    return readNumber(text.substr(0, first), sense.key, 16) &&
+           readNumber(text.substr(first + 1, second - first - 1), sense.asc, 16) &&
+           readNumber(text.substr(second + 1), sense.ascq, 16);
 }
 
 bool readRange(std::string_view text, FaultRule& rule)
@@ -110,8 +110,8 @@ std::uint64_t identityOf(const FaultRule& rule)
 
 bool matches(const FaultRule& rule, int operation, const CommandRange& range)
 {
-    const bool named = rule.operation == kAnyOperation || rule.operation == operation
-                    || (rule.operation == kMediaOperation && needsMedia(operation));
+    const bool named = rule.operation == kAnyOperation || rule.operation == operation ||
+                       (rule.operation == kMediaOperation && needsMedia(operation));
     if (!named || !rule.ranged) {
         return named;
     }
@@ -121,8 +121,8 @@ bool matches(const FaultRule& rule, int operation, const CommandRange& range)
 bool countAndStrike(const FaultRule& rule, FaultCounter& counter)
 {
     ++counter.matches;
-    const bool strikes = counter.matches >= rule.nth
-                      && (rule.times == kForever || counter.matches - rule.nth < rule.times);
+    const bool strikes =
+        counter.matches >= rule.nth && (rule.times == kForever || counter.matches - rule.nth < rule.times);
     counter.strikes += strikes ? 1 : 0;
     return strikes;
 }
@@ -208,11 +208,14 @@ void dropCounters(const std::vector<FaultRule>& rules, FaultCounter* counters, s
     }
 }
 
-bool hasStruck(const std::vector<FaultRule>& rules, FaultKind kind, FaultCounter* counters, std::size_t size)
+bool hasStruck(const std::vector<FaultRule>& rules, FaultKind kind, const FaultCounter* counters,
+               std::size_t size)
 {
+    const std::span all{counters, size};
     return std::ranges::any_of(rules, [&](const FaultRule& rule) {
-        const FaultCounter* counter = rule.kind == kind ? counterOf(rule, counters, size) : nullptr;
-        return counter != nullptr && counter->strikes > 0;
+        return rule.kind == kind && std::ranges::any_of(all, [&](const FaultCounter& counter) {
+                   return counter.rule == identityOf(rule) && counter.strikes > 0;
+               });
     });
 }
 

@@ -13,7 +13,8 @@ namespace zib::drive {
 inline constexpr std::uint32_t kForever = 0xFFFFFFFF;
 
 /// What a rule does to the command it strikes.
-enum class FaultKind : std::uint8_t {
+enum class FaultKind : std::uint8_t
+{
     Sense,     ///< the command fails with this sense data
     Delay,     ///< the command takes longer
     Transport, ///< the host adapter reports an error; nothing is known of the command
@@ -24,18 +25,19 @@ enum class FaultKind : std::uint8_t {
 };
 
 /// One `fault =` line of the configuration.
-struct FaultRule {
-    std::string text;            ///< the line itself; it identifies the rule's counter
-    int operation = -1;          ///< operation code, kAnyOperation or kMediaOperation
-    std::int32_t firstLba = 0;   ///< the rule wants an address only if ranged
+struct FaultRule
+{
+    std::string text;          ///< the line itself; it identifies the rule's counter
+    int operation = -1;        ///< operation code, kAnyOperation or kMediaOperation
+    std::int32_t firstLba = 0; ///< the rule wants an address only if ranged
     std::int32_t lastLba = 0;
     bool ranged = false;
-    std::uint32_t nth = 1;       ///< strikes from this match on
-    std::uint32_t times = 1;     ///< so many matches; kForever for good
-    bool after = false;          ///< the command is carried out and then fails
+    std::uint32_t nth = 1;   ///< strikes from this match on
+    std::uint32_t times = 1; ///< so many matches; kForever for good
+    bool after = false;      ///< the command is carried out and then fails
     FaultKind kind = FaultKind::Sense;
     Sense sense;
-    std::uint32_t delayMs = 0;   ///< kForever hangs until the caller's time limit
+    std::uint32_t delayMs = 0; ///< kForever hangs until the caller's time limit
     int shiftSamples = 0;
 };
 
@@ -43,14 +45,16 @@ inline constexpr int kAnyOperation = -1;
 inline constexpr int kMediaOperation = -2;
 
 /// How often a rule has matched; lives in the drive's shared state.
-struct FaultCounter {
+struct FaultCounter
+{
     std::uint64_t rule = 0;
     std::uint32_t matches = 0;
     std::uint32_t strikes = 0;
 };
 
 /// What the rules say about one command.
-struct FaultVerdict {
+struct FaultVerdict
+{
     std::optional<FaultRule> failure; ///< a Sense, Transport, Gone or Pull rule
     std::uint32_t delayMs = 0;
     std::vector<FaultRule> readFaults; ///< Noise and Jitter rules
@@ -58,7 +62,8 @@ struct FaultVerdict {
 };
 
 /// The address range a command works on.
-struct CommandRange {
+struct CommandRange
+{
     bool known = false;
     std::int32_t first = 0;
     std::int32_t count = 0;
@@ -72,14 +77,14 @@ struct CommandRange {
 [[nodiscard]] FaultCounter* counterOf(const FaultRule& rule, FaultCounter* counters, std::size_t size);
 
 /// Counts the command against every rule and tells which of them strike.
-[[nodiscard]] FaultVerdict judge(const std::vector<FaultRule>& rules, int operation, const CommandRange& range,
-                                 FaultCounter* counters, std::size_t size);
+[[nodiscard]] FaultVerdict judge(const std::vector<FaultRule>& rules, int operation,
+                                 const CommandRange& range, FaultCounter* counters, std::size_t size);
 
 /// Forgets the counters of rules that no longer stand in the configuration.
 void dropCounters(const std::vector<FaultRule>& rules, FaultCounter* counters, std::size_t size);
 
 /// Whether a rule of kind @p kind has struck and still stands.
-[[nodiscard]] bool hasStruck(const std::vector<FaultRule>& rules, FaultKind kind, FaultCounter* counters,
-                             std::size_t size);
+[[nodiscard]] bool hasStruck(const std::vector<FaultRule>& rules, FaultKind kind,
+                             const FaultCounter* counters, std::size_t size);
 
 } // namespace zib::drive

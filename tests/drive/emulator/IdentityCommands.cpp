@@ -41,7 +41,8 @@ public:
             return;
         }
         appendBigEndian(m_bytes, 2, code);
-        m_bytes.push_back(static_cast<std::uint8_t>(version << 2U | (persistent ? 2U : 0U) | (current ? 1U : 0U)));
+        m_bytes.push_back(
+            static_cast<std::uint8_t>(version << 2U | (persistent ? 2U : 0U) | (current ? 1U : 0U)));
         m_bytes.push_back(static_cast<std::uint8_t>(data.size()));
         m_bytes.insert(m_bytes.end(), data.begin(), data.end());
     }
@@ -59,8 +60,8 @@ Bytes profileList(const Station& station)
     const auto current = currentProfile(station);
     Bytes list;
     for (const std::uint16_t profile : {0x000A, 0x0009, 0x0008}) {
-        const bool able = profile == 0x0008 || (profile == 0x0009 && station.config.writesCdR)
-                       || (profile == 0x000A && station.config.writesCdRw);
+        const bool able = profile == 0x0008 || (profile == 0x0009 && station.config.writesCdR) ||
+                          (profile == 0x000A && station.config.writesCdRw);
         if (able) {
             appendBigEndian(list, 2, profile);
             list.push_back(profile == current ? 1 : 0);
@@ -74,9 +75,9 @@ void addWritingFeatures(FeatureList& features, const Station& station)
 {
     const DriveConfig& config = station.config;
     const bool writable = station.writable();
-    const auto common = static_cast<std::uint8_t>((config.bufferProtection ? 0x40U : 0U)
-                                                  | (config.simulation ? 0x04U : 0U)
-                                                  | (config.writesCdRw ? 0x02U : 0U));
+    const auto common =
+        static_cast<std::uint8_t>((config.bufferProtection ? 0x40U : 0U) | (config.simulation ? 0x04U : 0U) |
+                                  (config.writesCdRw ? 0x02U : 0U));
     if (config.tao) {
         features.add(0x002D, 2, false, writable, {common, 0, 0, 0});
     }
@@ -172,7 +173,8 @@ Answer getPerformance(Station& station, const Request& request)
     Bytes reply;
     appendBigEndian(reply, 4, static_cast<std::uint32_t>(list.size() + 4));
     appendBigEndian(reply, 4, 0);
-    reply.insert(reply.end(), list.begin(), list.begin() + static_cast<std::ptrdiff_t>(std::min(room, list.size())));
+    reply.insert(reply.end(), list.begin(),
+                 list.begin() + static_cast<std::ptrdiff_t>(std::min(room, list.size())));
     return reply;
 }
 

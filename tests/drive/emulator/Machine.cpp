@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -26,14 +27,39 @@ int fail(int error)
     return -1;
 }
 
+const char* nameOf(int error)
+{
+    switch (error) {
+    case EBUSY:
+        return "EBUSY";
+    case ENOMEDIUM:
+        return "ENOMEDIUM";
+    default:
+        return "EACCES";
+    }
+}
+
 void becomeBlockDevice(struct ::stat& info, const Drive& drive)
 {
-    const bool denied = drive.config().access == NodeAccess::Denied;
+    const bool denied = drive.config()->access == NodeAccess::Denied;
     info.st_mode = S_IFBLK | (denied ? 0600U : 0660U);
     info.st_gid = kCdromGroup;
     info.st_rdev = ::makedev(kScsiCdromMajor, Machine::numberOf(drive));
     info.st_size = 0;
     info.st_blocks = 0;
+}
+
+std::string fileText(const std::string& path)
+{
+    std::string text;
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    std::array<char, 4096> piece{};
+    for (ssize_t got = 1; fd >= 0 && got > 0;) {
+        got = ::read(fd, piece.data(), piece.size());
+        text.append(piece.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    }
+    ::close(fd);
+    return text;
 }
 
 std::string column(const std::vector<std::string>& values, const char* title)
@@ -55,7 +81,8 @@ Machine* Machine::instance()
     if (path == nullptr || *path == '\0') {
         return nullptr;
     }
-    // A test that goes on to another configuration gets another machine. The old ones stay for whoever still uses them.
+    // A test that goes on to another configuration gets another machine. The old ones stay for whoever still
+    // uses them.
     static std::mutex making;
     static auto& made = *new std::map<std::string, std::unique_ptr<Machine>>; // outlives exit handlers
     const std::lock_guard lock{making};
@@ -74,7 +101,7 @@ Machine* Machine::existing()
 
 unsigned Machine::numberOf(const Drive& drive)
 {
-    const auto& name = drive.config().name;
+    const auto name = drive.config()->name;
     const auto digit = name.find_first_of("0123456789");
     return digit == std::string::npos ? 0 : static_cast<unsigned>(std::atoi(name.c_str() + digit));
 }
@@ -90,7 +117,9 @@ void Machine::take(const DriveConfig& config)
     slot.drive = std::make_unique<Drive>(config);
     const std::string node = config.folder + "/" + config.name + ".node";
     const int fd = ::open(node.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-    struct ::stat info {};
+    struct ::stat info
+    {
+    };
     if (fd >= 0 && ::fstat(fd, &info) == 0) {
         slot.nodeDevice = info.st_dev;
         slot.nodeFile = info.st_ino;
@@ -98,19 +127,16 @@ void Machine::take(const DriveConfig& config)
     }
 }
 
+// Reading the file each time costs a few microseconds. Its time stamp is no substitute: two changes may share
+// one.
 void Machine::refresh()
 {
-    struct ::stat info {};
-    const bool there = ::stat(m_configPath.c_str(), &info) == 0;
-    const bool same = there && info.st_ino == m_configFile && info.st_size == m_configSize
-                   && info.st_mtim.tv_sec == m_configTime.tv_sec && info.st_mtim.tv_nsec == m_configTime.tv_nsec;
-    if (same || (!there && m_configSize == -1)) {
+    const std::string text = fileText(m_configPath);
+    if (text == m_configText) {
         return;
     }
-    m_configFile = info.st_ino;
-    m_configSize = there ? info.st_size : -1;
-    m_configTime = info.st_mtim;
-    const Config config = readConfig(m_configPath);
+    m_configText = text;
+    const Config config = readConfig(m_configPath, text);
     for (const auto& problem : config.problems) {
         std::fprintf(stderr, "emulated drive: %s: %s\n", m_configPath.c_str(), problem.c_str());
     }
@@ -124,7 +150,7 @@ void Machine::refresh()
 
 bool Machine::pluggedIn(const Slot& slot)
 {
-    return slot.configured && slot.drive->config().access != NodeAccess::Missing && !slot.drive->gone();
+    return slot.configured && slot.drive->config()->access != NodeAccess::Missing && !slot.drive->gone();
 }
 
 Machine::Slot* Machine::slotOf(std::string_view path)
@@ -146,7 +172,7 @@ bool Machine::isNode(std::string_view path)
 int Machine::refusalOf(const Drive& drive, int flags)
 {
     const bool writing = (flags & O_ACCMODE) != O_RDONLY;
-    switch (drive.config().access) {
+    switch (drive.config()->access) {
     case NodeAccess::Denied:
         return EACCES;
     case NodeAccess::ReadOnly:
@@ -154,13 +180,13 @@ int Machine::refusalOf(const Drive& drive, int flags)
     case NodeAccess::Busy:
         return (flags & O_EXCL) != 0 ? EBUSY : 0;
     default:
-        return 0;
+        return (flags & O_NONBLOCK) == 0 && !drive.loaded() ? ENOMEDIUM : 0;
     }
 }
 
 int Machine::openNode(Slot& slot, int flags)
 {
-    const auto& config = slot.drive->config();
+    const auto config = *slot.drive->config();
     const std::string node = config.folder + "/" + config.name + ".node";
     const int fd = ::open(node.c_str(), (flags & (O_ACCMODE | O_CLOEXEC | O_NONBLOCK)));
     if (fd >= 0 && (flags & O_EXCL) != 0 && ::flock(fd, LOCK_EX | LOCK_NB) != 0) {
@@ -181,8 +207,7 @@ int Machine::open(std::string_view path, int flags)
     const int fd = refusal != 0 ? fail(refusal) : openNode(*slot, flags);
     const int error = errno;
     const bool exclusive = (flags & O_EXCL) != 0;
-    slot->drive->noteOpening(exclusive ? "exclusive" : "shared",
-                             fd >= 0 ? "good" : error == EBUSY ? "EBUSY" : "EACCES");
+    slot->drive->noteOpening(exclusive ? "exclusive" : "shared", fd >= 0 ? "good" : nameOf(error));
     errno = error;
     return fd;
 }
@@ -194,8 +219,9 @@ int Machine::access(std::string_view path, int mode)
     if (slot == nullptr) {
         return fail(ENOENT);
     }
-    const bool denied = (mode & (R_OK | W_OK)) != 0
-                     && refusalOf(*slot->drive, (mode & W_OK) != 0 ? O_RDWR : O_RDONLY) == EACCES;
+    const bool denied =
+        (mode & (R_OK | W_OK)) != 0 &&
+        refusalOf(*slot->drive, ((mode & W_OK) != 0 ? O_RDWR : O_RDONLY) | O_NONBLOCK) == EACCES;
     return denied || (mode & X_OK) != 0 ? fail(EACCES) : 0;
 }
 
@@ -206,7 +232,7 @@ int Machine::describe(std::string_view path, struct ::stat& info)
     if (slot == nullptr) {
         return fail(ENOENT);
     }
-    const auto& config = slot->drive->config();
+    const auto config = *slot->drive->config();
     const int described = ::stat((config.folder + "/" + config.name + ".node").c_str(), &info);
     becomeBlockDevice(info, *slot->drive);
     return described;
@@ -229,7 +255,9 @@ bool Machine::disguise(struct ::stat& info)
 
 Drive* Machine::driveOf(int fd)
 {
-    struct ::stat info {};
+    struct ::stat info
+    {
+    };
     const std::lock_guard lock{m_mutex};
     if (::fstat(fd, &info) != 0 || !(S_ISREG(info.st_mode) || S_ISBLK(info.st_mode))) {
         return nullptr;
@@ -265,15 +293,16 @@ std::string Machine::procInfo()
         const std::lock_guard lock{m_mutex};
         const Slot* slot = slotOf(path);
         if (slot != nullptr) {
-            names.push_back(slot->drive->config().name);
-            speeds.push_back(std::to_string(slot->drive->config().readSpeed));
+            names.push_back(slot->drive->config()->name);
+            speeds.push_back(std::to_string(slot->drive->config()->readSpeed));
             yes.emplace_back("1");
         }
     }
-    return "CD-ROM information, Id: cdrom.c 3.20 2003/12/17\n\n" + column(names, "drive name:\t")
-         + column(speeds, "drive speed:\t") + column(yes, "drive # of slots:") + column(yes, "Can close tray:\t")
-         + column(yes, "Can open tray:\t") + column(yes, "Can lock tray:\t") + column(yes, "Can play audio:\t")
-         + column(yes, "Can write CD-R:\t") + column(yes, "Can write CD-RW:") + "\n";
+    return "CD-ROM information, Id: cdrom.c 3.20 2003/12/17\n\n" + column(names, "drive name:\t") +
+           column(speeds, "drive speed:\t") + column(yes, "drive # of slots:") +
+           column(yes, "Can close tray:\t") + column(yes, "Can open tray:\t") +
+           column(yes, "Can lock tray:\t") + column(yes, "Can play audio:\t") +
+           column(yes, "Can write CD-R:\t") + column(yes, "Can write CD-RW:") + "\n";
 }
 
 } // namespace zib::drive

@@ -16,8 +16,9 @@ namespace zib::drive {
 
 /// All emulated drives of this process, and the device nodes in front of them. Safe for threads.
 ///
-/// A node is opened as an ordinary file of its own (FOLDER/sr0.node). Which descriptors belong to a drive is told by that
-/// file, so duplicated and inherited descriptors need no bookkeeping, and exclusive opening is a lock on it.
+/// A node is opened as an ordinary file of its own (FOLDER/sr0.node). Which descriptors belong to a drive is
+/// told by that file, so duplicated and inherited descriptors need no bookkeeping, and exclusive opening is a
+/// lock on it.
 class Machine
 {
 public:
@@ -52,7 +53,8 @@ public:
     static unsigned numberOf(const Drive& drive);
 
 private:
-    struct Slot {
+    struct Slot
+    {
         std::unique_ptr<Drive> drive;
         dev_t nodeDevice = 0;
         ino_t nodeFile = 0;
@@ -68,9 +70,7 @@ private:
 
     std::mutex m_mutex;
     std::string m_configPath;
-    struct timespec m_configTime {};
-    ino_t m_configFile = 0;
-    off_t m_configSize = -1;
+    std::string m_configText;
     std::map<std::string, Slot, std::less<>> m_slots;
 };
 

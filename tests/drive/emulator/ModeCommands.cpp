@@ -18,8 +18,8 @@ Bytes capabilities(const Station& station)
     const DriveConfig& config = station.config;
     const bool locked = station.state.doorLocked;
     Bytes page{kCapabilitiesPage, 0, 0x07};
-    page.push_back(static_cast<std::uint8_t>((config.writesCdR ? 1U : 0U) | (config.writesCdRw ? 2U : 0U)
-                                             | (config.simulation ? 4U : 0U)));
+    page.push_back(static_cast<std::uint8_t>((config.writesCdR ? 1U : 0U) | (config.writesCdRw ? 2U : 0U) |
+                                             (config.simulation ? 4U : 0U)));
     page.push_back(static_cast<std::uint8_t>(0x71U | (config.bufferProtection ? 0x80U : 0U)));
     page.push_back(static_cast<std::uint8_t>(0x6FU | (config.c2Pointers ? 0x10U : 0U)));
     page.push_back(static_cast<std::uint8_t>(0x29U | (locked ? 2U : 0U)));
@@ -99,8 +99,8 @@ bool writeParametersFit(const DriveConfig& config, ByteView page)
     const bool able = (type == kTrackAtOnce && config.tao) || (type == kSessionAtOnce && config.sao);
     const bool test = (page[2] & 0x10U) != 0;
     const bool protection = (page[2] & 0x40U) != 0;
-    return able && (!test || config.simulation) && (!protection || config.bufferProtection)
-        && blockTypeFits(type, page[4] & 0xFU);
+    return able && (!test || config.simulation) && (!protection || config.bufferProtection) &&
+           blockTypeFits(type, page[4] & 0xFU);
 }
 
 Sense selectWriteParameters(Station& station, ByteView page)
@@ -164,7 +164,10 @@ int nearestSpeed(const std::vector<int>& speeds, std::uint32_t asked)
 void selectSpeeds(Station& station, std::uint32_t reading, std::uint32_t writing)
 {
     const int fastest = kilobytesPerSecond(station.config.readSpeed);
-    station.state.readSpeed = reading == 0 ? fastest : static_cast<int>(std::min<std::uint32_t>(reading, static_cast<std::uint32_t>(fastest)));
+    station.state.readSpeed =
+        reading == 0
+            ? fastest
+            : static_cast<int>(std::min<std::uint32_t>(reading, static_cast<std::uint32_t>(fastest)));
     station.state.writeSpeed = nearestSpeed(station.config.writeSpeeds, writing == 0 ? 0xFFFF : writing);
 }
 

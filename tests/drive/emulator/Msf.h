@@ -9,7 +9,8 @@ inline constexpr std::int32_t kPregapFrames = 150;
 inline constexpr std::size_t kFrameBytes = 2352;
 
 /// An absolute time of the disc; address 0 is 00:02:00.
-struct Msf {
+struct Msf
+{
     std::uint8_t minute = 0;
     std::uint8_t second = 0;
     std::uint8_t frame = 0;

@@ -9,31 +9,50 @@
 namespace zib::drive {
 namespace {
 
-struct Operation {
+struct Operation
+{
     int code;
     const char* name;
     bool media;
 };
 
 constexpr std::array kOperations{
-    Operation{0x00, "TEST_UNIT_READY", true},      Operation{0x01, "REZERO_UNIT", true},
-    Operation{0x03, "REQUEST_SENSE", false},       Operation{0x12, "INQUIRY", false},
-    Operation{0x15, "MODE_SELECT_6", false},       Operation{0x1A, "MODE_SENSE_6", false},
-    Operation{0x1B, "START_STOP_UNIT", false},     Operation{0x1E, "PREVENT_ALLOW", false},
-    Operation{0x23, "READ_FORMAT_CAPACITIES", true}, Operation{0x25, "READ_CAPACITY", true},
-    Operation{0x28, "READ_10", true},              Operation{0x2A, "WRITE_10", true},
-    Operation{0x2B, "SEEK_10", true},              Operation{0x35, "SYNCHRONIZE_CACHE", true},
-    Operation{0x42, "READ_SUB_CHANNEL", true},     Operation{0x43, "READ_TOC", true},
-    Operation{0x46, "GET_CONFIGURATION", false},   Operation{0x4A, "GET_EVENT_STATUS", false},
-    Operation{0x51, "READ_DISC_INFORMATION", true}, Operation{0x52, "READ_TRACK_INFORMATION", true},
-    Operation{0x53, "RESERVE_TRACK", true},        Operation{0x54, "SEND_OPC", true},
-    Operation{0x55, "MODE_SELECT_10", false},      Operation{0x5A, "MODE_SENSE_10", false},
-    Operation{0x5B, "CLOSE_TRACK_SESSION", true},  Operation{0x5C, "READ_BUFFER_CAPACITY", false},
-    Operation{0x5D, "SEND_CUE_SHEET", true},       Operation{0xA1, "BLANK", true},
-    Operation{0xA8, "READ_12", true},              Operation{0xAA, "WRITE_12", true},
-    Operation{0xAC, "GET_PERFORMANCE", false},     Operation{0xB6, "SET_STREAMING", false},
-    Operation{0xB9, "READ_CD_MSF", true},          Operation{0xBB, "SET_CD_SPEED", false},
-    Operation{0xBD, "MECHANISM_STATUS", false},    Operation{0xBE, "READ_CD", true},
+    Operation{0x00, "TEST_UNIT_READY", true},
+    Operation{0x01, "REZERO_UNIT", true},
+    Operation{0x03, "REQUEST_SENSE", false},
+    Operation{0x12, "INQUIRY", false},
+    Operation{0x15, "MODE_SELECT_6", false},
+    Operation{0x1A, "MODE_SENSE_6", false},
+    Operation{0x1B, "START_STOP_UNIT", false},
+    Operation{0x1E, "PREVENT_ALLOW", false},
+    Operation{0x23, "READ_FORMAT_CAPACITIES", true},
+    Operation{0x25, "READ_CAPACITY", true},
+    Operation{0x28, "READ_10", true},
+    Operation{0x2A, "WRITE_10", true},
+    Operation{0x2B, "SEEK_10", true},
+    Operation{0x35, "SYNCHRONIZE_CACHE", true},
+    Operation{0x42, "READ_SUB_CHANNEL", true},
+    Operation{0x43, "READ_TOC", true},
+    Operation{0x46, "GET_CONFIGURATION", false},
+    Operation{0x4A, "GET_EVENT_STATUS", false},
+    Operation{0x51, "READ_DISC_INFORMATION", true},
+    Operation{0x52, "READ_TRACK_INFORMATION", true},
+    Operation{0x53, "RESERVE_TRACK", true},
+    Operation{0x54, "SEND_OPC", true},
+    Operation{0x55, "MODE_SELECT_10", false},
+    Operation{0x5A, "MODE_SENSE_10", false},
+    Operation{0x5B, "CLOSE_TRACK_SESSION", true},
+    Operation{0x5C, "READ_BUFFER_CAPACITY", false},
+    Operation{0x5D, "SEND_CUE_SHEET", true},
+    Operation{0xA1, "BLANK", true},
+    Operation{0xA8, "READ_12", true},
+    Operation{0xAA, "WRITE_12", true},
+    Operation{0xAC, "GET_PERFORMANCE", false},
+    Operation{0xB6, "SET_STREAMING", false},
+    Operation{0xB9, "READ_CD_MSF", true},
+    Operation{0xBB, "SET_CD_SPEED", false},
+    Operation{0xBD, "MECHANISM_STATUS", false},
+    Operation{0xBE, "READ_CD", true},
 };
 
 CommandRange msfRange(ByteView cdb)

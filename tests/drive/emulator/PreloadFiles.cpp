@@ -1,5 +1,5 @@
-// Stands in front of the C library's functions that take a path, and lets the device nodes of emulated drives appear.
-// Built without the 64-bit renaming of <sys/stat.h>, so that every public name can be defined here.
+// Stands in front of the C library's functions that take a path, and lets the device nodes of emulated drives
+// appear. Built without the 64-bit renaming of <sys/stat.h>, so that every public name can be defined here.
 
 #include "Machine.h"
 #include "Real.h"
@@ -35,7 +35,8 @@ Machine* machineFor(const char* path)
 
 bool isProcInfo(const char* path)
 {
-    return path != nullptr && !Inside::already() && std::strcmp(path, kProcInfo) == 0 && Machine::instance() != nullptr;
+    return path != nullptr && !Inside::already() && std::strcmp(path, kProcInfo) == 0 &&
+           Machine::instance() != nullptr;
 }
 
 template <typename Stat>
@@ -49,7 +50,9 @@ template <typename Stat>
 int describe(Machine& machine, const char* path, Stat* info)
 {
     const Inside inside;
-    struct ::stat node {};
+    struct ::stat node
+    {
+    };
     const int result = machine.describe(path, node);
     if (result == 0) {
         copyStat(node, *info);
@@ -63,7 +66,9 @@ int disguised(int result, Stat* info)
     Machine* machine = Inside::already() ? nullptr : Machine::existing();
     if (result == 0 && machine != nullptr && S_ISREG(info->st_mode)) {
         const Inside inside;
-        struct ::stat node {};
+        struct ::stat node
+        {
+        };
         std::memcpy(&node, info, sizeof node);
         if (machine->disguise(node)) {
             copyStat(node, *info);
@@ -109,9 +114,11 @@ mode_t modeOf(int flags, va_list arguments)
 }
 
 template <typename Glob>
-int globbed(int result, const char* pattern, int flags, Glob* found, int (*plain)(const char*, int, int (*)(const char*, int), Glob*))
+int globbed(int result, const char* pattern, int flags, Glob* found,
+            int (*plain)(const char*, int, int (*)(const char*, int), Glob*))
 {
-    const bool ours = !Inside::already() && std::strncmp(pattern, "/dev/", 5) == 0 && Machine::instance() != nullptr;
+    const bool ours =
+        !Inside::already() && std::strncmp(pattern, "/dev/", 5) == 0 && Machine::instance() != nullptr;
     if (!ours) {
         return result;
     }
@@ -136,67 +143,67 @@ int globbed(int result, const char* pattern, int flags, Glob* found, int (*plain
 
 using namespace zib::drive;
 
-#define ZIB_OPEN(NAME)                                                                                                 \
-    ZIB_EXPORT int NAME(const char* path, int flags, ...)                                                              \
-    {                                                                                                                  \
-        va_list arguments;                                                                                             \
-        va_start(arguments, flags);                                                                                    \
-        const mode_t mode = modeOf(flags, arguments);                                                                  \
-        va_end(arguments);                                                                                             \
-        int fd = -1;                                                                                                   \
-        static auto* const next = real<int(const char*, int, ...)>(#NAME);                                             \
-        return openOurs(path, flags, fd) ? fd : next(path, flags, mode);                                               \
+#define ZIB_OPEN(NAME)                                                                                       \
+    ZIB_EXPORT int NAME(const char* path, int flags, ...)                                                    \
+    {                                                                                                        \
+        va_list arguments;                                                                                   \
+        va_start(arguments, flags);                                                                          \
+        const mode_t mode = modeOf(flags, arguments);                                                        \
+        va_end(arguments);                                                                                   \
+        int fd = -1;                                                                                         \
+        static auto* const next = real<int(const char*, int, ...)>(#NAME);                                   \
+        return openOurs(path, flags, fd) ? fd : next(path, flags, mode);                                     \
     }
 
 ZIB_OPEN(open)
 ZIB_OPEN(open64)
 
-#define ZIB_OPENAT(NAME)                                                                                               \
-    ZIB_EXPORT int NAME(int folder, const char* path, int flags, ...)                                                  \
-    {                                                                                                                  \
-        va_list arguments;                                                                                             \
-        va_start(arguments, flags);                                                                                    \
-        const mode_t mode = modeOf(flags, arguments);                                                                  \
-        va_end(arguments);                                                                                             \
-        int fd = -1;                                                                                                   \
-        static auto* const next = real<int(int, const char*, int, ...)>(#NAME);                                        \
-        return openOurs(path, flags, fd) ? fd : next(folder, path, flags, mode);                                       \
+#define ZIB_OPENAT(NAME)                                                                                     \
+    ZIB_EXPORT int NAME(int folder, const char* path, int flags, ...)                                        \
+    {                                                                                                        \
+        va_list arguments;                                                                                   \
+        va_start(arguments, flags);                                                                          \
+        const mode_t mode = modeOf(flags, arguments);                                                        \
+        va_end(arguments);                                                                                   \
+        int fd = -1;                                                                                         \
+        static auto* const next = real<int(int, const char*, int, ...)>(#NAME);                              \
+        return openOurs(path, flags, fd) ? fd : next(folder, path, flags, mode);                             \
     }
 
 ZIB_OPENAT(openat)
 ZIB_OPENAT(openat64)
 
-#define ZIB_OPEN_CHECKED(NAME)                                                                                         \
-    ZIB_EXPORT int NAME(const char* path, int flags)                                                                   \
-    {                                                                                                                  \
-        int fd = -1;                                                                                                   \
-        static auto* const next = real<int(const char*, int)>(#NAME);                                                  \
-        return openOurs(path, flags, fd) ? fd : next(path, flags);                                                     \
+#define ZIB_OPEN_CHECKED(NAME)                                                                               \
+    ZIB_EXPORT int NAME(const char* path, int flags)                                                         \
+    {                                                                                                        \
+        int fd = -1;                                                                                         \
+        static auto* const next = real<int(const char*, int)>(#NAME);                                        \
+        return openOurs(path, flags, fd) ? fd : next(path, flags);                                           \
     }
 
 ZIB_OPEN_CHECKED(__open_2)
 ZIB_OPEN_CHECKED(__open64_2)
 
-#define ZIB_FOPEN(NAME)                                                                                                \
-    ZIB_EXPORT FILE* NAME(const char* path, const char* mode)                                                          \
-    {                                                                                                                  \
-        static auto* const next = real<FILE*(const char*, const char*)>(#NAME);                                        \
-        if (!isProcInfo(path)) {                                                                                       \
-            return next(path, mode);                                                                                   \
-        }                                                                                                              \
-        const int fd = openProcInfo();                                                                                 \
-        return fd < 0 ? nullptr : ::fdopen(fd, "r");                                                                   \
+#define ZIB_FOPEN(NAME)                                                                                      \
+    ZIB_EXPORT FILE* NAME(const char* path, const char* mode)                                                \
+    {                                                                                                        \
+        static auto* const next = real<FILE*(const char*, const char*)>(#NAME);                              \
+        if (!isProcInfo(path)) {                                                                             \
+            return next(path, mode);                                                                         \
+        }                                                                                                    \
+        const int fd = openProcInfo();                                                                       \
+        return fd < 0 ? nullptr : ::fdopen(fd, "r");                                                         \
     }
 
 ZIB_FOPEN(fopen)
 ZIB_FOPEN(fopen64)
 
-#define ZIB_STAT(NAME, STAT)                                                                                           \
-    ZIB_EXPORT int NAME(const char* path, struct STAT* info)                                                           \
-    {                                                                                                                  \
-        static auto* const next = real<int(const char*, struct STAT*)>(#NAME);                                         \
-        Machine* machine = machineFor(path);                                                                           \
-        return machine != nullptr ? describe(*machine, path, info) : next(path, info);                                 \
+#define ZIB_STAT(NAME, STAT)                                                                                 \
+    ZIB_EXPORT int NAME(const char* path, struct STAT* info)                                                 \
+    {                                                                                                        \
+        static auto* const next = real<int(const char*, struct STAT*)>(#NAME);                               \
+        Machine* machine = machineFor(path);                                                                 \
+        return machine != nullptr ? describe(*machine, path, info) : next(path, info);                       \
     }
 
 ZIB_STAT(stat, stat)
@@ -204,12 +211,12 @@ ZIB_STAT(stat64, stat64)
 ZIB_STAT(lstat, stat)
 ZIB_STAT(lstat64, stat64)
 
-#define ZIB_XSTAT(NAME, STAT)                                                                                          \
-    ZIB_EXPORT int NAME(int version, const char* path, struct STAT* info)                                              \
-    {                                                                                                                  \
-        static auto* const next = real<int(int, const char*, struct STAT*)>(#NAME);                                    \
-        Machine* machine = machineFor(path);                                                                           \
-        return machine != nullptr ? describe(*machine, path, info) : next(version, path, info);                        \
+#define ZIB_XSTAT(NAME, STAT)                                                                                \
+    ZIB_EXPORT int NAME(int version, const char* path, struct STAT* info)                                    \
+    {                                                                                                        \
+        static auto* const next = real<int(int, const char*, struct STAT*)>(#NAME);                          \
+        Machine* machine = machineFor(path);                                                                 \
+        return machine != nullptr ? describe(*machine, path, info) : next(version, path, info);              \
     }
 
 ZIB_XSTAT(__xstat, stat)
@@ -217,32 +224,32 @@ ZIB_XSTAT(__xstat64, stat64)
 ZIB_XSTAT(__lxstat, stat)
 ZIB_XSTAT(__lxstat64, stat64)
 
-#define ZIB_FSTAT(NAME, STAT)                                                                                          \
-    ZIB_EXPORT int NAME(int fd, struct STAT* info)                                                                     \
-    {                                                                                                                  \
-        static auto* const next = real<int(int, struct STAT*)>(#NAME);                                                 \
-        return disguised(next(fd, info), info);                                                                        \
+#define ZIB_FSTAT(NAME, STAT)                                                                                \
+    ZIB_EXPORT int NAME(int fd, struct STAT* info)                                                           \
+    {                                                                                                        \
+        static auto* const next = real<int(int, struct STAT*)>(#NAME);                                       \
+        return disguised(next(fd, info), info);                                                              \
     }
 
 ZIB_FSTAT(fstat, stat)
 ZIB_FSTAT(fstat64, stat64)
 
-#define ZIB_FXSTAT(NAME, STAT)                                                                                         \
-    ZIB_EXPORT int NAME(int version, int fd, struct STAT* info)                                                        \
-    {                                                                                                                  \
-        static auto* const next = real<int(int, int, struct STAT*)>(#NAME);                                            \
-        return disguised(next(version, fd, info), info);                                                               \
+#define ZIB_FXSTAT(NAME, STAT)                                                                               \
+    ZIB_EXPORT int NAME(int version, int fd, struct STAT* info)                                              \
+    {                                                                                                        \
+        static auto* const next = real<int(int, int, struct STAT*)>(#NAME);                                  \
+        return disguised(next(version, fd, info), info);                                                     \
     }
 
 ZIB_FXSTAT(__fxstat, stat)
 ZIB_FXSTAT(__fxstat64, stat64)
 
-#define ZIB_FSTATAT(NAME, STAT)                                                                                        \
-    ZIB_EXPORT int NAME(int folder, const char* path, struct STAT* info, int flags)                                    \
-    {                                                                                                                  \
-        static auto* const next = real<int(int, const char*, struct STAT*, int)>(#NAME);                               \
-        Machine* machine = machineFor(path);                                                                           \
-        return machine != nullptr ? describe(*machine, path, info) : next(folder, path, info, flags);                  \
+#define ZIB_FSTATAT(NAME, STAT)                                                                              \
+    ZIB_EXPORT int NAME(int folder, const char* path, struct STAT* info, int flags)                          \
+    {                                                                                                        \
+        static auto* const next = real<int(int, const char*, struct STAT*, int)>(#NAME);                     \
+        Machine* machine = machineFor(path);                                                                 \
+        return machine != nullptr ? describe(*machine, path, info) : next(folder, path, info, flags);        \
     }
 
 ZIB_FSTATAT(fstatat, stat)
@@ -255,7 +262,9 @@ ZIB_EXPORT int statx(int folder, const char* path, int flags, unsigned mask, str
     if (machine == nullptr) {
         return next(folder, path, flags, mask, info);
     }
-    struct stat node {};
+    struct stat node
+    {
+    };
     const int result = describe(*machine, path, &node);
     *info = {};
     info->stx_mask = STATX_BASIC_STATS;
@@ -305,11 +314,11 @@ ZIB_EXPORT char* __realpath_chk(const char* path, char* resolved, std::size_t)
     return realpath(path, resolved);
 }
 
-#define ZIB_GLOB(NAME, GLOB)                                                                                           \
-    ZIB_EXPORT int NAME(const char* pattern, int flags, int (*onError)(const char*, int), GLOB* found)                 \
-    {                                                                                                                  \
-        static auto* const next = real<int(const char*, int, int (*)(const char*, int), GLOB*)>(#NAME);                \
-        return globbed(next(pattern, flags, onError, found), pattern, flags, found, next);                             \
+#define ZIB_GLOB(NAME, GLOB)                                                                                 \
+    ZIB_EXPORT int NAME(const char* pattern, int flags, int (*onError)(const char*, int), GLOB* found)       \
+    {                                                                                                        \
+        static auto* const next = real<int(const char*, int, int (*)(const char*, int), GLOB*)>(#NAME);      \
+        return globbed(next(pattern, flags, onError, found), pattern, flags, found, next);                   \
     }
 
 ZIB_GLOB(glob, glob_t)

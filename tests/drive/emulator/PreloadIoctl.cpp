@@ -13,7 +13,8 @@ namespace {
 
 using namespace zib::drive;
 
-/// The magic numbers of the requests a CD-ROM node understands: SCSI and CD-ROM ('S'), SCSI generic (0x22), block (0x12).
+/// The magic numbers of the requests a CD-ROM node understands: SCSI and CD-ROM ('S'), SCSI generic (0x22),
+/// block (0x12).
 bool mayConcernDrives(unsigned long request)
 {
     const unsigned long group = request >> 8U & 0xFFU;

@@ -11,7 +11,8 @@ constexpr std::size_t kHeaderBytes = 16; // sync pattern and header of a data fr
 constexpr std::size_t kUserBytes = 2048;
 
 /// Which parts of a frame READ CD is to hand over.
-struct Parts {
+struct Parts
+{
     std::uint8_t main = 0;       ///< byte 9 of the command
     std::uint8_t subChannel = 0; ///< byte 10 of the command
 };
@@ -79,7 +80,8 @@ Answer readFrames(const Station& station, const CommandRange& range, std::uint8_
     reply.reserve(static_cast<std::size_t>(range.count) * kFrameBytes);
     for (std::int32_t lba = range.first; lba < range.first + range.count; ++lba) {
         const auto& state = disc.state();
-        if (state.sessionCount == 0 || lba < -kPregapFrames || lba >= state.sessions.at(state.sessionCount - 1).leadOut) {
+        if (state.sessionCount == 0 || lba < -kPregapFrames ||
+            lba >= state.sessions.at(state.sessionCount - 1).leadOut) {
             return failureAt(kAddressOutOfRange, lba);
         }
         if (!disc.readable(lba)) {
@@ -90,7 +92,11 @@ Answer readFrames(const Station& station, const CommandRange& range, std::uint8_
             return failureAt(kIllegalModeForTrack, lba);
         }
         appendMain(reply, disc, lba, data, parts.main);
-        reply.insert(reply.end(), errorFlags == 0 ? 0U : errorFlags == 1 ? 294U : 296U, static_cast<std::uint8_t>(0));
+        reply.insert(reply.end(),
+                     errorFlags == 0   ? 0U
+                     : errorFlags == 1 ? 294U
+                                       : 296U,
+                     static_cast<std::uint8_t>(0));
         appendSubChannel(reply, disc, lba, parts.subChannel);
     }
     return reply;
@@ -100,7 +106,8 @@ Answer readFrames(const Station& station, const CommandRange& range, std::uint8_
 
 Answer readCd(Station& station, const Request& request)
 {
-    return readFrames(station, rangeOf(request.cdb), request.cdb[1] >> 2U & 7U, {request.cdb[9], static_cast<std::uint8_t>(request.cdb[10] & 7U)});
+    return readFrames(station, rangeOf(request.cdb), request.cdb[1] >> 2U & 7U,
+                      {request.cdb[9], static_cast<std::uint8_t>(request.cdb[10] & 7U)});
 }
 
 Answer readCdMsf(Station& station, const Request& request)

@@ -15,8 +15,8 @@ namespace {
 constexpr std::int32_t kShortestTrack = 300;
 constexpr std::int32_t kRunOutFrames = 2;
 
-/// Samples that sound like a soft rumble and never repeat, the same on every run. Ripping programs find out the byte order
-/// of a drive by listening, so the content must be smooth: white noise sounds alike both ways.
+/// Samples that sound like a soft rumble and never repeat, the same on every run. Ripping programs find out
+/// the byte order of a drive by listening, so the content must be smooth: white noise sounds alike both ways.
 Bytes rumble(std::uint32_t seed, std::int32_t frames)
 {
     Bytes bytes(static_cast<std::size_t>(frames) * kFrameBytes);
@@ -125,7 +125,8 @@ private:
         bytes.resize(std::max<std::size_t>(whole, kShortestTrack) * kFrameBytes);
         track.end = track.start + static_cast<std::int32_t>(bytes.size() / kFrameBytes);
         track.complete = true;
-        if (content.empty() || track.end > m_disc.state().lastLeadOut || m_disc.state().trackCount >= kMaxTracks) {
+        if (content.empty() || track.end > m_disc.state().lastLeadOut ||
+            m_disc.state().trackCount >= kMaxTracks) {
             return false;
         }
         m_disc.addTrack(track);

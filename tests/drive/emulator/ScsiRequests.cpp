@@ -33,7 +33,8 @@ std::array<std::uint8_t, kSenseBytes> fixedSense(const Answer& answer)
     if (answer.address) {
         bytes[0] |= 0x80;
         for (std::size_t i = 0; i < 4; ++i) {
-            bytes.at(3 + i) = static_cast<std::uint8_t>(static_cast<std::uint32_t>(*answer.address) >> (24U - 8U * i));
+            bytes.at(3 + i) =
+                static_cast<std::uint8_t>(static_cast<std::uint32_t>(*answer.address) >> (24U - 8U * i));
         }
     }
     return bytes;
@@ -96,7 +97,8 @@ Request requestOf(const sg_io_hdr_t& header, std::array<std::uint8_t, 16>& cdb, 
     if (header.dxfer_direction == SG_DXFER_TO_DEV && header.dxfer_len > 0) {
         out = Transfer{header}.gather();
     }
-    const bool reads = header.dxfer_direction == SG_DXFER_FROM_DEV || header.dxfer_direction == SG_DXFER_TO_FROM_DEV;
+    const bool reads =
+        header.dxfer_direction == SG_DXFER_FROM_DEV || header.dxfer_direction == SG_DXFER_TO_FROM_DEV;
     return {cdb, out, reads ? header.dxfer_len : 0, header.timeout};
 }
 
@@ -134,7 +136,8 @@ int execute(Drive& drive, sg_io_hdr_t& header)
 
 int identify(const Drive& drive, void* argument)
 {
-    struct Identity {
+    struct Identity
+    {
         std::uint32_t address;
         std::uint32_t host;
     };

@@ -4,8 +4,10 @@
 
 namespace zib::drive {
 
-/// Sense key, additional sense code and qualifier, as SPC and MMC define them. Key 0 with code 0 means "no error".
-struct Sense {
+/// Sense key, additional sense code and qualifier, as SPC and MMC define them. Key 0 with code 0 means "no
+/// error".
+struct Sense
+{
     std::uint8_t key = 0;
     std::uint8_t asc = 0;
     std::uint8_t ascq = 0;

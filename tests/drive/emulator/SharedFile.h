@@ -12,8 +12,9 @@
 
 namespace zib::drive {
 
-/// A plain record kept in a mapped file, so that every process sees the same one and a killed process loses nothing.
-/// The record must be valid as all zero bytes until its first user fills it; `fresh` tells that user.
+/// A plain record kept in a mapped file, so that every process sees the same one and a killed process loses
+/// nothing. The record must be valid as all zero bytes until its first user fills it; `fresh` tells that
+/// user.
 template <typename Record>
 class SharedFile
 {
@@ -36,7 +37,9 @@ public:
             return false;
         }
         ::flock(fd, LOCK_EX);
-        struct ::stat info {};
+        struct ::stat info
+        {
+        };
         ::fstat(fd, &info);
         const bool fresh = info.st_size < static_cast<off_t>(sizeof(Record));
         if (!fresh || ::ftruncate(fd, sizeof(Record)) == 0) {

@@ -19,26 +19,27 @@ inline constexpr std::size_t kWriteParameterBytes = 52;
 inline constexpr std::size_t kErrorRecoveryBytes = 12;
 
 /// What the drive itself remembers, shared by all processes that use it.
-struct DriveState {
+struct DriveState
+{
     std::uint32_t version = 0;
     pthread_mutex_t mutex{};
-    std::uint64_t sequence = 0;      ///< commands executed so far
-    std::uint64_t disc = 0;          ///< identity of the disc seen last; 0 when there was none
-    bool started = false;            ///< the first look at the disc has been taken
+    std::uint64_t sequence = 0; ///< commands executed so far
+    std::uint64_t disc = 0;     ///< identity of the disc seen last; 0 when there was none
+    bool started = false;       ///< the first look at the disc has been taken
     bool trayOpen = false;
     bool doorLocked = false;
-    bool attention = false;          ///< a changed medium is still to be reported as unit attention
-    bool mediaChanged = false;       ///< the same, for CDROM_MEDIA_CHANGED
-    std::uint8_t mediaEvent = 0;     ///< the same, for GET EVENT STATUS NOTIFICATION
+    bool attention = false;      ///< a changed medium is still to be reported as unit attention
+    bool mediaChanged = false;   ///< the same, for CDROM_MEDIA_CHANGED
+    std::uint8_t mediaEvent = 0; ///< the same, for GET EVENT STATUS NOTIFICATION
     Sense lastSense;
     std::array<std::uint8_t, kWriteParameterBytes> writeParameters{};
     std::array<std::uint8_t, kErrorRecoveryBytes> errorRecovery{};
-    int writeSpeed = 0;              ///< in 1000 bytes per second, as in mode page 2A
+    int writeSpeed = 0; ///< in 1000 bytes per second, as in mode page 2A
     int readSpeed = 0;
-    std::int64_t busyUntilMs = 0;    ///< monotonic clock
-    bool sessionRunning = false;     ///< a cue sheet has been accepted and its last block not yet written
-    bool simulated = false;          ///< the running session or track leaves no trace
-    std::int32_t nextBlock = 0;      ///< session at once: the address that must come next
+    std::int64_t busyUntilMs = 0; ///< monotonic clock
+    bool sessionRunning = false;  ///< a cue sheet has been accepted and its last block not yet written
+    bool simulated = false;       ///< the running session or track leaves no trace
+    std::int32_t nextBlock = 0;   ///< session at once: the address that must come next
     std::int32_t nextLeadIn = 0;
     std::uint32_t simulatedTracks = 0;
     std::int32_t simulatedNext = 0;
@@ -50,15 +51,17 @@ struct DriveState {
 };
 
 /// One command as it reaches the drive.
-struct Request {
-    ByteView cdb;             ///< 12 bytes at least, padded with zeros
+struct Request
+{
+    ByteView cdb; ///< 12 bytes at least, padded with zeros
     ByteView dataOut;
     std::size_t dataInBytes = 0;
     std::uint32_t timeoutMs = 0; ///< 0 for none
 };
 
 /// What the drive, or the way to it, answers.
-struct Answer {
+struct Answer
+{
     Sense sense;
     Bytes data;
     int error = 0;          ///< errno for the caller; the command was not executed
@@ -68,25 +71,26 @@ struct Answer {
     std::optional<std::int32_t> address; ///< the information field of the sense data
 
     Answer() = default;
-    Answer(Sense failure) : sense(failure) {} // NOLINT: a sense code is an answer
+    Answer(Sense failure) : sense(failure) {}       // NOLINT: a sense code is an answer
     Answer(Bytes reply) : data(std::move(reply)) {} // NOLINT: so are bytes
 };
 
 /// The parts of the drive that a command works on.
-struct Station {
+struct Station
+{
     const DriveConfig& config;
     DriveState& state;
-    Disc* disc;      ///< null when the drive is empty or the tray is open
-    CueSheet& cue;   ///< the accepted cue sheet
+    Disc* disc;    ///< null when the drive is empty or the tray is open
+    CueSheet& cue; ///< the accepted cue sheet
 
     [[nodiscard]] std::uint8_t writeType() const { return state.writeParameters[2] & 0xFU; }
     [[nodiscard]] bool testWrite() const { return (state.writeParameters[2] & 0x10U) != 0; }
     [[nodiscard]] bool multiSession() const { return (state.writeParameters[3] & 0xC0U) == 0xC0U; }
     [[nodiscard]] bool writable() const
     {
-        return disc != nullptr && disc->status() != DiscStatus::Complete
-            && ((disc->state().kind == DiscKind::CdR && config.writesCdR)
-                || (disc->state().kind == DiscKind::CdRw && config.writesCdRw));
+        return disc != nullptr && disc->status() != DiscStatus::Complete &&
+               ((disc->state().kind == DiscKind::CdR && config.writesCdR) ||
+                (disc->state().kind == DiscKind::CdRw && config.writesCdRw));
     }
 };
 

@@ -31,16 +31,24 @@ std::array<std::uint8_t, kQBytes> positionOf(const Track& track, std::int32_t lb
     const bool pause = lba < track.start;
     const Msf relative = toMsf((pause ? track.start - lba - 1 : lba - track.start) - kPregapFrames);
     const Msf absolute = toMsf(lba);
-    return {static_cast<std::uint8_t>(track.control << 4 | 1), decimal(track.number),
-            static_cast<std::uint8_t>(pause ? 0 : 1), decimal(relative.minute), decimal(relative.second),
-            decimal(relative.frame), 0, decimal(absolute.minute), decimal(absolute.second), decimal(absolute.frame)};
+    return {static_cast<std::uint8_t>(track.control << 4 | 1),
+            decimal(track.number),
+            static_cast<std::uint8_t>(pause ? 0 : 1),
+            decimal(relative.minute),
+            decimal(relative.second),
+            decimal(relative.frame),
+            0,
+            decimal(absolute.minute),
+            decimal(absolute.second),
+            decimal(absolute.frame)};
 }
 
 void putBits(std::array<std::uint8_t, kQBytes>& q, std::size_t at, unsigned value, std::size_t bits)
 {
     for (std::size_t i = 0; i < bits; ++i) {
         const bool set = (value >> (bits - 1 - i) & 1U) != 0;
-        q.at((at + i) / 8) = static_cast<std::uint8_t>(q.at((at + i) / 8) | (set ? 0x80U >> (at + i) % 8 : 0U));
+        q.at((at + i) / 8) =
+            static_cast<std::uint8_t>(q.at((at + i) / 8) | (set ? 0x80U >> (at + i) % 8 : 0U));
     }
 }
 
@@ -65,8 +73,8 @@ bool carriesCode(const Disc& disc, const Track& track, std::int32_t lba, std::ar
     }
     for (std::size_t i = 0; recording && i < track.isrc.size(); ++i) {
         const char letter = track.isrc.at(i);
-        putBits(q, i < 5 ? 8 + 6 * i : 40 + 4 * (i - 5), i < 5 ? sixBits(letter) : static_cast<unsigned>(letter - '0'),
-                i < 5 ? 6 : 4);
+        putBits(q, i < 5 ? 8 + 6 * i : 40 + 4 * (i - 5),
+                i < 5 ? sixBits(letter) : static_cast<unsigned>(letter - '0'), i < 5 ? 6 : 4);
     }
     q[9] = decimal(toMsf(lba).frame);
     return true;

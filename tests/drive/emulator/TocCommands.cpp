@@ -52,7 +52,8 @@ Answer plainToc(const Disc& disc, bool msf, std::uint8_t from)
         if (track.number < from || track.number > sessions.back().lastTrack) {
             continue;
         }
-        reply.insert(reply.end(), {0, static_cast<std::uint8_t>(kAdrPosition | track.control), track.number, 0});
+        reply.insert(reply.end(),
+                     {0, static_cast<std::uint8_t>(kAdrPosition | track.control), track.number, 0});
         appendAddress(reply, track.start, msf);
     }
     const std::uint8_t control = tracksOf(disc)[0].control;
@@ -69,15 +70,16 @@ Answer sessionInformation(const Disc& disc, bool msf)
     }
     const auto first = std::ranges::find(tracksOf(disc), sessions.back().firstTrack, &Track::number);
     Bytes reply{0, 0, 1, static_cast<std::uint8_t>(sessions.size())};
-    reply.insert(reply.end(), {0, static_cast<std::uint8_t>(kAdrPosition | first->control), first->number, 0});
+    reply.insert(reply.end(),
+                 {0, static_cast<std::uint8_t>(kAdrPosition | first->control), first->number, 0});
     appendAddress(reply, first->start, msf);
     return withLength(reply);
 }
 
 void appendPoint(Bytes& reply, std::uint8_t session, std::uint8_t control, std::uint8_t point, Msf position)
 {
-    reply.insert(reply.end(), {session, static_cast<std::uint8_t>(kAdrPosition | control), 0, point, 0, 0, 0, 0,
-                               position.minute, position.second, position.frame});
+    reply.insert(reply.end(), {session, static_cast<std::uint8_t>(kAdrPosition | control), 0, point, 0, 0, 0,
+                               0, position.minute, position.second, position.frame});
 }
 
 void appendSession(Bytes& reply, const Disc& disc, std::uint8_t number)
@@ -127,8 +129,9 @@ Answer programMemory(const Disc& disc)
     for (const Track& track : tracksOf(disc)) {
         const Msf end = toMsf(track.end);
         const Msf start = toMsf(track.start);
-        reply.insert(reply.end(), {0, static_cast<std::uint8_t>(kAdrPosition | track.control), 0, track.number,
-                                   end.minute, end.second, end.frame, 0, start.minute, start.second, start.frame});
+        reply.insert(reply.end(),
+                     {0, static_cast<std::uint8_t>(kAdrPosition | track.control), 0, track.number, end.minute,
+                      end.second, end.frame, 0, start.minute, start.second, start.frame});
     }
     return withLength(reply);
 }

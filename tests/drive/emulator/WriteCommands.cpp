@@ -12,7 +12,8 @@ constexpr std::int32_t kLeadInStart = -11635;
 constexpr std::size_t kUserBytes = 2048;
 constexpr std::size_t kPackInSubChannel = 24; // 18 bytes, six bits in each byte of the sub-channel
 
-// ---- CD-TEXT -------------------------------------------------------------------------------------------------
+// ---- CD-TEXT
+// -------------------------------------------------------------------------------------------------
 
 std::array<std::uint8_t, kCdTextPackBytes> packAt(ByteView symbols)
 {
@@ -47,12 +48,15 @@ void keepCdText(DiscState& disc, ByteView blocks)
     }
 }
 
-// ---- frames --------------------------------------------------------------------------------------------------
+// ---- frames
+// --------------------------------------------------------------------------------------------------
 
 Bytes dataFrame(std::int32_t lba, ByteView user)
 {
     const Msf msf = toMsf(lba);
-    const auto decimal = [](std::uint8_t value) { return static_cast<std::uint8_t>(value / 10 << 4 | value % 10); };
+    const auto decimal = [](std::uint8_t value) {
+        return static_cast<std::uint8_t>(value / 10 << 4 | value % 10);
+    };
     Bytes frame(kFrameBytes);
     std::fill(frame.begin() + 1, frame.begin() + 11, static_cast<std::uint8_t>(0xFF));
     frame[12] = decimal(msf.minute);
@@ -71,16 +75,18 @@ bool store(Disc& disc, std::int32_t lba, ByteView data, std::size_t blockBytes)
     bool stored = true;
     for (std::size_t at = 0; at + blockBytes <= data.size(); at += blockBytes, ++lba) {
         const ByteView block = data.subspan(at, blockBytes);
-        stored = disc.writeFrames(lba, blockBytes >= kFrameBytes ? Bytes{block.begin(), block.begin() + kFrameBytes}
-                                                                 : dataFrame(lba, block.first(kUserBytes)))
-              && stored;
+        stored = disc.writeFrames(lba, blockBytes >= kFrameBytes
+                                           ? Bytes{block.begin(), block.begin() + kFrameBytes}
+                                           : dataFrame(lba, block.first(kUserBytes))) &&
+                 stored;
     }
     return stored;
 }
 
 constexpr Sense kWriteError{0x3, 0x0C, 0x00};
 
-// ---- session at once -----------------------------------------------------------------------------------------
+// ---- session at once
+// -----------------------------------------------------------------------------------------
 
 void layTracks(Station& station)
 {
@@ -164,7 +170,8 @@ Answer writeSession(Station& station, const CommandRange& range, ByteView data)
     return kGood;
 }
 
-// ---- track at once -------------------------------------------------------------------------------------------
+// ---- track at once
+// -------------------------------------------------------------------------------------------
 
 std::size_t trackBlockBytes(const Station& station)
 {
@@ -240,7 +247,8 @@ Answer writeTrack(Station& station, const CommandRange& range, ByteView data)
     return kGood;
 }
 
-// ---- closing -------------------------------------------------------------------------------------------------
+// ---- closing
+// -------------------------------------------------------------------------------------------------
 
 Answer busyFor(Station& station, int milliseconds, bool immediate)
 {
@@ -361,7 +369,8 @@ Answer write(Station& station, const Request& request)
     if (!station.writable()) {
         return kCannotWriteMedium;
     }
-    return session ? writeSession(station, range, request.dataOut) : writeTrack(station, range, request.dataOut);
+    return session ? writeSession(station, range, request.dataOut)
+                   : writeTrack(station, range, request.dataOut);
 }
 
 Answer synchronizeCache(Station& station, const Request& request)
@@ -381,9 +390,9 @@ Answer closeTrackSession(Station& station, const Request& request)
         return kInvalidField;
     }
     station.state.sessionRunning = false;
-    const Sense sense = function == 1          ? endTrack(station)
-                      : station.testWrite() ? closeSimulated(station.state, true)
-                                            : closeSession(station);
+    const Sense sense = function == 1         ? endTrack(station)
+                        : station.testWrite() ? closeSimulated(station.state, true)
+                                              : closeSession(station);
     if (!sense.good()) {
         return sense;
     }

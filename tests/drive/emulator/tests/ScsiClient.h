@@ -57,9 +57,14 @@ public:
     static Cdb framesCdb(int operation, std::int32_t lba, int count)
     {
         const auto address = static_cast<std::uint32_t>(lba);
-        Cdb cdb{operation, 0, static_cast<int>(address >> 24U), static_cast<int>(address >> 16U & 0xFFU),
-                static_cast<int>(address >> 8U & 0xFFU), static_cast<int>(address & 0xFFU)};
-        const Cdb rest = operation == 0xBE ? Cdb{0, 0, count, 0xF8, 0, 0} : Cdb{0, count >> 8, count & 0xFF, 0};
+        Cdb cdb{operation,
+                0,
+                static_cast<int>(address >> 24U),
+                static_cast<int>(address >> 16U & 0xFFU),
+                static_cast<int>(address >> 8U & 0xFFU),
+                static_cast<int>(address & 0xFFU)};
+        const Cdb rest =
+            operation == 0xBE ? Cdb{0, 0, count, 0xF8, 0, 0} : Cdb{0, count >> 8, count & 0xFF, 0};
         cdb.insert(cdb.end(), rest.begin(), rest.end());
         return cdb;
     }
@@ -74,7 +79,8 @@ public:
         return write(framesCdb(0x2A, lba, static_cast<int>(frames.size() / blockBytes)), frames);
     }
 
-    /// Write parameters: write type 1 (track at once) or 2 (session at once) with further bits of the page's bytes 2 to 4.
+    /// Write parameters: write type 1 (track at once) or 2 (session at once) with further bits of the page's
+    /// bytes 2 to 4.
     QString selectWriteParameters(int byte2, int byte3 = 0, int byte4 = 0)
     {
         QByteArray list(60, '\0');
@@ -89,7 +95,9 @@ public:
 
     QString sendCueSheet(const QByteArray& sheet)
     {
-        return write({0x5D, 0, 0, 0, 0, 0, 0, static_cast<int>(sheet.size() >> 8), static_cast<int>(sheet.size() & 0xFF), 0}, sheet);
+        return write({0x5D, 0, 0, 0, 0, 0, 0, static_cast<int>(sheet.size() >> 8),
+                      static_cast<int>(sheet.size() & 0xFF), 0},
+                     sheet);
     }
 
 private:

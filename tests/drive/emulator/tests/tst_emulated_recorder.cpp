@@ -3,6 +3,7 @@
 #include "EmulatedRecorder.h"
 #include "ScsiClient.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QTest>
 
@@ -10,6 +11,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
+#include <atomic>
 #include <thread>
 
 using zib::EmulatedRecorder;
@@ -34,8 +36,8 @@ QByteArray cueEntry(int control, int track, int index, int form, std::int32_t lb
 /// One audio track from address 0 up to the lead-out at @p leadOut.
 QByteArray oneTrack(std::int32_t leadOut, int control = 0)
 {
-    return cueEntry(control, 0, 0, 1, -150) + cueEntry(control, 1, 0, 0, -150) + cueEntry(control, 1, 1, 0, 0)
-         + cueEntry(control, 0xAA, 1, 1, leadOut);
+    return cueEntry(control, 0, 0, 1, -150) + cueEntry(control, 1, 0, 0, -150) +
+           cueEntry(control, 1, 1, 0, 0) + cueEntry(control, 0xAA, 1, 1, leadOut);
 }
 
 QByteArray frames(int count, char seed = 1)
@@ -111,6 +113,8 @@ private slots:
     void fault_pull_takesTheDiscOut();
     void journal_tellsEveryCommand();
     void threads_mayShareTheDrive();
+    void node_whileACommandHangs_answersAtOnce();
+    void secondDrive_hasItsOwnDisc();
 };
 
 void TestEmulatedRecorder::initTestCase()
@@ -122,11 +126,15 @@ void TestEmulatedRecorder::initTestCase()
 void TestEmulatedRecorder::node_isABlockDevice()
 {
     const EmulatedRecorder recorder;
-    struct stat byPath {};
+    struct stat byPath
+    {
+    };
     QCOMPARE(::stat("/dev/sr0", &byPath), 0);
     QVERIFY(S_ISBLK(byPath.st_mode));
     const ScsiClient client;
-    struct stat byDescriptor {};
+    struct stat byDescriptor
+    {
+    };
     QCOMPARE(::fstat(client.descriptor(), &byDescriptor), 0);
     QVERIFY(S_ISBLK(byDescriptor.st_mode));
     QCOMPARE(major(byDescriptor.st_rdev), 11U);
@@ -183,6 +191,7 @@ void TestEmulatedRecorder::emptyDrive_hasNoMedium()
     ScsiClient client;
     QCOMPARE(client.ready(), "2/3A/00");
     QCOMPARE(::ioctl(client.descriptor(), CDROM_DRIVE_STATUS, 0), CDS_NO_DISC);
+    QCOMPARE(ScsiClient{O_RDONLY}.error(), ENOMEDIUM); // only a non-blocking opening does without a disc
     QByteArray reply;
     QCOMPARE(client.read({0x12, 0, 0, 0, 36, 0}, reply, 36), "good");
     QCOMPARE(reply.mid(8, 3), "ZIB");
@@ -475,13 +484,16 @@ void TestEmulatedRecorder::fault_strikesAsCounted_data()
 {
     QTest::addColumn<QString>("rule");
     QTest::addColumn<QStringList>("answers");
-    QTest::newRow("first") << "TEST_UNIT_READY sense=2/04/01" << QStringList{"2/04/01", "good", "good", "good"};
+    QTest::newRow("first") << "TEST_UNIT_READY sense=2/04/01"
+                           << QStringList{"2/04/01", "good", "good", "good"};
     QTest::newRow("second") << "00 nth=2 sense=4/44/00" << QStringList{"good", "4/44/00", "good", "good"};
-    QTest::newRow("twice") << "MEDIA times=2 sense=2/04/01" << QStringList{"2/04/01", "2/04/01", "good", "good"};
+    QTest::newRow("twice") << "MEDIA times=2 sense=2/04/01"
+                           << QStringList{"2/04/01", "2/04/01", "good", "good"};
     QTest::newRow("for good") << "ANY nth=3 times=forever sense=2/04/01"
                               << QStringList{"good", "good", "2/04/01", "2/04/01"};
     QTest::newRow("transport") << "ANY transport" << QStringList{"host7", "good", "good", "good"};
-    QTest::newRow("another command") << "WRITE_10 sense=3/0C/00" << QStringList{"good", "good", "good", "good"};
+    QTest::newRow("another command") << "WRITE_10 sense=3/0C/00"
+                                     << QStringList{"good", "good", "good", "good"};
 }
 
 void TestEmulatedRecorder::fault_strikesAsCounted()
@@ -618,6 +630,50 @@ void TestEmulatedRecorder::threads_mayShareTheDrive()
     ask();
     other.join();
     QCOMPARE(recorder.count("TEST_UNIT_READY", "good"), 400);
+}
+
+void TestEmulatedRecorder::node_whileACommandHangs_answersAtOnce()
+{
+    EmulatedRecorder recorder;
+    recorder.addFault("TEST_UNIT_READY delay=forever");
+    ScsiClient client;
+    std::atomic<bool> hangs{true};
+    std::thread hanging{[&] {
+        client.write({0x00, 0, 0, 0, 0, 0}, {}, 55000);
+        hangs = false;
+    }};
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists("/dev/sr0"), 10000);
+    const ScsiClient second;
+    const bool stillHanging = hangs;
+    recorder.set("open", "missing");
+    const bool there = QFileInfo::exists("/dev/sr0");
+    recorder.clearFaults(); // sets the command free as soon as somebody looks
+    QFileInfo::exists("/dev/sr0");
+    hanging.join();
+    QVERIFY(stillHanging);
+    QVERIFY(second.isOpen());
+    QVERIFY(!there);
+}
+
+void TestEmulatedRecorder::secondDrive_hasItsOwnDisc()
+{
+    EmulatedRecorder recorder;
+    recorder.set("vendor", "ONE");
+    QFile file{recorder.folder() + "/drive.conf"};
+    QVERIFY(file.open(QIODevice::Append));
+    file.write("[sr1]\nvendor = TWO\ndisc = none\n");
+    file.close();
+    const int second = ::open("/dev/sr1", O_RDWR | O_NONBLOCK);
+    QVERIFY(second >= 0);
+    QCOMPARE(::ioctl(second, CDROM_DRIVE_STATUS, 0), CDS_NO_DISC);
+    ScsiClient first;
+    QCOMPARE(::ioctl(first.descriptor(), CDROM_DRIVE_STATUS, 0), CDS_DISC_OK);
+    struct stat info
+    {
+    };
+    QCOMPARE(::fstat(second, &info), 0);
+    QCOMPARE(minor(info.st_rdev), 1U);
+    ::close(second);
 }
 
 QTEST_GUILESS_MAIN(TestEmulatedRecorder)
