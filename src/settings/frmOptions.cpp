@@ -5,7 +5,7 @@
 #include "common/Colors.h"
 #include "common/CommonDialogs.h"
 #include "common/GeneralAPI.h"
-#include "common/Twips.h"
+#include "common/Platform.h"
 #include "settings/OptionsFunc.h"
 
 #include <QKeyEvent>
@@ -21,10 +21,6 @@ namespace {
 constexpr int kFrequency44100 = 3;
 constexpr int kStereo = 1;
 constexpr int k16Bits = 5;
-
-constexpr int kShownPageTwips = 210;
-constexpr int kHiddenPageTwips = -20000;
-constexpr int kPageGap = 8; // Pixels between the tab strip's frame and a page, above and below.
 
 QColor backColorOf(const QWidget* box)
 {
@@ -63,6 +59,7 @@ frmOptions::frmOptions(const zib::Services& services, QWidget* parent)
     : QDialog(parent), ui(std::make_unique<Ui::frmOptions>()), m_services(services)
 {
     ui->setupUi(this);
+    m_pages = {ui->tbsOptions, {ui->picOptions_0, ui->picOptions_1, ui->picOptions_2, ui->picOptions_3}};
     connectControls();
     Form_Load();
 }
@@ -91,7 +88,7 @@ void frmOptions::connectControls()
 
 void frmOptions::Form_Load()
 {
-    fitPages();
+    m_pages.fit();
     adjustSize();
     centre();
     GeneralAPI::FillFrequencyList(ui->cboWAVFrequency, kFrequency44100);
@@ -116,14 +113,7 @@ bool frmOptions::Form_KeyDown(const QKeyEvent& event)
 
 void frmOptions::tbsOptions_Click()
 {
-    placePages();
-    const QList<QWidget*> all = pages();
-    for (int i = 0; i < all.size(); ++i) {
-        const bool shown = i == ui->tbsOptions->currentIndex();
-        all[i]->raise();
-        all[i]->move(zib::wholePixels(shown ? kShownPageTwips : kHiddenPageTwips), all[i]->y());
-        all[i]->setEnabled(shown);
-    }
+    m_pages.show();
 }
 
 void frmOptions::chk3D_Click()
@@ -194,83 +184,69 @@ void frmOptions::cmdApply_Click()
     emit applied();
 }
 
+/// Every check box with its setting, in the order of the pages.
+QList<frmOptions::Check> frmOptions::checks() const
+{
+    const auto view = QStringLiteral("View");
+    const auto misc = QStringLiteral("Misc");
+    return {
+        {view, QStringLiteral("Show ToolBar"), ui->chkToolbar, &OptionsData::ShowToolBar},
+        {view, QStringLiteral("Toolbar Style 3D"), ui->chk3D, &OptionsData::ToolbarStyle3D},
+        {view, QStringLiteral("Toolbar Style Flat"), ui->chkFlat, &OptionsData::ToolbarStyleFlat},
+        {view, QStringLiteral("Show Text On Toolbar"), ui->chkTextTB, &OptionsData::ShowTextOnToolbar},
+        {view, QStringLiteral("Show Tips On Toolbar"), ui->chkTipsTB, &OptionsData::ShowTipsOnToolbar},
+        {view, QStringLiteral("Show Statusbar"), ui->chkStatusbar, &OptionsData::ShowStatusbar},
+        {view, QStringLiteral("Show Tips Of Day"), ui->chkTipDay, &OptionsData::ShowTipsOfDay},
+        {view, QStringLiteral("Show Splash Screen"), ui->chkSplash, &OptionsData::ShowSplashScreen},
+        {view, QStringLiteral("Show Grid Lines"), ui->chkGridLines, &OptionsData::ShowGridLines},
+        {misc, QStringLiteral("Cache Files Locally"), ui->chkCacheFiles, &OptionsData::CacheFilesLocally},
+        {misc, QStringLiteral("Test Mode"), ui->chkTestWrite, &OptionsData::TestMode},
+        {misc, QStringLiteral("Buffer Protection"), ui->chkUseBurnProof, &OptionsData::BufferProtection},
+        {misc, QStringLiteral("Explore After Converting"), ui->chkConvert,
+         &OptionsData::ExploreAfterConverting},
+        {misc, QStringLiteral("Explore After Ripping"), ui->chkRip, &OptionsData::ExploreAfterRipping},
+    };
+}
+
+QList<frmOptions::Folder> frmOptions::folders() const
+{
+    return {
+        {QStringLiteral("WAV Input"), ui->txtWAVIn, &OptionsData::WAVInput},
+        {QStringLiteral("MP3 Input"), ui->txtMP3In, &OptionsData::MP3Input},
+        {QStringLiteral("WAV Output"), ui->txtWAVOut, &OptionsData::WAVOutput},
+        {QStringLiteral("Temporary"), ui->txtTemp, &OptionsData::Temporary},
+    };
+}
+
 void frmOptions::FillOptionControls()
 {
     GeneralAPI::SelectComboItemData(ui->cboWAVFrequency, gOptions.WAVFrequency);
     GeneralAPI::SelectComboItemData(ui->cboWAVChannels, gOptions.WAVChannels);
     GeneralAPI::SelectComboItemData(ui->cboWAVBits, gOptions.WAVBits);
-    SetCheckValue(ui->chkToolbar, gOptions.ShowToolBar);
-    SetCheckValue(ui->chk3D, gOptions.ToolbarStyle3D);
-    SetCheckValue(ui->chkFlat, gOptions.ToolbarStyleFlat);
-    SetCheckValue(ui->chkTextTB, gOptions.ShowTextOnToolbar);
-    SetCheckValue(ui->chkTipsTB, gOptions.ShowTipsOnToolbar);
-    SetCheckValue(ui->chkStatusbar, gOptions.ShowStatusbar);
-    SetCheckValue(ui->chkTipDay, gOptions.ShowTipsOfDay);
-    SetCheckValue(ui->chkSplash, gOptions.ShowSplashScreen);
-    SetCheckValue(ui->chkGridLines, gOptions.ShowGridLines);
+    for (const Check& check : checks())
+        SetCheckValue(check.box, gOptions.*check.field);
+    for (const Folder& folder : folders())
+        folder.box->setText((gOptions.*folder.field).trimmed());
     setColor(ui->picBack, QPalette::Window, zib::colorFromNumber(gOptions.GridBackColor));
     setColor(ui->picText, QPalette::Window, zib::colorFromNumber(gOptions.GridTextColor));
     showColors();
-    ui->txtWAVIn->setText(gOptions.WAVInput.trimmed());
-    ui->txtWAVOut->setText(gOptions.WAVOutput.trimmed());
-    ui->txtMP3In->setText(gOptions.MP3Input.trimmed());
-    ui->txtTemp->setText(gOptions.Temporary.trimmed());
-    SetCheckValue(ui->chkCacheFiles, gOptions.CacheFilesLocally);
-    SetCheckValue(ui->chkTestWrite, gOptions.TestMode);
-    SetCheckValue(ui->chkUseBurnProof, gOptions.BufferProtection);
-    SetCheckValue(ui->chkConvert, gOptions.ExploreAfterConverting);
-    SetCheckValue(ui->chkRip, gOptions.ExploreAfterRipping);
 }
 
 /// Writes every key from the controls, in one replacement of the file. A file that cannot be written stays as
 /// it is, and the load that follows brings its settings back.
 void frmOptions::SaveOptions()
 {
+    QList<zib::IniChange> changes = selectionChange(QStringLiteral("WAV Frequency"), ui->cboWAVFrequency) +
+                                    selectionChange(QStringLiteral("WAV Channels"), ui->cboWAVChannels) +
+                                    selectionChange(QStringLiteral("WAV Bits"), ui->cboWAVBits);
+    for (const Folder& folder : folders())
+        changes << IniChangeOf(QStringLiteral("Folders"), folder.key, folder.box->text());
+    for (const Check& check : checks())
+        changes << IniChangeOf(check.section, check.key, word(check.box));
+    changes << IniChangeOf(QStringLiteral("View"), QStringLiteral("Grid Back Color"), colorText(ui->picBack))
+            << IniChangeOf(QStringLiteral("View"), QStringLiteral("Grid Text Color"), colorText(ui->picText));
     if (zib::platform().ini)
-        zib::platform().ini->writeAll(waveChanges() + folderChanges() + viewChanges() + miscChanges(),
-                                      gSettingsFile);
-}
-
-QList<zib::IniChange> frmOptions::waveChanges() const
-{
-    return selectionChange(QStringLiteral("WAV Frequency"), ui->cboWAVFrequency) +
-           selectionChange(QStringLiteral("WAV Channels"), ui->cboWAVChannels) +
-           selectionChange(QStringLiteral("WAV Bits"), ui->cboWAVBits);
-}
-
-QList<zib::IniChange> frmOptions::folderChanges() const
-{
-    const auto section = QStringLiteral("Folders");
-    return {IniChangeOf(section, QStringLiteral("WAV Input"), ui->txtWAVIn->text()),
-            IniChangeOf(section, QStringLiteral("MP3 Input"), ui->txtMP3In->text()),
-            IniChangeOf(section, QStringLiteral("WAV Output"), ui->txtWAVOut->text()),
-            IniChangeOf(section, QStringLiteral("Temporary"), ui->txtTemp->text())};
-}
-
-QList<zib::IniChange> frmOptions::viewChanges() const
-{
-    const auto section = QStringLiteral("View");
-    return {IniChangeOf(section, QStringLiteral("Show ToolBar"), word(ui->chkToolbar)),
-            IniChangeOf(section, QStringLiteral("Toolbar Style 3D"), word(ui->chk3D)),
-            IniChangeOf(section, QStringLiteral("Toolbar Style Flat"), word(ui->chkFlat)),
-            IniChangeOf(section, QStringLiteral("Show Text On Toolbar"), word(ui->chkTextTB)),
-            IniChangeOf(section, QStringLiteral("Show Tips On Toolbar"), word(ui->chkTipsTB)),
-            IniChangeOf(section, QStringLiteral("Show Statusbar"), word(ui->chkStatusbar)),
-            IniChangeOf(section, QStringLiteral("Show Tips Of Day"), word(ui->chkTipDay)),
-            IniChangeOf(section, QStringLiteral("Show Splash Screen"), word(ui->chkSplash)),
-            IniChangeOf(section, QStringLiteral("Show Grid Lines"), word(ui->chkGridLines)),
-            IniChangeOf(section, QStringLiteral("Grid Back Color"), colorText(ui->picBack)),
-            IniChangeOf(section, QStringLiteral("Grid Text Color"), colorText(ui->picText))};
-}
-
-QList<zib::IniChange> frmOptions::miscChanges() const
-{
-    const auto section = QStringLiteral("Misc");
-    return {IniChangeOf(section, QStringLiteral("Cache Files Locally"), word(ui->chkCacheFiles)),
-            IniChangeOf(section, QStringLiteral("Test Mode"), word(ui->chkTestWrite)),
-            IniChangeOf(section, QStringLiteral("Buffer Protection"), word(ui->chkUseBurnProof)),
-            IniChangeOf(section, QStringLiteral("Explore After Converting"), word(ui->chkConvert)),
-            IniChangeOf(section, QStringLiteral("Explore After Ripping"), word(ui->chkRip))};
+        zib::platform().ini->writeAll(changes, gSettingsFile);
 }
 
 void frmOptions::PickColor(QFrame* box)
@@ -295,7 +271,7 @@ void frmOptions::showColors()
 bool frmOptions::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Resize && watched == ui->tbsOptions->currentWidget())
-        placePages();
+        m_pages.place();
     if (event->type() == QEvent::KeyPress && Form_KeyDown(static_cast<const QKeyEvent&>(*event)))
         return true;
     return QDialog::eventFilter(watched, event);
@@ -305,38 +281,11 @@ void frmOptions::changeEvent(QEvent* event)
 {
     QDialog::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        fitPages();
-}
-
-/// Gives the tab strip room for the largest page, whatever font and style are in use.
-void frmOptions::fitPages()
-{
-    QSize largest;
-    for (const QWidget* page : pages())
-        largest = largest.expandedTo(page->sizeHint());
-    const int sides = 2 * zib::wholePixels(kShownPageTwips) - layout()->contentsMargins().left() -
-                      layout()->contentsMargins().right();
-    const int tabs = ui->tbsOptions->sizeHint().height();
-    ui->tbsOptions->setMinimumSize(largest + QSize(sides, tabs + 2 * kPageGap));
-}
-
-/// Lays the pages over the tab strip's frame; where they stand from left to right is tbsOptions_Click's.
-void frmOptions::placePages()
-{
-    const QWidget* frame = ui->tbsOptions->currentWidget();
-    const int top = frame->mapTo(this, QPoint(0, 0)).y() + kPageGap;
-    const int sides = 2 * zib::wholePixels(kShownPageTwips);
-    for (QWidget* page : pages())
-        page->setGeometry(page->x(), top, width() - sides, frame->height() - 2 * kPageGap);
+        m_pages.fit();
 }
 
 void frmOptions::centre()
 {
     const QRect free = screen()->availableGeometry();
     move(free.center() - QPoint(width() / 2, height() / 2));
-}
-
-QList<QWidget*> frmOptions::pages() const
-{
-    return {ui->picOptions_0, ui->picOptions_1, ui->picOptions_2, ui->picOptions_3};
 }

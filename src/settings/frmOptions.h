@@ -1,8 +1,8 @@
 #pragma once
 
 #include "common/GenralMacro.h"
-#include "common/Platform.h"
 #include "common/Services.h"
+#include "settings/PageStack.h"
 
 #include <QDialog>
 
@@ -35,6 +35,22 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    /// A check box and the setting it stands for.
+    struct Check
+    {
+        QString section;
+        QString key;
+        QCheckBox* box;
+        bool OptionsData::*field;
+    };
+    /// A folder's text box and the setting it stands for.
+    struct Folder
+    {
+        QString key;
+        QLineEdit* box;
+        QString OptionsData::*field;
+    };
+
     void connectControls();
     void Form_Load();
     bool Form_KeyDown(const QKeyEvent& event);
@@ -56,16 +72,12 @@ private:
     void SaveOptions();
     void PickColor(QFrame* box);
     void PickFolder(QLineEdit* box);
-    QList<zib::IniChange> waveChanges() const;
-    QList<zib::IniChange> folderChanges() const;
-    QList<zib::IniChange> viewChanges() const;
-    QList<zib::IniChange> miscChanges() const;
+    QList<Check> checks() const;
+    QList<Folder> folders() const;
     void showColors();
-    void fitPages();
-    void placePages();
     void centre();
-    QList<QWidget*> pages() const;
 
     std::unique_ptr<Ui::frmOptions> ui;
     zib::Services m_services;
+    zib::PageStack m_pages;
 };

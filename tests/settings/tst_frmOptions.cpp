@@ -539,7 +539,8 @@ void TestFrmOptions::apply_isOneReplacementOfTheFile()
     QCOMPARE(ini.keys.mid(0, 7),
              (QByteArrayList{"Wave/WAV Frequency", "Wave/WAV Channels", "Wave/WAV Bits", "Folders/WAV Input",
                              "Folders/MP3 Input", "Folders/WAV Output", "Folders/Temporary"}));
-    QCOMPARE(ini.keys.last(), QByteArray("Misc/Explore After Ripping"));
+    QVERIFY(ini.keys.contains("Misc/Explore After Ripping"));
+    QVERIFY(ini.keys.contains("View/Grid Text Color"));
 }
 
 void TestFrmOptions::ok_always_appliesAndCloses()
