@@ -159,7 +159,7 @@ void ParallelMp3Reader::decode(Mp3Decoder& decoder, Segment& segment, qint64 blo
     decoder.start(run, segment.entry);
     for (qint64 frame = segment.entry.frame; frame < segment.first && !m_isStopped; ++frame)
         decoder.next();
-    for (qint64 done = 0; done < segment.frames && !m_isStopped && !m_failed; done += perBlock) {
+    for (qint64 done = 0; done < segment.frames && !m_isStopped; done += perBlock) {
         const qint64 count = std::min(perBlock, segment.frames - done);
         AudioBlock block = m_kind == SampleKind::Narrow ? decodeBlock<qint16>(decoder, count, perFrame)
                                                         : decodeBlock<float>(decoder, count, perFrame);
@@ -169,6 +169,8 @@ void ParallelMp3Reader::decode(Mp3Decoder& decoder, Segment& segment, qint64 blo
         segment.isDone = done + count >= segment.frames || isShort;
         segment.blocks.push_back(std::move(block));
         m_changed.notify_all();
+        if (isShort)
+            return;
     }
 }
 
