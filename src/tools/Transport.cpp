@@ -71,8 +71,8 @@ void Transport::TogglePause()
         return resume();
     m_pauseTicked = true;
     m_isPaused = true;
-    m_player
-        ->close(); // Closed first: the device consumes until then, and what it consumed is not played again.
+    // Closed first: the device consumes until then, and what it has consumed is not played again.
+    m_player->close();
     m_playPos += m_player->position();
 }
 
