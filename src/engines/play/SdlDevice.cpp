@@ -41,6 +41,7 @@ bool runBounded(Job job)
             return;
         const std::lock_guard inside(sdlDoor(), std::adopt_lock);
         job();
+        SDL_TLSCleanup(); // what SDL keeps for a thread that is not its own
     });
     auto ended = task.get_future();
     std::thread(std::move(task)).detach();
