@@ -216,6 +216,27 @@ private slots:
         const double inches = (lines.last().center().x() - lines[lines.size() - 5].center().x()) / 72;
         QVERIFY2(qAbs(inches - 5) * 25.4 < 0.2, qPrintable(QString::number(inches)));
     }
+    void table_throughADriverWithMargins_keepsScaleAndPlace()
+    {
+        if (!m_desk->system.run("lpadmin", {"-p", "paper", "-m", "drv:///sample.drv/generic.ppd"}))
+            QSKIP("the generic printer driver is not installed");
+        QVERIFY(m_desk->system.run("lpadmin",
+                                   {"-p", "paper", "-o", "PageSize=A4", "-o", "print-scaling-default=fit"}));
+        QVERIFY(!m_desk->print().isNull());
+        const QTemporaryDir folder;
+        const QString pdf = folder.filePath("paper.pdf");
+        output("ps2pdf", {m_file, pdf}); // What such a driver makes is PostScript.
+        const QList<QRectF> lines = rectanglesOf(pdf, "100%,0%,0%");
+        QVERIFY(lines.size() > 5);
+        double left = 1e9;
+        double right = 0;
+        for (const QRectF& line : lines) {
+            left = qMin(left, line.center().x() - line.width() / 2);
+            right = qMax(right, line.center().x() + line.width() / 2);
+        }
+        QVERIFY2(qAbs(right - left - 360.75) < kNear, qPrintable(QString::number(right - left)));
+        QVERIFY2(qAbs(left - (12 + 525 / kTwipsPerPoint - 0.375)) < kNear, qPrintable(QString::number(left)));
+    }
     void picture_keepsItsPixels()
     {
         QVERIFY(!m_desk->print().isNull());
