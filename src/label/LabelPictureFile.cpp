@@ -45,7 +45,6 @@ Outcome<LabelPicture> readPicture(const QString& path)
 {
     const ReaderLimit limit;
     QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
     QSize size = reader.size();
     if (isLarge(size))

@@ -8,6 +8,10 @@
 
 #include <cups/cups.h>
 
+#include <sys/prctl.h>
+
+#include <csignal>
+
 namespace {
 
 constexpr int kPatienceMs = 60'000;
@@ -61,6 +65,7 @@ QString PrintSystem::start(const QString& extra)
     useServer(socket);
     qunsetenv("PRINTER");
     qunsetenv("LPDEST");
+    m_server.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); }); // Even when the test crashes.
     m_server.start(server, {"-f", "-c", m_folder.filePath("conf/cupsd.conf"), "-s",
                             m_folder.filePath("conf/cups-files.conf")});
     if (!m_server.waitForStarted(kPatienceMs))

@@ -131,9 +131,11 @@ private slots:
     }
     void paper_ofAQueueWithADriver_isItsDefault()
     {
-        QVERIFY(m_system->addPdfQueue("pdf"));
-        m_system->setDefault("pdf");
-        QVERIFY(m_system->run("lpadmin", {"-p", "pdf", "-o", "PageSize=A5"}));
+        m_system->addFileQueue("one");
+        m_system->setDefault("one");
+        if (!m_system->run("lpadmin", {"-p", "one", "-P", "/usr/share/ppd/cups-pdf/CUPS-PDF_noopt.ppd"}))
+            QSKIP("the description of Debian's PDF printer is not installed");
+        QVERIFY(m_system->run("lpadmin", {"-p", "one", "-o", "PageSize=A5"}));
         const auto queue = zib::CupsQueue::openDefault();
         QVERIFY(queue);
         const zib::Paper paper = queue.value()->paper();
@@ -143,7 +145,8 @@ private slots:
     void paper_ofAPrinterWithMargins_hasThem()
     {
         m_system->addFileQueue("one");
-        QVERIFY(m_system->run("lpadmin", {"-p", "one", "-m", "drv:///sample.drv/generic.ppd"}));
+        if (!m_system->run("lpadmin", {"-p", "one", "-m", "drv:///sample.drv/generic.ppd"}))
+            QSKIP("the generic printer driver is not installed");
         QVERIFY(m_system->run("lpadmin", {"-p", "one", "-o", "PageSize=A4"}));
         m_system->setDefault("one");
         const auto queue = zib::CupsQueue::openDefault();
