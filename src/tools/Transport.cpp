@@ -28,23 +28,23 @@ void Transport::PlayFile(const QString& path)
     setCurrentFile(path);
     if (m_file->open(path) < 0)
         return;
-    m_playPos = 0;
+    PlayPos = 0;
     if (m_file->length() == 0)
         return m_file->close();
     m_player->setFormat(m_file->formatRate(), m_file->formatChannels());
-    m_blockSamples = m_player->bufferSize(kBufferMs);
+    BlockSamples = m_player->bufferSize(kBufferMs);
     if (m_player->open() < 0)
         return m_file->close();
-    m_isPlaying = true;
+    IsPlaying = true;
     m_pauseTicked = false;
     feedTwo();
 }
 
 void Transport::FeedBlock()
 {
-    if (!m_isPlaying)
+    if (!IsPlaying)
         return;
-    const AudioBlock block = m_file->readBlock(m_blockSamples);
+    const AudioBlock block = m_file->readBlock(BlockSamples);
     if (block.sampleCount() > 1)
         m_player->writeBlock(block);
 }
@@ -59,30 +59,30 @@ void Transport::StopPlaying()
 {
     m_player->close();
     m_file->close();
-    m_isPlaying = false;
+    IsPlaying = false;
     m_pauseTicked = false;
 }
 
 void Transport::TogglePause()
 {
-    if (!m_isPlaying)
+    if (!IsPlaying)
         return;
-    if (m_isPaused)
+    if (IsPaused)
         return resume();
     m_pauseTicked = true;
-    m_isPaused = true;
+    IsPaused = true;
     // Closed first: the device consumes until then, and what it has consumed is not played again.
     m_player->close();
-    m_playPos += m_player->position();
+    PlayPos += m_player->position();
 }
 
 void Transport::resume()
 {
     m_pauseTicked = false;
-    m_isPaused = false;
+    IsPaused = false;
     if (m_player->open() < 0)
         return StopPlaying();
-    m_file->seek(m_playPos);
+    m_file->seek(PlayPos);
     feedTwo();
 }
 
@@ -94,13 +94,13 @@ void Transport::SeekToSlider(int slider)
 
 void Transport::endDrag(int slider)
 {
-    m_isDragging = false;
+    IsDragging = false;
     seekAnywhere(slider);
 }
 
 void Transport::seekAnywhere(int slider)
 {
-    if (m_isPlaying)
+    if (IsPlaying)
         seekTo(slider * m_file->length());
 }
 
@@ -108,16 +108,16 @@ void Transport::seekAnywhere(int slider)
 void Transport::seekTo(qint64 hundredths)
 {
     m_player->reset();
-    m_playPos = m_file->seek(roundHalfEven(static_cast<double>(hundredths) / kSliderEnd));
+    PlayPos = m_file->seek(roundHalfEven(static_cast<double>(hundredths) / kSliderEnd));
     feedTwo();
 }
 
 std::optional<int> Transport::sliderFor(qint64 played) const
 {
-    if (m_isDragging || m_file->length() == 0)
+    if (IsDragging || m_file->length() == 0)
         return std::nullopt;
     const double percent =
-        static_cast<double>(m_playPos + played) * kSliderEnd / static_cast<double>(m_file->length());
+        static_cast<double>(PlayPos + played) * kSliderEnd / static_cast<double>(m_file->length());
     return static_cast<int>(std::clamp<qint64>(roundHalfEven(percent), 0, kSliderEnd));
 }
 

@@ -27,13 +27,13 @@ public:
     /// The player whose events the window connects to FeedBlock, sliderFor and its own end of playback.
     AudioPlayer& player() const { return *m_player; }
 
-    bool IsPlaying() const { return m_isPlaying; }
+    bool isPlaying() const { return IsPlaying; }
     /// Set by pausing, cleared by resuming; a stop leaves it as it is.
-    bool IsPaused() const { return m_isPaused; }
+    bool isPaused() const { return IsPaused; }
     /// Whether the pause button stands pushed in.
     bool pauseTicked() const { return m_pauseTicked; }
     /// Where the current buffers start in the file.
-    qint64 PlayPos() const { return m_playPos; }
+    qint64 playPos() const { return PlayPos; }
 
     /// Plays a file from its start and makes it the shared CurrentFile. What cannot be opened ends silently.
     void PlayFile(const QString& path);
@@ -45,7 +45,7 @@ public:
     /// Plays on from the slider's place. When slider x length leaves 32 bits, nothing changes.
     void SeekToSlider(int slider);
 
-    void beginDrag() { m_isDragging = true; }
+    void beginDrag() { IsDragging = true; }
     /// Ends a drag at the slider's place: while playing, sound goes on from there.
     void endDrag(int slider);
     /// Plays on from the slider's place while playing, whatever the length of the file.
@@ -60,11 +60,11 @@ private:
 
     const std::unique_ptr<AudioFile> m_file;
     const std::unique_ptr<AudioPlayer> m_player;
-    qint64 m_playPos = 0;
-    qint32 m_blockSamples = 0;
-    bool m_isDragging = false;
-    bool m_isPlaying = false;
-    bool m_isPaused = false;
+    qint64 PlayPos = 0;
+    qint32 BlockSamples = 0;
+    bool IsDragging = false;
+    bool IsPlaying = false;
+    bool IsPaused = false;
     bool m_pauseTicked = false;
 };
 

@@ -21,16 +21,16 @@ void TransportWindow::connectTransport(const Controls& controls)
     const AudioPlayer* player = &m_transport.player();
     connect(controls.cmdPlay, &QAbstractButton::clicked, this, &TransportWindow::cmdPlay_Click);
     connect(controls.chkPause, &QAbstractButton::clicked, this, &TransportWindow::chkPause_Click);
-    connect(controls.cmdStop, &QAbstractButton::clicked, this, &TransportWindow::StopPlaying);
+    connect(controls.cmdStop, &QAbstractButton::clicked, this, &TransportWindow::cmdStop_Click);
     connect(controls.cmdTop, &QAbstractButton::clicked, this, &TransportWindow::cmdTop_Click);
     connect(controls.cmdBackward, &QAbstractButton::clicked, this, &TransportWindow::cmdBackward_Click);
     connect(controls.cmdForward, &QAbstractButton::clicked, this, &TransportWindow::cmdForward_Click);
     connect(controls.cmdEnd, &QAbstractButton::clicked, this, &TransportWindow::cmdEnd_Click);
     connect(controls.cmdVol, &QAbstractButton::clicked, this, &TransportWindow::cmdVol_Click);
-    connect(controls.Slider1, &QSlider::sliderPressed, this, [this] { m_transport.beginDrag(); });
+    connect(controls.Slider1, &QSlider::sliderPressed, this, &TransportWindow::Slider1_MouseDown);
     connect(controls.Slider1, &QSlider::sliderReleased, this, &TransportWindow::Slider1_MouseUp);
     connect(controls.Slider1, &QSlider::actionTriggered, this, &TransportWindow::Slider1_Scroll);
-    connect(player, &AudioPlayer::BufferDone, this, [this] { m_transport.FeedBlock(); });
+    connect(player, &AudioPlayer::BufferDone, this, &TransportWindow::AudioPlayer1_BufferDone);
     connect(player, &AudioPlayer::PositionChanged, this, &TransportWindow::AudioPlayer1_PositionChanged);
     connect(player, &AudioPlayer::PlaybackFinished, this, &TransportWindow::AudioPlayer1_PlaybackFinished);
 }
@@ -51,6 +51,11 @@ void TransportWindow::chkPause_Click()
 {
     m_transport.TogglePause();
     showPause();
+}
+
+void TransportWindow::cmdStop_Click()
+{
+    StopPlaying();
 }
 
 void TransportWindow::cmdTop_Click()
@@ -80,6 +85,11 @@ void TransportWindow::cmdVol_Click()
         shell->ShellExecuteA(QStringLiteral("open"), QStringLiteral("sndvol32.exe"));
 }
 
+void TransportWindow::Slider1_MouseDown()
+{
+    m_transport.beginDrag();
+}
+
 void TransportWindow::Slider1_MouseUp()
 {
     m_transport.endDrag(m_controls.Slider1->value());
@@ -90,6 +100,11 @@ void TransportWindow::Slider1_Scroll()
 {
     if (!m_controls.Slider1->isSliderDown())
         m_transport.seekAnywhere(m_controls.Slider1->sliderPosition());
+}
+
+void TransportWindow::AudioPlayer1_BufferDone()
+{
+    m_transport.FeedBlock();
 }
 
 void TransportWindow::AudioPlayer1_PositionChanged(qint64 frames)
@@ -106,7 +121,7 @@ void TransportWindow::AudioPlayer1_PlaybackFinished()
 
 void TransportWindow::Form_Unload()
 {
-    if (m_transport.IsPlaying() || m_transport.IsPaused())
+    if (m_transport.isPlaying() || m_transport.isPaused())
         StopPlaying();
 }
 

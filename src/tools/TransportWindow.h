@@ -48,13 +48,16 @@ protected:
 
 private:
     void chkPause_Click();
+    void cmdStop_Click();
     void cmdTop_Click();
     void cmdBackward_Click();
     void cmdForward_Click();
     void cmdEnd_Click();
     void cmdVol_Click();
+    void Slider1_MouseDown();
     void Slider1_MouseUp();
     void Slider1_Scroll();
+    void AudioPlayer1_BufferDone();
     void AudioPlayer1_PositionChanged(qint64 frames);
     void AudioPlayer1_PlaybackFinished();
     void Form_Unload();

@@ -9,6 +9,7 @@
 #include "tools/frmPlayer.h"
 
 #include <QAbstractButton>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -16,7 +17,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+#include <csignal>
 #include <memory>
+#include <sys/resource.h>
 
 namespace {
 
@@ -62,6 +66,28 @@ struct Studio
     QTemporaryDir folder;
     zib::DiskPlayer* player = nullptr;
     std::unique_ptr<QSignalSpy> ends;
+};
+
+/// Lets no file grow beyond @p bytes while it lives, as a disc without room would.
+class SmallDisk
+{
+public:
+    explicit SmallDisk(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit small{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~SmallDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    Q_DISABLE_COPY_MOVE(SmallDisk)
+
+private:
+    void (*m_handler)(int);
+    rlimit m_before{};
 };
 
 /// Where @p part begins in @p whole, in samples; -1 when it is no part of it.
@@ -284,6 +310,30 @@ private slots:
         QCOMPARE(zib::kit::convert(source, expected), 0);
         QVERIFY(!zib::kit::contentOf(target).isEmpty());
         QVERIFY(zib::kit::contentOf(target) == zib::kit::contentOf(expected));
+    }
+
+    void conversion_onADiskThatFills_leavesNoFileAndSaysSo()
+    {
+        const QString source = zib::kit::lameFile("sound-a.mp3", 44100 * 9, 2, 44100, {"-b", "128"});
+        if (source.isEmpty())
+            QSKIP("lame is not installed");
+        Studio studio;
+        OptionsData quiet;
+        quiet.ExploreAfterConverting = false;
+        zib::setOptions(quiet);
+        frmMP3ToWAV window(studio.desk.services);
+        window.findChild<QLineEdit*>("txtOpen")->setText(source);
+        window.findChild<QLineEdit*>("txtSave")->setText(studio.folder.filePath("a.wav"));
+        {
+            const SmallDisk disk(300000);
+            Studio::button(window, "cmdConvert")->click();
+        }
+        QCOMPARE(
+            studio.desk.messages.shown,
+            (QStringList{
+                "c: The following MP3 file could not be converted whole, so no WAV file was made.\n" + source,
+                "i: Converting Completed."}));
+        QCOMPARE(QDir(studio.folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
     }
 
     void conversion_ofAFileWithoutSound_makesNoFile()

@@ -82,7 +82,7 @@ private slots:
         stage.addSound("/m/a.wav", 10000, 1000, 2);
         Transport transport(stage.desk.components);
         transport.PlayFile("/m/a.wav");
-        QVERIFY(transport.IsPlaying());
+        QVERIFY(transport.isPlaying());
         QCOMPARE(CurrentFile, QString("/m/a.wav"));
         QCOMPARE(stage.player->calls, (QStringList{"format 1000 2", "open", "write 2000", "write 2000"}));
     }
@@ -92,7 +92,7 @@ private slots:
         zib::Stage stage;
         Transport transport(stage.desk.components);
         transport.PlayFile("/m/missing.wav");
-        QVERIFY(!transport.IsPlaying());
+        QVERIFY(!transport.isPlaying());
         QCOMPARE(CurrentFile, QString("/m/missing.wav"));
         QVERIFY(stage.player->calls.isEmpty());
     }
@@ -103,7 +103,7 @@ private slots:
         stage.addSound("/m/empty.wav", 0);
         Transport transport(stage.desk.components);
         transport.PlayFile("/m/empty.wav");
-        QVERIFY(!transport.IsPlaying());
+        QVERIFY(!transport.isPlaying());
         QVERIFY(stage.player->calls.isEmpty());
         QVERIFY(stage.shelf.calls.contains("close /m/empty.wav"));
     }
@@ -115,7 +115,7 @@ private slots:
         Transport transport(stage.desk.components);
         stage.player->nextOpen = -1;
         transport.PlayFile("/m/a.wav");
-        QVERIFY(!transport.IsPlaying());
+        QVERIFY(!transport.isPlaying());
         QVERIFY(stage.shelf.calls.contains("close /m/a.wav"));
     }
 
@@ -152,9 +152,9 @@ private slots:
         transport.PlayFile("/m/a.wav");
         transport.TogglePause();
         transport.StopPlaying();
-        QVERIFY(!transport.IsPlaying());
+        QVERIFY(!transport.isPlaying());
         QVERIFY(!transport.pauseTicked());
-        QVERIFY2(transport.IsPaused(), "a stop leaves the paused flag as it is");
+        QVERIFY2(transport.isPaused(), "a stop leaves the paused flag as it is");
         QVERIFY(!stage.player->isOpen());
         QVERIFY(stage.shelf.calls.contains("close /m/a.wav"));
     }
@@ -164,7 +164,7 @@ private slots:
         zib::Stage stage;
         Transport transport(stage.desk.components);
         transport.TogglePause();
-        QVERIFY(!transport.IsPaused());
+        QVERIFY(!transport.isPaused());
         QVERIFY(!transport.pauseTicked());
         QVERIFY(stage.player->calls.isEmpty());
     }
@@ -180,12 +180,12 @@ private slots:
         transport.TogglePause();
         QVERIFY(transport.pauseTicked());
         QVERIFY(!stage.player->isOpen());
-        QCOMPARE(transport.PlayPos(), 1234);
+        QCOMPARE(transport.playPos(), 1234);
 
         stage.player->calls.clear();
         transport.TogglePause();
         QVERIFY(!transport.pauseTicked());
-        QVERIFY(!transport.IsPaused());
+        QVERIFY(!transport.isPaused());
         QCOMPARE(stage.player->calls, (QStringList{"open", "write 1000", "write 1000"}));
         stage.player->play(10000);
         QCOMPARE(stage.player->heard, stage.shelf.sounds["/m/a.wav"].samples);
@@ -200,7 +200,7 @@ private slots:
         transport.TogglePause();
         stage.player->nextOpen = -1;
         transport.TogglePause();
-        QVERIFY(!transport.IsPlaying());
+        QVERIFY(!transport.isPlaying());
         QVERIFY(!transport.pauseTicked());
     }
 
@@ -220,7 +220,7 @@ private slots:
         stage.player->heard.clear();
         transport.TogglePause();
         QVERIFY(!transport.pauseTicked());
-        QVERIFY(!transport.IsPaused());
+        QVERIFY(!transport.isPaused());
         QVERIFY(stage.player->isOpen());
         QCOMPARE(stage.player->calls, (QStringList{"open", "write 1000", "write 1000"}));
         stage.player->play(1000);
@@ -249,12 +249,12 @@ private slots:
         transport.PlayFile("/m/a.wav");
         stage.player->calls.clear();
         transport.SeekToSlider(slider);
-        QTEST(transport.PlayPos(), "place");
+        QTEST(transport.playPos(), "place");
         QCOMPARE(stage.player->calls.first(), QString("reset"));
-        const qint64 left = std::min<qint64>(length - transport.PlayPos(), 2000);
+        const qint64 left = std::min<qint64>(length - transport.playPos(), 2000);
         stage.player->heard.clear();
         stage.player->play(2000);
-        QCOMPARE(stage.player->heard, stage.shelf.sounds["/m/a.wav"].samples.mid(transport.PlayPos(), left));
+        QCOMPARE(stage.player->heard, stage.shelf.sounds["/m/a.wav"].samples.mid(transport.playPos(), left));
     }
 
     void seekToSlider_whenTheProductOverflows_changesNothing()
@@ -267,9 +267,9 @@ private slots:
         stage.player->calls.clear();
         transport.SeekToSlider(82); // 82 x 26,460,000 is beyond 2,147,483,647
         QVERIFY(stage.player->calls.isEmpty());
-        QCOMPARE(transport.PlayPos(), 0);
+        QCOMPARE(transport.playPos(), 0);
         transport.SeekToSlider(81);
-        QCOMPARE(transport.PlayPos(), tenMinutes / 100 * 81);
+        QCOMPARE(transport.playPos(), tenMinutes / 100 * 81);
     }
 
     void seekToSlider_whilePaused_movesTheResumePlace()
@@ -295,7 +295,7 @@ private slots:
         transport.PlayFile("/m/ten-hours.mp3");
         transport.beginDrag();
         transport.endDrag(97);
-        QCOMPARE(transport.PlayPos(), tenHours / 100 * 97);
+        QCOMPARE(transport.playPos(), tenHours / 100 * 97);
         stage.player->play(10);
         QCOMPARE(stage.player->heard.first(), EndlessFile::sampleAt(tenHours / 100 * 97 * 2));
         QCOMPARE(transport.sliderFor(0), std::optional(97));
