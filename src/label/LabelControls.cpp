@@ -165,29 +165,30 @@ ImageControl::ImageControl(QWidget* parent) : QLabel(parent) {}
 void ImageControl::setItem(const LabelImage& image)
 {
     m_image = image;
-    m_scaled = {};
+    m_fitted = {};
     setGeometry(screenRect(image.place));
-    update();
+    fitToScreen();
 }
 
-const QPixmap& ImageControl::screenPixmap()
+/// Scales the picture down once for this screen, not at every painting.
+void ImageControl::fitToScreen()
 {
     const QSize wanted = (QSizeF(size()) * devicePixelRatioF()).toSize();
     const QImage& image = m_image.picture.image;
+    if (wanted == m_fitted || image.isNull())
+        return;
+    m_fitted = wanted;
     const bool smaller = wanted.width() < image.width() || wanted.height() < image.height();
-    if (m_scaled.isNull())
-        m_scaled = QPixmap::fromImage(
-            smaller ? image.scaled(wanted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation) : image);
-    return m_scaled;
+    setPixmap(QPixmap::fromImage(
+        smaller ? image.scaled(wanted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation) : image));
 }
 
 void ImageControl::paintEvent(QPaintEvent*)
 {
-    if (m_image.picture.image.isNull())
-        return;
+    fitToScreen();
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawPixmap(rect(), screenPixmap());
+    painter.drawPixmap(rect(), pixmap());
 }
 
 } // namespace zib

@@ -91,10 +91,10 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    const QPixmap& screenPixmap();
+    void fitToScreen();
 
     LabelImage m_image;
-    QPixmap m_scaled; ///< The picture at the size it has on this screen, or nothing yet.
+    QSize m_fitted; ///< The size in screen dots for which the label's pixmap was made.
 };
 
 } // namespace zib

@@ -59,6 +59,12 @@ LabelSurface::~LabelSurface()
     unloadTable();
 }
 
+void LabelSurface::setEditable()
+{
+    m_editable = true;
+    m_title->setCursor(Qt::IBeamCursor);
+}
+
 Outcome<> LabelSurface::RedrawLabel()
 {
     RedrawTable();
@@ -148,6 +154,8 @@ void LabelSurface::addLabel(const LabelText& text)
     const auto n = static_cast<int>(m_labels.size());
     control->setObjectName(QStringLiteral("labels_%1").arg(n));
     control->setItem(text);
+    if (m_editable)
+        control->setCursor(Qt::IBeamCursor);
     control->show();
     connect(control, &TextControl::Click, this, [this, n] { emit labelClicked(n); });
     m_labels << control;

@@ -26,6 +26,9 @@ public:
     /// Removes the lines and cells; the surface must still be there.
     ~LabelSurface() override;
 
+    /// Shows over title and cells that they can be edited.
+    void setEditable();
+
     /// The three steps below, in this order.
     Outcome<> RedrawLabel();
     /// Makes every line and cell anew.
@@ -53,6 +56,7 @@ private:
 
     QWidget* m_surface;
     QSize m_area; ///< Twips.
+    bool m_editable = false;
     ImageControl* m_image;
     TextControl* m_title;
     QList<LineControl*> m_lines;  ///< Member 0 is the template.

@@ -96,6 +96,7 @@ void frmLabelDesigner::Form_Load(const QList<zib::CompilationRow>& rows)
 {
     setWindowFlag(Qt::WindowMaximizeButtonHint);
     resize(size().boundedTo(screen()->availableSize() - QSize(0, 40)));
+    m_surface->setEditable();
     LabelMaker::InitLabelDocument(rows);
     // A broken picture is told where the user can do something about it: in its dialog and before printing.
     static_cast<void>(m_surface->RedrawLabel());

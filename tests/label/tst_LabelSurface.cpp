@@ -286,6 +286,7 @@ private slots:
         });
         QVERIFY(s.surface->RedrawBackground());
         QCOMPARE(s.image()->geometry(), QRect(100, 20, 30, 20));
+        QCOMPARE(s.image()->pixmap().size(), QSize(30, 20));
         QCOMPARE(s.image()->item().place, QRect(1500, 300, 450, 300));
     }
     void background_ofAMissingFile_keepsPictureAndPlace()

@@ -62,6 +62,8 @@ private slots:
         QCOMPARE(desk.label(8)->text(), QString("01:02:03"));
         QVERIFY(!desk.label(9));
         QVERIFY(!desk.editor()->isVisible());
+        QCOMPARE(desk.label(6)->cursor().shape(), Qt::IBeamCursor);
+        QCOMPARE(desk.find("cdTitle")->cursor().shape(), Qt::IBeamCursor);
     }
     void load_always_hasCaptionsAndAnAreaForTheDefaultTable()
     {
