@@ -43,6 +43,7 @@ private slots:
     void apply_withAClearedFolder_deletesTheKey();
     void apply_withoutASelection_keepsTheStoredFormat();
     void apply_onAFileWithOtherContents_keepsThem();
+    void apply_afterAnotherProgramWrote_keepsItsKeys();
     void apply_onAReadOnlyFile_changesNeitherFileNorRecord();
     void apply_isOneReplacementOfTheFile();
     void ok_always_appliesAndCloses();
@@ -491,6 +492,15 @@ void TestFrmOptions::apply_onAFileWithOtherContents_keepsThem()
     desk.click("cmdApply");
     QVERIFY(desk.content().startsWith(
         "; mine\n[Other]\nx=1\n\n[View]\n; yours\nShow Statusbar=False\nForeign=2\n"));
+}
+
+void TestFrmOptions::apply_afterAnotherProgramWrote_keepsItsKeys()
+{
+    Desk desk("[View]\nShow Statusbar=True\n");
+    desk.click("chkStatusbar"); // The dialog has read the file.
+    desk.write("[Theirs]\r\nx=1\r\n[View]\r\nShow Statusbar=True\r\nNew=2\r\n");
+    desk.click("cmdApply");
+    QVERIFY(desk.content().startsWith("[Theirs]\r\nx=1\r\n[View]\r\nShow Statusbar=False\r\nNew=2\r\n"));
 }
 
 void TestFrmOptions::apply_onAReadOnlyFile_changesNeitherFileNorRecord()
