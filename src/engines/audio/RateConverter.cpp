@@ -41,9 +41,9 @@ void putTogether(std::span<const float> from, size_t stride, float* to)
 
 } // namespace
 
-void RateConverter::Channel::Deleter::operator()(soxr* converter) const
+void RateConverter::Channel::Deleter::operator()(soxr* handle) const
 {
-    soxr_delete(converter);
+    soxr_delete(handle);
 }
 
 RateConverter::RateConverter(int fromHz, int toHz, int channels)

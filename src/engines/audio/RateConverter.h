@@ -36,7 +36,7 @@ private:
     {
         struct Deleter
         {
-            void operator()(soxr* converter) const;
+            void operator()(soxr* handle) const;
         };
 
         void process(std::span<const float> samples, size_t first, size_t stride, size_t room);
