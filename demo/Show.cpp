@@ -1,12 +1,13 @@
 #include "Show.h"
 
+#include "SheetPrinter.h"
+
 #include "app/frmMain.h"
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "engines/audio/makers.h"
 #include "engines/burn/makers.h"
 #include "engines/play/makers.h"
-#include "engines/print/makers.h"
 
 #include <QAction>
 #include <QApplication>
@@ -40,9 +41,11 @@ void pause(int milliseconds)
 
 Show::Show(const QString& folder, const QStringList& samples)
     : m_programFolder(folder + QStringLiteral("/ZibCDBurner")), m_samples(samples),
+      m_sheet(folder + QStringLiteral("/printed-page.png")),
       m_book(m_messages, m_dialogs, m_components), m_director(folder)
 {
     QDir(m_programFolder).removeRecursively();
+    QFile::remove(m_sheet);
     QDir().mkpath(m_programFolder);
     for (const QString& file : {QStringLiteral("TIPOFDAY.TXT"), QStringLiteral("Sample1.jpg")})
         QFile::copy(QStringLiteral(ZIB_SOURCE_DIR "/data/") + file, m_programFolder + u'/' + file);
@@ -53,7 +56,7 @@ Show::Show(const QString& folder, const QStringList& samples)
     m_components.makeInformation = zib::makeAudioInformation;
     m_components.makeFile = zib::makeAudioFile;
     m_components.makePlayer = zib::makeAudioPlayer;
-    m_components.makePrinter = zib::makePrinter;
+    m_components.makePrinter = [this] { return std::make_unique<SheetPrinter>(m_sheet); };
     m_components.makeWriter = [this] {
         return zib::makeDiscWriter(m_programFolder + QStringLiteral("/Images"));
     };
@@ -70,6 +73,7 @@ void Show::setScenes()
     m_director.setScene(QStringLiteral("frmWrite"), std::bind(&Show::write, this, _1, _2));
     m_director.setScene(QStringLiteral("frmOptions"), std::bind(&Show::visitOptions, this, _1, _2));
     m_director.setScene(QStringLiteral("frmLabelDesigner"), std::bind(&Show::visitDesigner, this, _1, _2));
+    m_director.setScene(QStringLiteral("frmPreview"), std::bind(&Show::watchPreview, this, _1, _2));
     m_director.setScene(QStringLiteral("frmRip"), std::bind(&Show::visitRipper, this, _1, _2));
 }
 
@@ -174,6 +178,15 @@ void Show::visitDesigner(QWidget* window, int visit)
         press(window, buttons.at(step - 1));
     else if (step > 0)
         window->close();
+}
+
+/// The preview prints itself after a moment.
+void Show::watchPreview(QWidget* window, int)
+{
+    if (!QFileInfo::exists(m_sheet))
+        return;
+    m_director.shoot(window);
+    window->close();
 }
 
 /// The disc that was written lies in the ripper's list of drives.

@@ -65,11 +65,13 @@ private:
     void write(QWidget* window, int visit);
     void visitOptions(QWidget* window, int visit);
     void visitDesigner(QWidget* window, int visit);
+    void watchPreview(QWidget* window, int visit);
     void visitRipper(QWidget* window, int visit);
     void trigger(const QString& action);
 
     QString m_programFolder;
     QStringList m_samples;
+    QString m_sheet; ///< Picture of the printed page.
     zib::IniFile m_ini;
     QuietShell m_shell;
     zib::DesktopFolderPicker m_folders;
