@@ -351,6 +351,15 @@ private slots:
         QVERIFY(desk.ticked(1) && !desk.ticked(2));
         QCOMPARE(desk.list()->selectionModel()->selectedRows().value(0).row(), 1);
     }
+    void moveUp_fromTheSecondRow_reachesTheTop()
+    {
+        Desk desk;
+        desk.addThree();
+        desk.list()->selectRow(1);
+        desk.trigger("mnuTracksSub_1");
+        QCOMPARE(desk.column(FileName), (QStringList{"b.wav", "a.wav", "c.wav"}));
+        QCOMPARE(desk.desk.messages.shown, QStringList());
+    }
     void moveDown_twice_carriesTheSelectionAlong()
     {
         Desk desk;
