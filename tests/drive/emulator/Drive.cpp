@@ -19,6 +19,7 @@ namespace {
 constexpr std::uint32_t kStateVersion = 1;
 constexpr std::uint32_t kLongestHangMs = 60000;
 constexpr std::int64_t kSliceMs = 20;
+constexpr std::size_t kErrorPointerBytes = kFrameBytes / 8;
 
 void initialiseMutex(pthread_mutex_t& mutex)
 {
@@ -87,10 +88,17 @@ bool tellsByData(int operation)
 }
 
 // Changes a handful of samples, and other ones each time, so that only an undisturbed read can be confirmed.
+// Where the frame carries error pointers, one bit for each byte, they tell of it.
 void addNoise(std::span<std::uint8_t> frame, std::uint32_t strike)
 {
+    const std::size_t samples = std::min(frame.size(), kFrameBytes);
+    const bool pointers = frame.size() >= kFrameBytes + kErrorPointerBytes;
     for (std::size_t i = 0; i < 16; ++i) {
-        frame[(i * 131 + strike * 17) % frame.size()] ^= static_cast<std::uint8_t>(0x5A + strike + i);
+        const std::size_t at = (i * 131 + strike * 17) % samples;
+        frame[at] ^= static_cast<std::uint8_t>((0x5A + strike + i) | 1U);
+        if (pointers) {
+            frame[kFrameBytes + at / 8] |= static_cast<std::uint8_t>(0x80U >> at % 8);
+        }
     }
 }
 

@@ -41,6 +41,7 @@ private slots:
     void fault_after_carriesTheCommandOut();
     void fault_atAddress_strikesOnlyThere();
     void fault_noise_isCuredByReading();
+    void fault_noise_isToldByErrorPointers();
     void fault_jitter_shiftsSamples();
     void fault_delay_pastTheLimit_timesOut();
     void fault_gone_takesTheNodeAway();
@@ -227,6 +228,24 @@ void TestEmulatedRecorder::fault_noise_isCuredByReading()
     QCOMPARE(noisy.first(kFrame), clean.first(kFrame));
     QVERIFY(noisy.mid(kFrame, kFrame) != clean.mid(kFrame, kFrame));
     QCOMPARE(noisy.mid(2 * kFrame), clean.mid(2 * kFrame));
+}
+
+void TestEmulatedRecorder::fault_noise_isToldByErrorPointers()
+{
+    EmulatedRecorder recorder;
+    recorder.insert("album", {"audio 1000", "close"});
+    recorder.addFault("READ_CD lba=500 noise");
+    ScsiClient client;
+    client.ready();
+    QByteArray read;
+    QCOMPARE(client.read({0xBE, 0, 0, 0, 0x01, 0xF4, 0, 0, 1, 0xFA, 0, 0}, read, kFrame + 294), "good");
+    const QByteArray clean = recorder.frames(500, 1);
+    for (int i = 0; i < kFrame; ++i) {
+        const bool told = (static_cast<unsigned char>(read[kFrame + i / 8]) >> (7 - i % 8) & 1) != 0;
+        QCOMPARE(told, read[i] != clean[i]);
+    }
+    QCOMPARE(client.read({0xBE, 0, 0, 0, 0x01, 0xF4, 0, 0, 1, 0xFA, 0, 0}, read, kFrame + 294), "good");
+    QCOMPARE(read, clean + QByteArray(294, '\0'));
 }
 
 void TestEmulatedRecorder::fault_jitter_shiftsSamples()
