@@ -111,7 +111,8 @@ void RateConverter::Channel::process(std::span<const float> samples, size_t firs
     const size_t frames = samples.size() / stride;
     out.resize(std::max(out.size(), room));
     in.resize(frames);
-    takeApart(samples.data() + first, stride, in);
+    if (frames > 0)
+        takeApart(&samples[first], stride, in);
     size_t used = 0;
     given = 0;
     if (failed)
@@ -125,6 +126,8 @@ void RateConverter::Channel::process(std::span<const float> samples, size_t firs
 
 QList<float> RateConverter::joined(size_t frames) const
 {
+    if (frames == 0)
+        return {};
     const size_t stride = m_channels.size();
     QList<float> samples(static_cast<qsizetype>(frames * stride));
     for (size_t channel = 0; channel < stride; ++channel) {

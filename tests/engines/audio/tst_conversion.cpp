@@ -181,6 +181,25 @@ private slots:
             pieces += cut.round(samples.subspan(at, std::min<size_t>(777, samples.size() - at)));
         QCOMPARE(pieces, whole.round(samples));
     }
+    void converter_ofAlmostNothing_givesTheRoundedLength_data()
+    {
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<int>("frames");
+        for (const int channels : {1, 2})
+            for (const int frames : {0, 1, 2, 3})
+                QTest::addRow("%d of %d", frames, channels) << channels << frames;
+    }
+    void converter_ofAlmostNothing_givesTheRoundedLength()
+    {
+        QFETCH(int, channels);
+        QFETCH(int, frames);
+        RateConverter converter(48000, 16000, channels);
+        const QList<float> in(frames * channels, 0.5F);
+        QList<float> out = converter.convert({in.constData(), static_cast<size_t>(in.size())});
+        out += converter.finish();
+        QCOMPARE(out.size(), (frames + 1) / 3 * channels);
+        QVERIFY(!converter.failed());
+    }
     void rounding_beyondFullScale_clips()
     {
         Ditherer ditherer;
