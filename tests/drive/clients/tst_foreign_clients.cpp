@@ -74,6 +74,7 @@ private slots:
     void wodim_tellsAtip();
     void cdrdao_tellsDisc_data();
     void cdrdao_tellsDisc();
+    void burn_killedInACommand_leavesDriveUsable();
     void rip_overNoiseAndJitter_isBitExact_data();
     void rip_overNoiseAndJitter_isBitExact();
 };
@@ -360,6 +361,24 @@ void TestForeignClients::cdrdao_tellsDisc()
     QVERIFY2(told.contains(QRegularExpression("CD-R empty +: " + empty)), qPrintable(told));
     const bool tellsAppending = told.contains(QRegularExpression("Appendable +: " + appendable));
     QVERIFY2(appendable.isEmpty() || tellsAppending, qPrintable(told));
+}
+
+void TestForeignClients::burn_killedInACommand_leavesDriveUsable()
+{
+    NEED("wodim");
+    NEED("cdrdao");
+    ClientBench bench;
+    const Album album{bench};
+    bench.recorder.addFault("SEND_CUE_SHEET after delay=forever");
+    const auto killed =
+        bench.run("timeout -s KILL 12 wodim gracetime=2 dev=/dev/sr0 -dao -audio -pad one.wav two.wav");
+    QVERIFY2(killed.status != 0, qPrintable(killed.output));
+    bench.recorder.clearFaults();
+    const QString told = bench.run("cdrdao disk-info --device /dev/sr0 --driver generic-mmc").output;
+    QVERIFY2(told.contains(QRegularExpression("CD-R empty +: yes")), qPrintable(told));
+    const auto burned = bench.run("wodim gracetime=2 dev=/dev/sr0 -dao -audio -pad one.wav two.wav");
+    QVERIFY2(burned.status == 0, qPrintable(burned.output));
+    QCOMPARE(bench.recorder.frames(0, 400), album.first);
 }
 
 void TestForeignClients::rip_overNoiseAndJitter_isBitExact_data()
