@@ -27,7 +27,7 @@ struct FileDialogRequest
     QString filter;          ///< "Text|*.a;*.b|Text|*.c"; patterns match capitals too.
     quint32 flags = 0;       ///< Flag values, joined.
     QString initialFolder{}; ///< Empty: wherever the last dialog was.
-    int maxFileSize = 260;   ///< Longest answer in characters; a longer one is a failure.
+    int maxFileSize = 4096; ///< Longest answer in characters, one path by default; a longer one is a failure.
 };
 
 /// The error number that a cancelled common dialog raises.

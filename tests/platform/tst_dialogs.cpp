@@ -43,6 +43,7 @@ private slots:
     void openFile_again_startsWhereTheLastWas();
     void saveFile_ofAnyName_givesItAsTyped_data();
     void saveFile_ofAnyName_givesItAsTyped();
+    void saveFile_deepInTheTree_givesTheWholePath();
     void saveFile_inAMissingFolder_saysSoAndStaysOpen();
     void color_chosen_isTheAnswer();
     void color_cancelled_isACancel();
@@ -358,6 +359,17 @@ void TestDialogs::saveFile_ofAnyName_givesItAsTyped()
                                                     zib::FileDialogRequest::PathMustExist, m_folder.path()});
     QVERIFY(answer); // A name that exists is not asked about either.
     QCOMPARE(*answer, m_folder.filePath(name));
+}
+
+void TestDialogs::saveFile_deepInTheTree_givesTheWholePath()
+{
+    const QString deep = m_folder.path() + ("/" + QString(200, 'd')).repeated(4);
+    QVERIFY(QDir().mkpath(deep));
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { choose(dialog, "a.zibp"); });
+    const auto answer = dialogs.saveFile(&m_owner, request(deep, zib::FileDialogRequest::PathMustExist));
+    QVERIFY(answer);
+    QCOMPARE(*answer, deep + "/a.zibp");
 }
 
 void TestDialogs::saveFile_inAMissingFolder_saysSoAndStaysOpen()
