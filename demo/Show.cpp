@@ -41,8 +41,8 @@ void pause(int milliseconds)
 
 Show::Show(const QString& folder, const QStringList& samples)
     : m_programFolder(folder + QStringLiteral("/ZibCDBurner")), m_samples(samples),
-      m_sheet(folder + QStringLiteral("/printed-page.png")),
-      m_book(m_messages, m_dialogs, m_components), m_director(folder)
+      m_sheet(folder + QStringLiteral("/printed-page.png")), m_book(m_messages, m_dialogs, m_components),
+      m_director(folder)
 {
     QDir(m_programFolder).removeRecursively();
     QFile::remove(m_sheet);
