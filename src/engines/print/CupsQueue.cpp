@@ -184,6 +184,7 @@ Paper CupsQueue::paper() const
 
 Outcome<> CupsQueue::send(const QString& jobName, const QByteArray& pdf)
 {
+    cupsSetPasswordCB2(noPassword, nullptr); // Each thread has its own.
     if (!m_info)
         return refusal();
     const JobOptions options(m_dest);
