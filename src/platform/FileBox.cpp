@@ -1,11 +1,11 @@
 #include "platform/FileBox.h"
 
 #include "common/Texts.h"
+#include "platform/Box.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QHeaderView>
-#include <QMessageBox>
 #include <QStandardPaths>
 #include <QTreeView>
 #include <QUrl>
@@ -85,10 +85,8 @@ void FileBox::accept()
         QFileDialog::accept();
         return;
     }
-    QMessageBox box(QMessageBox::Warning, zib::kApplicationTitle, QString(), QMessageBox::Ok, this);
-    box.setTextFormat(Qt::PlainText);
-    box.setText(tr("This folder does not exist:") + u'\n' + missing);
-    box.exec();
+    showBox(this, QMessageBox::Information, kApplicationTitle,
+            tr("This folder does not exist:") + u'\n' + missing);
 }
 
 } // namespace zib

@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFontDialog>
+#include <QIcon>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -136,6 +138,12 @@ void TestDialogs::box_ofAKind_hasItsIconTitleAndButtons()
     whenOpen<QMessageBox>([&](QMessageBox& box) {
         ++seen;
         QCOMPARE(int(box.icon()), icon);
+        const QString drawn = kind == "plain" ? QString() : ":/icons/box_" + kind + ".svg";
+        const auto* label = box.findChild<QLabel*>("qt_msgboxex_icon_label");
+        QVERIFY(label);
+        QCOMPARE(label->pixmap().isNull(), drawn.isEmpty());
+        if (!drawn.isEmpty())
+            QCOMPARE(label->pixmap().toImage(), QIcon(drawn).pixmap(label->pixmap().size()).toImage());
         QCOMPARE(box.windowTitle(), QString("Zib CD Burner"));
         QCOMPARE(box.text(), QString("There are no files in the list!"));
         QCOMPARE(box.parentWidget(), &m_owner);

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QMessageBox>
+
+namespace zib {
+
+/// Shows one modal message box of the program's own look and waits for it. The text is plain text.
+/// @param owner nullptr stands for the active window.
+/// @returns the button that closed the box; a box closed without one gives its escape button.
+QMessageBox::StandardButton showBox(QWidget* owner, QMessageBox::Icon icon, const QString& title,
+                                    const QString& text,
+                                    QMessageBox::StandardButtons buttons = QMessageBox::Ok);
+
+} // namespace zib
