@@ -78,6 +78,12 @@ struct frmMain::Command
     Handler handler;
 };
 
+template <void (zib::Windows::*show)(QWidget*)>
+void frmMain::open()
+{
+    (m_services.windows.*show)(this);
+}
+
 const std::array<frmMain::Command, 23> frmMain::kCommands{{
     {"add", "mnuFileSub_1", &frmMain::AddFilesDialog},
     {"write", "mnuFileSub_2", &frmMain::WriteFiles},
@@ -93,15 +99,15 @@ const std::array<frmMain::Command, 23> frmMain::kCommands{{
     {"delete", "mnuTracksSub_7", &frmMain::RemoveCheckedTracks},
     {"", "mnuTracksSub_8", &frmMain::clearTracks},
     {"play", "mnuTracksSub_10", &frmMain::PlaySelected},
-    {"ripper", "mnuToolsSub_1", &frmMain::showRip},
-    {"converter", "mnuToolsSub_2", &frmMain::showMP3ToWAV},
+    {"ripper", "mnuToolsSub_1", &frmMain::open<&zib::Windows::showRip>},
+    {"converter", "mnuToolsSub_2", &frmMain::open<&zib::Windows::showMP3ToWAV>},
     {"label", "mnuToolsSub_3", &frmMain::showLabelDesigner},
-    {"player", "mnuToolsSub_4", &frmMain::showPlayer},
-    {"options", "mnuToolsSub_6", &frmMain::showOptions},
+    {"player", "mnuToolsSub_4", &frmMain::open<&zib::Windows::showPlayer>},
+    {"options", "mnuToolsSub_6", &frmMain::open<&zib::Windows::showOptions>},
     {"help", "mnuHelpSub_1", &frmMain::showHelp},
-    {"", "mnuHelpSub_3", &frmMain::showTip},
+    {"", "mnuHelpSub_3", &frmMain::open<&zib::Windows::showTip>},
     {"", "mnuHelpSub_4", &frmMain::showHomePage},
-    {"", "mnuHelpSub_6", &frmMain::showAbout},
+    {"", "mnuHelpSub_6", &frmMain::open<&zib::Windows::showAbout>},
 }};
 
 frmMain::frmMain(const zib::Services& services, QWidget* parent)
@@ -302,29 +308,9 @@ void frmMain::exitProgram()
     close(); // The program ends with its only top-level window.
 }
 
-void frmMain::showRip()
-{
-    m_services.windows.showRip(this);
-}
-
-void frmMain::showMP3ToWAV()
-{
-    m_services.windows.showMP3ToWAV(this);
-}
-
 void frmMain::showLabelDesigner()
 {
     m_services.windows.showLabelDesigner(this, m_list.rows());
-}
-
-void frmMain::showPlayer()
-{
-    m_services.windows.showPlayer(this);
-}
-
-void frmMain::showOptions()
-{
-    m_services.windows.showOptions(this);
 }
 
 void frmMain::showHelp()
@@ -332,19 +318,9 @@ void frmMain::showHelp()
     GeneralAPI::OpenHelpFile();
 }
 
-void frmMain::showTip()
-{
-    m_services.windows.showTip(this);
-}
-
 void frmMain::showHomePage()
 {
     GeneralAPI::OpenHomePage();
-}
-
-void frmMain::showAbout()
-{
-    m_services.windows.showAbout(this);
 }
 
 // Adding files

@@ -22,7 +22,8 @@ class frmMain;
 
 namespace zib {
 class ToolbarLook;
-}
+class Windows;
+} // namespace zib
 
 /// The main window and start-up object: the compilation, its project, the capacity gauge, and the commands
 /// that open every other window.
@@ -76,15 +77,11 @@ private:
     void RemoveCheckedTracks();
     void clearTracks();
     void PlaySelected();
-    void showRip();
-    void showMP3ToWAV();
+    template <void (zib::Windows::*show)(QWidget*)>
+    void open(); ///< Shows a window that needs nothing but its owner.
     void showLabelDesigner();
-    void showPlayer();
-    void showOptions();
     void showHelp();
-    void showTip();
     void showHomePage();
-    void showAbout();
 
     void SaveProject();
     bool SaveProjectAs();
