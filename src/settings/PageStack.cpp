@@ -20,6 +20,8 @@ void PageStack::show() const
     place();
     for (int i = 0; i < m_pages.size(); ++i) {
         const bool shown = i == m_strip->currentIndex();
+        if (!shown && m_pages[i]->isAncestorOf(m_strip->window()->focusWidget()))
+            m_strip->setFocus(); // Else a button below would take the focus, and the next key.
         m_pages[i]->raise();
         m_pages[i]->move(wholePixels(shown ? kShownTwips : kHiddenTwips), m_pages[i]->y());
         m_pages[i]->setEnabled(shown);

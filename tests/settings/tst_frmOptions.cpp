@@ -32,6 +32,7 @@ private slots:
     void pages_atAnyFontAndSize_fitInTheirFrame();
     void ctrlTab_anywhere_goesToTheNextTabAndWraps();
     void ctrlShiftTab_anywhere_doesNothing();
+    void focus_onAPageThatGoes_movesToTheTabs();
     void tabKey_onAPage_staysInTheShownControls();
     void toolbarStyles_whenClicked_excludeEachOther();
     void toolbarStyles_fromTheFile_areShownAsStored();
@@ -334,6 +335,19 @@ void TestFrmOptions::ctrlShiftTab_anywhere_doesNothing()
         }
     QTest::keyClick(desk.tabs(), Qt::Key_Tab, Qt::ControlModifier | Qt::AltModifier);
     QCOMPARE(desk.tabs()->currentIndex(), 1);
+}
+
+void TestFrmOptions::focus_onAPageThatGoes_movesToTheTabs()
+{
+    Desk desk;
+    desk.window().activateWindow();
+    desk.control<QWidget>("cboWAVBits")->setFocus();
+    QTest::keyClick(desk.window().focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
+    QVERIFY(desk.window().focusWidget());
+    QCOMPARE(desk.window().focusWidget()->objectName(), QString("qt_tabwidget_tabbar"));
+    desk.control<QWidget>("cmdApply")->setFocus();
+    QTest::keyClick(desk.window().focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
+    QCOMPARE(desk.window().focusWidget()->objectName(), QString("cmdApply"));
 }
 
 void TestFrmOptions::tabKey_onAPage_staysInTheShownControls()
