@@ -21,7 +21,7 @@ bool isNarrow(const WavHeader& header)
 } // namespace
 
 WavReader::WavReader(std::shared_ptr<const SourceFile> file, const WavHeader& header)
-    : m_file(std::move(file)), m_header(header)
+    : m_file(std::move(file)), m_header(header), m_failed(header.frameBytes() == 0)
 {
     if (header.channels > 2)
         speakerShares(header.channels, header.speakers, m_left, m_right);

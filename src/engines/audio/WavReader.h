@@ -15,7 +15,7 @@ namespace zib {
 class WavReader final : public SampleSource
 {
 public:
-    /// @p header must have a sample size.
+    /// Without a sample size in @p header it fails at once.
     WavReader(std::shared_ptr<const SourceFile> file, const WavHeader& header);
     ~WavReader() override;
 
@@ -36,7 +36,7 @@ private:
     std::vector<float> m_right;
     std::vector<uchar> m_raw;
     qint64 m_next = 0;
-    bool m_failed = false;
+    bool m_failed;
 };
 
 } // namespace zib

@@ -2,15 +2,29 @@
 
 #include "engines/audio/Mp3Reader.h"
 #include "engines/audio/ParallelMp3Reader.h"
+#include "engines/audio/SndfileReader.h"
 #include "engines/audio/WavReader.h"
 
 namespace zib {
 
 namespace {
 
+// The library must read the header as we do.
+template <typename... Length>
+std::unique_ptr<SndfileReader> openPacked(const AudioContent& content, Length... length)
+{
+    auto reader = SndfileReader::open(content.file, length...);
+    const bool agrees =
+        reader && reader->rateHz() == content.wav->rateHz && reader->channels() == content.wav->channels;
+    return agrees ? std::move(reader) : nullptr;
+}
+
 std::optional<AudioContent> recogniseWav(std::shared_ptr<const SourceFile> file, const WavHeader& header)
 {
     AudioContent content{std::move(file), header, std::nullopt};
+    if (header.coding == WavHeader::Coding::Other)
+        if (const auto reader = openPacked(content))
+            content.packedFrames = reader->measure();
     if (header.coding == WavHeader::Coding::Mpeg3)
         content.mp3 = walkMp3(content.file, header.dataOffset, header.dataOffset + header.dataBytes);
     if (content.length() <= 0)
@@ -32,7 +46,9 @@ int AudioContent::channels() const
 
 qint64 AudioContent::length() const
 {
-    return mp3 ? mp3->length : wav->frames();
+    if (mp3)
+        return mp3->length;
+    return wav->coding == WavHeader::Coding::Other ? packedFrames : wav->frames();
 }
 
 std::optional<AudioContent> recognise(std::shared_ptr<const SourceFile> file)
@@ -53,6 +69,9 @@ std::unique_ptr<SampleSource> openSource(const AudioContent& content, SampleKind
         return std::make_unique<ParallelMp3Reader>(content.file, *content.mp3, kind, workers);
     if (content.mp3)
         return std::make_unique<Mp3Reader>(content.file, *content.mp3, kind);
+    if (content.wav->coding == WavHeader::Coding::Other)
+        if (auto reader = openPacked(content, content.packedFrames))
+            return reader;
     return std::make_unique<WavReader>(content.file, *content.wav);
 }
 

@@ -16,6 +16,7 @@ struct AudioContent
     std::shared_ptr<const SourceFile> file;
     std::optional<WavHeader> wav; ///< Of a WAV file, one with an MP3 stream inside included.
     std::optional<Mp3Layout> mp3; ///< Of every MP3 stream.
+    qint64 packedFrames = 0;      ///< Sample frames of a WAV file whose coding is left to a library.
 
     int rateHz() const;
     int channels() const;  ///< As stored.

@@ -242,6 +242,36 @@ private slots:
         QCOMPARE(reader->open(other), 0);
         QCOMPARE(kit::readNarrow(*reader), kit::music16(5000, 2, 48000));
     }
+    void packedCodings_areThoseOfAnotherDecoder_data()
+    {
+        QTest::addColumn<QString>("codec");
+        QTest::addColumn<int>("channels");
+        QTest::newRow("MS ADPCM") << "adpcm_ms" << 2;
+        QTest::newRow("MS ADPCM mono") << "adpcm_ms" << 1;
+        QTest::newRow("IMA ADPCM") << "adpcm_ima_wav" << 2;
+    }
+    void packedCodings_areThoseOfAnotherDecoder()
+    {
+        QFETCH(QString, codec);
+        QFETCH(int, channels);
+        const QString plain = made(kit::wav16(kit::music16(50'000, channels, 44100), channels, 44100));
+        const QString packed = m_folder.filePath("packed.wav");
+        const QString other = m_folder.filePath("other.raw");
+        QVERIFY(kit::run("ffmpeg", {"-y", "-i", plain, "-c:a", codec, packed}));
+        QVERIFY(kit::run("sox", {packed, "-t", "raw", "-e", "signed", "-b", "16", other}));
+        const auto reader = makeAudioFile();
+        QCOMPARE(reader->open(packed), 0);
+        QVERIFY(reader->length() >= 50'000);
+        const QByteArray ours = kit::bytes16(kit::readNarrow(*reader));
+        QCOMPARE(ours.size(), reader->length() * channels * 2);
+        QVERIFY(ours.startsWith(kit::contentOf(other).first(50'000 * channels * 2)));
+        QCOMPARE(reader->seek(30'000), 30'000);
+        QCOMPARE(kit::bytes16(kit::readNarrow(*reader)), ours.sliced(30'000 * channels * 2));
+        const auto information = makeAudioInformation();
+        QVERIFY(information->open(packed));
+        QVERIFY(!information->isPcm());
+        QCOMPARE(information->durationMs(), static_cast<qint32>(reader->length() * 1000 / 44100));
+    }
     void mp3_insideWav_isDecoded()
     {
         const QString mp3 =
