@@ -176,8 +176,7 @@ void StagedFile::remove()
 void StagedFile::removeLeftOvers(const QString& folder, const QString& names)
 {
     const QStringList pattern{kHiddenPrefix + names + kHiddenSuffix};
-    for (const QString& name :
-         QDir(folder).entryList(pattern, QDir::Files | QDir::Hidden | QDir::NoSymLinks))
+    for (const QString& name : QDir(folder).entryList(pattern, QDir::Files | QDir::Hidden | QDir::NoSymLinks))
         removeUnlessLocked(QDir(folder).filePath(name));
 }
 

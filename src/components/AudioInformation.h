@@ -42,7 +42,7 @@ public:
     virtual int channels() const = 0;
     /// Bits of a sample as stored; 16 for MP3. Integer PCM only is told by isPcm().
     virtual int bitsPerSample() const = 0;
-    /// Whether the samples stand in the file as plain integer PCM (WAV format 1, extensible or not), each in as many
-    /// bytes as its bits need.
+    /// Whether the samples stand in the file as plain integer PCM (WAV format 1, extensible or not), each in
+    /// as many bytes as its bits need.
     virtual bool isPcm() const = 0;
 };

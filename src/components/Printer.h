@@ -21,8 +21,8 @@ public:
     using QObject::QObject;
     ~Printer() override;
 
-    /// Prints one page and returns when the printing system has taken the job. The page is painted on the calling
-    /// thread. Waiting is bounded; windows paint meanwhile, but nothing the user does arrives.
+    /// Prints one page and returns when the printing system has taken the job. The page is painted on the
+    /// calling thread. Waiting is bounded; windows paint meanwhile, but nothing the user does arrives.
     /// @returns a failure whose detail is a sentence for the user: no default printer, stopped, refused,
     /// spool failed.
     virtual zib::Outcome<> print(const QString& jobName, const Page& page) = 0;
