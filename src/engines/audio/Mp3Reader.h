@@ -35,7 +35,7 @@ private:
     AudioBlock taken(qint64 frames);
     qint64 readyFrames() const { return (m_ready.size() - m_readyAt) / m_decoder.frameBytes(); }
 
-    Mp3Layout m_layout;
+    const Mp3Layout m_layout;
     SampleKind m_kind;
     Mp3Decoder m_decoder;
     std::unique_ptr<RateConverter> m_converter; // while a part of another rate is decoded

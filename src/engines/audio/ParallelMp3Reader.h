@@ -58,7 +58,7 @@ private:
     AudioBlock trimmed(AudioBlock block);
 
     std::shared_ptr<const SourceFile> m_file;
-    Mp3Layout m_layout;
+    const Mp3Layout m_layout; // constant: shared lists are copied at the first touch otherwise
     SampleKind m_kind;
     int m_workers;
     std::vector<Segment> m_segments;
