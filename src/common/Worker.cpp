@@ -56,7 +56,7 @@ void Worker::Queue::run()
     changed.notify_all();
 }
 
-Worker::Worker() : m_queue(std::make_shared<Queue>())
+Worker::Worker(std::chrono::milliseconds patience) : m_queue(std::make_shared<Queue>()), m_patience(patience)
 {
     std::thread([queue = m_queue] { queue->run(); }).detach();
 }
@@ -68,7 +68,7 @@ Worker::~Worker()
     m_queue->closing = true;
     dropped.swap(m_queue->tasks);
     m_queue->changed.notify_all();
-    m_queue->changed.wait_for(lock, kPatience, [this] { return m_queue->ended; });
+    m_queue->changed.wait_for(lock, m_patience, [this] { return m_queue->ended; });
 }
 
 void Worker::post(std::function<void()> task)

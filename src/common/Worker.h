@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QObject>
 #include <QPointer>
+#include <QTimer>
 
 #include <atomic>
 #include <chrono>
@@ -37,21 +39,23 @@ private:
 class Worker
 {
 public:
-    Worker();
-    /// Drops what has not begun and waits at most kPatience for what has.
+    /// How long the destructor waits for a task that is running, if nobody says otherwise.
+    static constexpr std::chrono::seconds kPatience{15};
+
+    explicit Worker(std::chrono::milliseconds patience = kPatience);
+    /// Drops what has not begun and waits at most its patience for what has.
     ~Worker();
     Q_DISABLE_COPY_MOVE(Worker)
-
-    /// How long the destructor waits for a task that is running.
-    static constexpr std::chrono::seconds kPatience{15};
 
     void post(std::function<void()> task);
 
     /// Runs @p question on the thread and returns its answer. Meanwhile the caller's events go on, without
-    /// the user's input. Nothing when @p owner was destroyed by one of them.
+    /// the user's input. Nothing when @p owner was destroyed by one of them, or when @p patience is over.
     template <typename Answer>
-    std::optional<Answer> ask(QObject* owner, std::function<Answer()> question)
+    std::optional<Answer> ask(QObject* owner, std::function<Answer()> question,
+                              std::chrono::milliseconds patience = std::chrono::milliseconds::max())
     {
+        const QDeadlineTimer deadline(patience);
         const auto answer = std::make_shared<std::optional<Answer>>();
         const auto done = std::make_shared<std::atomic<bool>>(false);
         const auto bell = std::make_shared<Bell>();
@@ -61,7 +65,9 @@ public:
             done->store(true);
             bell->ring();
         });
-        while (guard && !done->load())
+        if (!deadline.isForever())
+            QTimer::singleShot(patience, owner, [bell] { bell->ring(); });
+        while (guard && !done->load() && !deadline.hasExpired())
             QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
                                             QEventLoop::WaitForMoreEvents);
         bell->close();
@@ -73,6 +79,7 @@ public:
 private:
     struct Queue;
     std::shared_ptr<Queue> m_queue;
+    std::chrono::milliseconds m_patience;
 };
 
 } // namespace zib
