@@ -8,8 +8,10 @@
 ///
 /// Order of calls: selectDevice, questions about the disc, clearQueue, addTrack, start; then
 /// ExtractionStarted, for each queued track TrackStarted, progress and TrackFinished, and at the end one
-/// ExtractionFinished. Everything is called from the owner's thread and signals arrive on it. Positions are
-/// frames of 1/75 second.
+/// ExtractionFinished; nothing more after abort. Everything is called from the owner's thread and signals
+/// arrive on it. Positions are frames of 1/75 second, counted from the disc's start. No call waits long for a
+/// drive: what a slow one has not told yet is missing at first, and driveState tells kNoDisc until it is
+/// there. Destroying a busy ripper ends the extraction as abort does.
 class CDRipperX : public QObject
 {
     Q_OBJECT
@@ -19,8 +21,21 @@ public:
     static constexpr int kPaused = 1;
     static constexpr int kNoDisc = 2;
     static constexpr int kDiscLoaded = 4;
-    /// The kind of ExtractionProgress that tells the position within the current track.
-    static constexpr int kPositionProgress = 7;
+    // Kinds of ExtractionProgress: the work of reading and checking, and the position within the track.
+    static constexpr int kReadingProgress = 0;
+    static constexpr int kVerifyingProgress = 1;
+    static constexpr int kRepairingProgress = 2;
+    static constexpr int kSkippingProgress = 6; ///< A place that no reading agrees on.
+    static constexpr int kPositionProgress =
+        7; ///< The only kind that never falls and ends at the track's end.
+    static constexpr int kReadErrorProgress = 12;
+    // What status tells.
+    static constexpr int kReady = 0;
+    static constexpr int kNoSuchDevice = 1;
+    static constexpr int kNoPermission = 2;
+    static constexpr int kHeldByAnother = 3; ///< Another program has the drive for itself.
+    static constexpr int kExtracting = 4;    ///< Not while an extraction runs.
+    static constexpr int kNothingToDo = 5;   ///< Nothing is selected, or nothing is queued.
 
     using QObject::QObject;
     ~CDRipperX() override;
@@ -31,8 +46,10 @@ public:
     virtual QString deviceText1(int device) const = 0;
     virtual QString deviceText2(int device) const = 0;
     virtual QString deviceText3(int device) const = 0;
+    /// @returns false when the drive cannot be used; status then says why, and driveState tells when it can
+    /// be.
     virtual bool selectDevice(int device) = 0;
-    /// Why the last call failed, as a number; 0 when it did not.
+    /// Why the last selectDevice, addTrack or start failed; kReady when it did not.
     virtual int status() const = 0;
     /// Fastest reading speed as a factor of playing speed; 0 when the drive does not say.
     virtual int maxReadSpeed() = 0;
@@ -41,6 +58,7 @@ public:
 
     virtual bool discPresent() = 0;
     virtual int trackCount() = 0;
+    /// Tracks and playing time of the disc in words.
     virtual QString discText() = 0;
     // Tracks count from 1 to trackCount() in disc order, whatever number the disc gives its first one.
     virtual qint32 trackStart(int track) = 0;
@@ -49,25 +67,30 @@ public:
     virtual bool copyPermitted(int track) = 0;
     /// A length as "mm:ss:ff".
     virtual QString timeText(qint32 length) const = 0;
-    /// kPlaying, kPaused, kNoDisc, kDiscLoaded or another number; never wakes or locks the drive.
+    /// kPlaying, kPaused, kNoDisc, kDiscLoaded or another number, as last known: kPlaying while an extraction
+    /// runs. Asks the drive behind the caller's back, and never wakes or locks it.
     virtual int driveState() = 0;
 
     virtual void clearQueue() = 0;
-    /// @returns false when the track cannot be extracted.
+    /// @param path absolute; a missing folder is made, a file of that name is replaced once the track is
+    /// whole.
+    /// @returns false when the track holds no sound or the file could not be made.
     virtual bool addTrack(int track, const QString& path) = 0;
     /// @returns true when the extraction has begun.
     virtual bool start() = 0;
-    /// Ends a running extraction within two seconds; the unfinished file is removed.
+    /// Ends a running extraction without further events. Within two seconds the unfinished file is gone.
     virtual void abort() = 0;
-    /// After the end: one line for each track that could not be read whole, with its place; empty when all is
-    /// well.
+    /// After the end: one line for each track that brought no file, with the place in the track as
+    /// minute:second:frame and the reason; empty when all is well.
     virtual QStringList unreadTracks() const = 0;
 
 signals:
     void ExtractionStarted();
+    /// @param file the path of the file to be.  @param end the frame behind the track's last one.
     void TrackStarted(const QString& file, qint32 start, qint32 end, qint32 track);
     /// At most about 20 times a second for each kind.
     void ExtractionProgress(int kind, qint32 position);
+    /// Whether the track brought a file or not.
     void TrackFinished();
     void ExtractionFinished();
 };
