@@ -8,6 +8,7 @@
 #include "engines/burn/makers.h"
 #include "engines/play/makers.h"
 #include "engines/print/makers.h"
+#include "engines/rip/makers.h"
 #include "platform/BoxMessages.h"
 #include "platform/DesktopDialogs.h"
 #include "platform/DesktopFolderPicker.h"
@@ -29,6 +30,9 @@ zib::Components engines()
     components.makePlayer = zib::makeAudioPlayer;
     components.makeWriter = [] {
         return zib::makeDiscWriter(GeneralAPI::JoinPath(zib::applicationFolder(), QStringLiteral("Images")));
+    };
+    components.makeRipper = [] {
+        return zib::makeRipper(GeneralAPI::JoinPath(zib::applicationFolder(), QStringLiteral("Images")));
     };
     components.makePrinter = zib::makePrinter;
     return components;

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "components/CDRipperX.h"
+#include "engines/rip/DeviceList.h"
+#include "engines/rip/DiscWatch.h"
+#include "engines/rip/RipRun.h"
+
+#include <QTimer>
+
+#include <memory>
+
+namespace zib {
+
+struct RipEvent;
+
+/// The ripper on libcdio and its paranoia: drives and disc images through the same calls. Everything that
+/// touches a drive runs on that drive's own thread; the calls here answer from what is known.
+class CdioRipper final : public CDRipperX
+{
+    Q_OBJECT
+public:
+    explicit CdioRipper(QString imagesFolder, QObject* parent = nullptr);
+    ~CdioRipper() override;
+
+    int deviceCount() override;
+    QString deviceText1(int device) const override;
+    QString deviceText2(int device) const override;
+    QString deviceText3(int device) const override;
+    bool selectDevice(int device) override;
+    int status() const override;
+    int maxReadSpeed() override;
+    void setReadSpeed(int factor) override;
+
+    bool discPresent() override;
+    int trackCount() override;
+    QString discText() override;
+    qint32 trackStart(int track) override;
+    qint32 trackLength(int track) override;
+    bool isAudioTrack(int track) override;
+    bool copyPermitted(int track) override;
+    QString timeText(qint32 length) const override;
+    int driveState() override;
+
+    void clearQueue() override;
+    bool addTrack(int track, const QString& path) override;
+    bool start() override;
+    void abort() override;
+    QStringList unreadTracks() const override;
+
+private:
+    bool refuse(int status);
+    DiscKnowledge known() const;
+    TocTrack toc(int track) const;
+    void deliverEvents();
+    void deliver(const RipEvent& event);
+
+    QString m_imagesFolder;
+    QList<RipDevice> m_devices;
+    int m_status = kReady;
+    int m_speed = 0;
+    QList<RipTask> m_queue;
+    QStringList m_unread;
+    QTimer m_deliveries;
+    std::shared_ptr<RipRun> m_run;     ///< The extraction under way.
+    std::shared_ptr<RipRun> m_aborted; ///< The one that was ended last, and may still hang in its drive.
+    std::unique_ptr<DiscWatch> m_watch;
+};
+
+} // namespace zib

@@ -1,0 +1,199 @@
+#include "engines/rip/DiscWatch.h"
+
+#include "engines/rip/RipRun.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+namespace zib {
+
+namespace {
+constexpr qint64 kPollMs = 150;
+constexpr qint64 kRefusedPollMs = 1000;
+} // namespace
+
+/// Lives as long as the last task on the thread, which may be longer than the watch.
+struct DiscWatch::Shared
+{
+    explicit Shared(RipDevice watched) : device(std::move(watched)) {}
+
+    const RipDevice device;
+    std::mutex mutex;
+    std::condition_variable changed;
+    DiscKnowledge knowledge; // under the mutex
+    bool asking = false;     // under the mutex
+    bool swapped = false;    // under the mutex
+
+    // The thread's own.
+    std::shared_ptr<CdioDisc> disc;
+    int setSpeed = 0;
+
+    void refresh();
+    void refreshImage();
+    void refreshDrive();
+    void readDisc();
+    void publish(const std::function<void(DiscKnowledge&)>& change);
+    void publishEmpty();
+    void refuse(const Failure& why);
+    bool isPresent();
+};
+
+void DiscWatch::Shared::publish(const std::function<void(DiscKnowledge&)>& change)
+{
+    const std::lock_guard lock(mutex);
+    change(knowledge);
+}
+
+void DiscWatch::Shared::publishEmpty()
+{
+    publish([](DiscKnowledge& known) {
+        known.refusal.reset();
+        known.present = false;
+        known.tracks.clear();
+    });
+}
+
+void DiscWatch::Shared::refuse(const Failure& why)
+{
+    disc.reset();
+    publish([&why](DiscKnowledge& known) { known = {.refusal = why}; });
+}
+
+bool DiscWatch::Shared::isPresent()
+{
+    const std::lock_guard lock(mutex);
+    return knowledge.present;
+}
+
+void DiscWatch::Shared::refresh()
+{
+    if (device.isImage)
+        refreshImage();
+    else
+        refreshDrive();
+    const std::lock_guard lock(mutex);
+    asking = false;
+    changed.notify_all();
+}
+
+/// An image may be written anew, or go.
+void DiscWatch::Shared::refreshImage()
+{
+    const auto opened = CdioDisc::openImage(device.path);
+    if (!opened)
+        return refuse(opened.error());
+    disc = opened.value();
+    const QList<TocTrack> tracks = disc->tracks();
+    const std::lock_guard lock(mutex);
+    swapped = swapped || (knowledge.present && knowledge.tracks != tracks);
+    knowledge = {.present = true, .tracks = tracks};
+}
+
+void DiscWatch::Shared::refreshDrive()
+{
+    const bool fresh = !disc;
+    if (const auto free = fresh ? whetherFree(device.path) : Outcome<>(); !free)
+        return refuse(free.error());
+    if (fresh) {
+        const auto opened = CdioDisc::openDrive(device.path);
+        if (!opened)
+            return refuse(opened.error());
+        disc = opened.value();
+        const int speed = disc->maxReadSpeed();
+        publish([speed](DiscKnowledge& known) { known.maxSpeed = speed; });
+    }
+    bool newDisc = false;
+    switch (disc->presence(&newDisc)) {
+    case DiscPresence::Gone:
+        return refuse({Failure::Kind::DeviceGone, device.path});
+    case DiscPresence::Absent:
+    case DiscPresence::NotReady:
+        return publishEmpty();
+    case DiscPresence::Ready:
+        break;
+    }
+    if (newDisc || !isPresent())
+        readDisc();
+}
+
+/// The library remembers the disc of an opened drive, so it is opened anew for each disc.
+void DiscWatch::Shared::readDisc()
+{
+    if (disc->readiness() != DiscPresence::Ready)
+        return publishEmpty();
+    const auto opened = CdioDisc::openDrive(device.path);
+    if (!opened)
+        return refuse(opened.error());
+    disc = opened.value();
+    setSpeed = 0;
+    const QList<TocTrack> tracks = disc->tracks();
+    const std::lock_guard lock(mutex);
+    swapped = swapped || knowledge.present;
+    knowledge.refusal.reset();
+    knowledge.present = true;
+    knowledge.tracks = tracks;
+}
+
+DiscWatch::DiscWatch(const RipDevice& device)
+    : m_shared(std::make_shared<Shared>(device)), m_worker(kFarewell)
+{
+}
+
+DiscWatch::~DiscWatch() = default;
+
+const RipDevice& DiscWatch::device() const
+{
+    return m_shared->device;
+}
+
+void DiscWatch::post()
+{
+    const std::lock_guard lock(m_shared->mutex);
+    if (std::exchange(m_shared->asking, true))
+        return;
+    m_asked.start();
+    m_worker.post([shared = m_shared] { shared->refresh(); });
+}
+
+DiscKnowledge DiscWatch::look(std::chrono::milliseconds patience)
+{
+    post();
+    std::unique_lock lock(m_shared->mutex);
+    m_shared->changed.wait_for(lock, patience, [this] { return !m_shared->asking; });
+    m_shared->swapped = false;
+    return m_shared->knowledge;
+}
+
+DiscKnowledge DiscWatch::known() const
+{
+    const std::lock_guard lock(m_shared->mutex);
+    return m_shared->knowledge;
+}
+
+void DiscWatch::poll()
+{
+    const qint64 gap = known().refusal ? kRefusedPollMs : kPollMs;
+    if (!m_asked.isValid() || m_asked.hasExpired(gap))
+        post();
+}
+
+bool DiscWatch::takeChange()
+{
+    const std::lock_guard lock(m_shared->mutex);
+    return std::exchange(m_shared->swapped, false);
+}
+
+void DiscWatch::extract(const std::shared_ptr<RipRun>& run, int speed)
+{
+    m_worker.post([shared = m_shared, run, speed] {
+        if (shared->disc && std::exchange(shared->setSpeed, speed) != speed)
+            shared->disc->setReadSpeed(speed);
+        std::optional<DriveHold> hold;
+        if (!shared->device.isImage)
+            hold.emplace(shared->device.path);
+        run->run(shared->disc.get());
+    });
+}
+
+} // namespace zib

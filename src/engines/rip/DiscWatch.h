@@ -1,0 +1,58 @@
+#pragma once
+
+#include "common/Worker.h"
+#include "engines/rip/CdioDisc.h"
+#include "engines/rip/DeviceList.h"
+
+#include <QElapsedTimer>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+namespace zib {
+
+class RipRun;
+
+/// What is known of a drive and its disc.
+struct DiscKnowledge
+{
+    std::optional<Failure> refusal{}; ///< Why the drive cannot be used.
+    bool present = false;             ///< A disc is in, and its tracks are known.
+    int maxSpeed = 0;
+    QList<TocTrack> tracks{};
+};
+
+/// Watches the disc in one drive, or one image, on a thread of its own, so that nobody waits for a drive.
+/// The owner's thread only.
+class DiscWatch
+{
+public:
+    explicit DiscWatch(const RipDevice& device);
+    ~DiscWatch();
+    Q_DISABLE_COPY_MOVE(DiscWatch)
+
+    /// What hangs in the drive when the watch ends is left behind after so long.
+    static constexpr std::chrono::milliseconds kFarewell{1000};
+
+    const RipDevice& device() const;
+    /// Has the drive asked anew and waits a little for the answer: what is known then, fresh or not.
+    DiscKnowledge look(std::chrono::milliseconds patience);
+    DiscKnowledge known() const;
+    /// Has the drive asked, unless that is under way or was a moment ago.
+    void poll();
+    /// Whether the disc was changed for another since the last call.
+    bool takeChange();
+    /// Copies tracks once the thread is free.  @param speed as CdioDisc::setReadSpeed takes it.
+    void extract(const std::shared_ptr<RipRun>& run, int speed);
+
+private:
+    struct Shared;
+    void post();
+
+    std::shared_ptr<Shared> m_shared;
+    QElapsedTimer m_asked;
+    Worker m_worker; ///< Last, so that it ends first.
+};
+
+} // namespace zib

@@ -1,0 +1,100 @@
+#include "engines/rip/RipFile.h"
+
+#include "common/CdTime.h"
+
+#include <QByteArray>
+#include <QDir>
+#include <QFileInfo>
+#include <QtEndian>
+
+namespace zib {
+
+namespace {
+
+const Failure kCancelled{Failure::Kind::Cancelled};
+constexpr quint32 kHeaderBytes = 44;
+
+template <typename Number>
+void put(QByteArray& bytes, Number value)
+{
+    const Number little = qToLittleEndian(value);
+    bytes.append(reinterpret_cast<const char*>(&little), sizeof little);
+}
+
+/// The header of a WAV file (RIFF, format 1: PCM).
+QByteArray wavHeader(quint32 dataBytes)
+{
+    constexpr quint16 kBlock = kCdChannels * kCdBits / 8;
+    QByteArray header("RIFF");
+    put<quint32>(header, dataBytes + kHeaderBytes - 8);
+    header += "WAVEfmt ";
+    put<quint32>(header, 16);
+    put<quint16>(header, 1);
+    put<quint16>(header, kCdChannels);
+    put<quint32>(header, kCdSampleRate);
+    put<quint32>(header, quint32{kCdSampleRate} * kBlock);
+    put<quint16>(header, kBlock);
+    put<quint16>(header, kCdBits);
+    header += "data";
+    put<quint32>(header, dataBytes);
+    return header;
+}
+
+} // namespace
+
+Outcome<> RipFile::begin(const QString& path, qint32 frames)
+{
+    const std::lock_guard lock(m_mutex);
+    m_file.reset();
+    if (m_abandoned)
+        return kCancelled;
+    const QFileInfo target(path);
+    const QString folder = target.absolutePath();
+    const auto bytes = static_cast<quint32>(CdTime::fromFrames(frames).bytes());
+    QDir().mkpath(folder);
+    StagedFile::removeLeftOver(folder, target.fileName());
+    m_file = std::make_unique<StagedFile>();
+    auto begun = m_file->create(folder, target.fileName());
+    if (begun)
+        begun = m_file->reserve(qint64{kHeaderBytes} + bytes);
+    if (begun)
+        begun = m_file->write(wavHeader(bytes).constData(), kHeaderBytes);
+    if (!begun)
+        m_file.reset();
+    return begun;
+}
+
+Outcome<> RipFile::write(const char* frame)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_file)
+        return kCancelled;
+    return m_file->write(frame, kBytesPerFrame);
+}
+
+Outcome<> RipFile::finish()
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_file)
+        return kCancelled;
+    auto done = m_file->flush();
+    if (done)
+        done = m_file->keepReplacing();
+    m_file.reset();
+    return done;
+}
+
+void RipFile::drop()
+{
+    const std::lock_guard lock(m_mutex);
+    m_file.reset();
+}
+
+void RipFile::abandon()
+{
+    const std::lock_guard lock(m_mutex);
+    m_file.reset();
+    m_abandoned = true;
+}
+
+} // namespace zib

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "common/Outcome.h"
+#include "common/StagedFile.h"
+
+#include <memory>
+#include <mutex>
+
+namespace zib {
+
+/// The WAV file of the track under way: 44100 Hz, 16 bits, 2 channels, under a hidden name until it is whole.
+/// The worker writes; the owner may take it away at any time, even while the worker hangs in a drive.
+class RipFile
+{
+public:
+    /// Begins a file, which ends the one before without a trace.  @param frames its length.
+    /// @returns WriteFailed or NoPermission; Cancelled after abandon.
+    Outcome<> begin(const QString& path, qint32 frames);
+    /// One frame of 2352 bytes.
+    Outcome<> write(const char* frame);
+    /// Gives the file its name, in place of one that bears it.
+    Outcome<> finish();
+    /// Drops the file under way.
+    void drop();
+    /// Drops the file under way and allows no other.
+    void abandon();
+
+private:
+    std::mutex m_mutex;
+    std::unique_ptr<StagedFile> m_file;
+    bool m_abandoned = false;
+};
+
+} // namespace zib

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "engines/rip/CdioDisc.h"
+#include "engines/rip/RipEvents.h"
+#include "engines/rip/RipFile.h"
+
+#include <QList>
+#include <QStringList>
+
+#include <atomic>
+
+namespace zib {
+
+class TrackReader;
+
+/// One track to be copied.
+struct RipTask
+{
+    int track = 0; ///< As the component counts, from 1.
+    QString path{};
+    TocTrack toc{};
+};
+
+/// One extraction: the tracks one after the other. A track that cannot be copied whole leaves no file, and
+/// the others go on.
+class RipRun
+{
+public:
+    explicit RipRun(QList<RipTask> tasks) : m_tasks(std::move(tasks)) {}
+
+    /// Does it all, on the worker's thread. Without a disc nothing can be read.
+    void run(const CdioDisc* disc);
+    /// Asks a running extraction to end; any thread.
+    void stop() { m_stopped = true; }
+    /// Takes the unfinished file away, even while the worker hangs in a drive; any thread.
+    void abandon();
+
+    RipEvents& events() { return m_events; }
+    /// A line for each track without a file; complete once the Finished event was taken.
+    const QStringList& unread() const { return m_unread; }
+
+private:
+    Outcome<> copy(TrackReader& reader, const RipTask& task, qint32& done);
+    void tellPosition(int kind, qint32 frame);
+
+    const QList<RipTask> m_tasks;
+    RipEvents m_events;
+    RipFile m_file;
+    QStringList m_unread;
+    std::atomic<bool> m_stopped = false;
+};
+
+} // namespace zib

@@ -1,0 +1,154 @@
+#include "engines/rip/TrackReader.h"
+
+#include "common/CdTime.h"
+#include "components/CDRipperX.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include <cdio/cdio.h>
+#include <cdio/paranoia/cdda.h>
+#include <cdio/paranoia/paranoia.h>
+
+namespace zib {
+
+namespace {
+
+constexpr int kMostRetries = 20;
+
+/// The library calls back without saying for whom; a reader works on one thread at a time.
+thread_local TrackReader* working = nullptr;
+
+/// The library's kinds of work as the component's. @returns a negative number for what is not told.
+int kindOf(int what)
+{
+    switch (what) {
+    case PARANOIA_CB_READ:
+        return CDRipperX::kReadingProgress;
+    case PARANOIA_CB_VERIFY:
+    case PARANOIA_CB_OVERLAP:
+    case PARANOIA_CB_BACKOFF:
+        return CDRipperX::kVerifyingProgress;
+    case PARANOIA_CB_SKIP:
+        return CDRipperX::kSkippingProgress;
+    case PARANOIA_CB_READERR:
+        return CDRipperX::kReadErrorProgress;
+    case PARANOIA_CB_WROTE:
+    case PARANOIA_CB_FINISHED:
+        return -1;
+    default:
+        return CDRipperX::kRepairingProgress;
+    }
+}
+
+bool endsEverything(Failure::Kind kind)
+{
+    return kind == Failure::Kind::NoMedium || kind == Failure::Kind::WrongMedium ||
+           kind == Failure::Kind::DeviceGone;
+}
+
+} // namespace
+
+TrackReader::TrackReader(const CdioDisc& disc, const std::atomic<bool>& stopped, Progress progress)
+    : m_disc(disc), m_stopped(stopped), m_progress(std::move(progress))
+{
+}
+
+TrackReader::~TrackReader()
+{
+    closeTrack();
+    if (m_drive)
+        cdio_cddap_close_no_free_cdio(m_drive);
+}
+
+Outcome<> TrackReader::open()
+{
+    const Failure closed{Failure::Kind::DeviceGone};
+    m_drive = cdio_cddap_identify_cdio(m_disc.handle(), CDDA_MESSAGE_FORGETIT, nullptr);
+    if (!m_drive)
+        return closed;
+    cdio_cddap_verbose_set(m_drive, CDDA_MESSAGE_FORGETIT, CDDA_MESSAGE_FORGETIT);
+    if (cdio_cddap_open(m_drive) != 0)
+        return closed;
+    m_drive->bigendianp = 0; // as READ CD is defined; otherwise the library guesses by listening
+    m_drive->read_audio = &TrackReader::readGuarded;
+    return {};
+}
+
+void TrackReader::begin(const TocTrack& track)
+{
+    closeTrack();
+    m_failure.reset();
+    m_reading = cdio_paranoia_init(m_drive);
+    cdio_paranoia_modeset(m_reading, PARANOIA_MODE_FULL ^ PARANOIA_MODE_NEVERSKIP);
+    cdio_paranoia_set_range(m_reading, track.start, track.start + track.frames - 1);
+    cdio_paranoia_seek(m_reading, track.start, SEEK_SET);
+}
+
+Outcome<const char*> TrackReader::next()
+{
+    m_skipped = false;
+    m_frameTime.start();
+    working = this;
+    const int16_t* frame = cdio_paranoia_read_limited(
+        m_reading, [](long words, paranoia_cb_mode_t what) { working->told(words, what); }, kMostRetries);
+    working = nullptr;
+    if (m_stopped)
+        return Failure{Failure::Kind::Cancelled};
+    if (m_failure)
+        return *m_failure;
+    if (!frame)
+        return Failure{Failure::Kind::DeviceGone};
+    if (m_skipped)
+        return Failure{Failure::Kind::UnreadableFile};
+    return reinterpret_cast<const char*>(frame);
+}
+
+void TrackReader::told(long words, int what)
+{
+    m_skipped = m_skipped || what == PARANOIA_CB_SKIP;
+    if (const int kind = kindOf(what); kind >= 0 && m_progress)
+        m_progress(kind, static_cast<qint32>(words / CD_FRAMEWORDS));
+}
+
+long TrackReader::readGuarded(cdrom_drive_s*, void* data, int first, long count)
+{
+    return working->read(static_cast<char*>(data), first, static_cast<qint32>(count));
+}
+
+/// Once the frame is lost anyhow, silence is handed out: the library comes to its end only with data.
+/// @returns how many frames from the first on were read.
+long TrackReader::read(char* data, qint32 first, qint32 count)
+{
+    qint32 done = 0;
+    qint32 step = count;
+    while (done < count) {
+        m_skipped = m_skipped || m_frameTime.hasExpired(kFramePatienceMs);
+        if (m_stopped || m_failure || m_skipped) {
+            std::memset(data + qint64{done} * kBytesPerFrame, 0,
+                        static_cast<size_t>(count - done) * kBytesPerFrame);
+            return count;
+        }
+        step = std::min(step, count - done);
+        const auto got = m_disc.read(data + qint64{done} * kBytesPerFrame, first + done, step);
+        if (got) {
+            done += step;
+        } else if (endsEverything(got.error().kind)) {
+            m_failure = got.error();
+        } else if (step > 1) {
+            step = (step + 1) / 2;
+        } else {
+            break;
+        }
+    }
+    return done;
+}
+
+void TrackReader::closeTrack()
+{
+    if (m_reading)
+        cdio_paranoia_free(std::exchange(m_reading, nullptr));
+}
+
+} // namespace zib

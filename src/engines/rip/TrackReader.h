@@ -1,0 +1,56 @@
+#pragma once
+
+#include "common/Outcome.h"
+#include "engines/rip/CdioDisc.h"
+
+#include <QElapsedTimer>
+
+#include <atomic>
+#include <functional>
+#include <optional>
+
+struct cdrom_drive_s;
+struct cdrom_paranoia_s;
+
+namespace zib {
+
+/// Reads tracks of sound securely: every frame is read more than once, pieces are joined where they agree,
+/// and a place that no reading agrees on is a failure. The worker's thread only.
+class TrackReader
+{
+public:
+    /// Told of the work as one of CDRipperX's kinds of progress, with the frame it is at.
+    using Progress = std::function<void(int kind, qint32 frame)>;
+
+    /// All arguments outlive the reader.  @param stopped ends the work when set by another thread.
+    TrackReader(const CdioDisc& disc, const std::atomic<bool>& stopped, Progress progress);
+    ~TrackReader();
+    Q_DISABLE_COPY_MOVE(TrackReader)
+
+    /// So long one frame may take with all its repeated readings.
+    static constexpr qint64 kFramePatienceMs = 30'000;
+
+    Outcome<> open();
+    void begin(const TocTrack& track);
+    /// The next frame of the track: 2352 bytes that last until the next call.
+    /// @returns UnreadableFile when it cannot be read; NoMedium, WrongMedium or DeviceGone when none can; or
+    /// Cancelled.
+    Outcome<const char*> next();
+
+private:
+    static long readGuarded(cdrom_drive_s* drive, void* data, int first, long count);
+    long read(char* data, qint32 first, qint32 count);
+    void told(long words, int what);
+    void closeTrack();
+
+    const CdioDisc& m_disc;
+    const std::atomic<bool>& m_stopped;
+    Progress m_progress;
+    cdrom_drive_s* m_drive = nullptr;
+    cdrom_paranoia_s* m_reading = nullptr;
+    QElapsedTimer m_frameTime;
+    bool m_skipped = false;           ///< The frame was given up.
+    std::optional<Failure> m_failure; ///< Nothing more can be read.
+};
+
+} // namespace zib
