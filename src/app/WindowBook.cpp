@@ -14,6 +14,7 @@
 #include "tools/frmMP3ToWAV.h"
 #include "tools/frmPlay.h"
 #include "tools/frmPlayer.h"
+#include "tools/frmRip.h"
 #include "settings/frmOptions.h"
 
 namespace zib {
@@ -63,7 +64,11 @@ void WindowBook::showWrite(QWidget* owner, const QStringList& trackFiles)
     frmWrite(m_services, trackFiles, owner).exec();
 }
 
-void WindowBook::showRip(QWidget*) {}
+void WindowBook::showRip(QWidget* owner)
+{
+    frmRip ripper(m_services, owner);
+    ripper.exec();
+}
 
 void WindowBook::showMP3ToWAV(QWidget* owner)
 {
