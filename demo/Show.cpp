@@ -8,6 +8,7 @@
 #include "engines/audio/makers.h"
 #include "engines/burn/makers.h"
 #include "engines/play/makers.h"
+#include "engines/rip/makers.h"
 
 #include <QAction>
 #include <QApplication>
@@ -59,6 +60,9 @@ Show::Show(const QString& folder, const QStringList& samples)
     m_components.makePrinter = [this] { return std::make_unique<SheetPrinter>(m_sheet); };
     m_components.makeWriter = [this] {
         return zib::makeDiscWriter(m_programFolder + QStringLiteral("/Images"));
+    };
+    m_components.makeRipper = [this] {
+        return zib::makeRipper(m_programFolder + QStringLiteral("/Images"));
     };
     setScenes();
 }
