@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 
 #include <cmath>
-#include <cstring>
 #include <memory>
 #include <numbers>
 
@@ -235,9 +234,8 @@ int convert(const QString& source, const QString& target, int rateHz, int channe
 QList<qint16> wavSamples(const QString& path)
 {
     const QByteArray content = contentOf(path).mid(44);
-    QList<qint16> samples(content.size() / 2);
-    std::memcpy(samples.data(), content.constData(), static_cast<size_t>(samples.size()) * 2);
-    return samples;
+    const auto* begin = reinterpret_cast<const qint16*>(content.constData());
+    return QList<qint16>(begin, begin + content.size() / 2);
 }
 
 } // namespace zib::kit
