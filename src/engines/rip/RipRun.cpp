@@ -4,6 +4,7 @@
 #include "components/CDRipperX.h"
 #include "engines/rip/TrackReader.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace zib {
@@ -80,8 +81,11 @@ Outcome<> RipRun::copy(TrackReader& reader, const RipTask& task, qint32& done)
     reader.begin(task.toc);
     for (done = 0; done < task.toc.frames; ++done) {
         const auto frame = reader.next();
-        if (!frame)
+        if (!frame) {
+            if (frame.error().kind == Failure::Kind::UnreadableFile)
+                done = std::clamp(reader.badFrame() - task.toc.start, 0, task.toc.frames - 1);
             return frame.error();
+        }
         if (auto written = m_file.write(*frame); !written)
             return written;
         tellPosition(CDRipperX::kPositionProgress, task.toc.start + done + 1);

@@ -88,7 +88,7 @@ void TrackReader::begin(const TocTrack& track)
 
 Outcome<const char*> TrackReader::next()
 {
-    m_skipped = false;
+    m_skipped = m_unreadable = false;
     m_frameTime.start();
     working = this;
     const int16_t* frame = cdio_paranoia_read_limited(
@@ -107,38 +107,55 @@ Outcome<const char*> TrackReader::next()
 
 void TrackReader::told(long words, int what)
 {
-    m_skipped = m_skipped || what == PARANOIA_CB_SKIP;
+    const auto frame = static_cast<qint32>(words / CD_FRAMEWORDS);
+    if (what == PARANOIA_CB_SKIP && !std::exchange(m_skipped, true) && !m_unreadable)
+        m_badFrame = frame;
     if (const int kind = kindOf(what); kind >= 0 && m_progress)
-        m_progress(kind, static_cast<qint32>(words / CD_FRAMEWORDS));
+        m_progress(kind, frame);
 }
 
+/// Without @p data the library only wants to have other frames read in between.
 long TrackReader::readGuarded(cdrom_drive_s*, void* data, int first, long count)
 {
-    return working->read(static_cast<char*>(data), first, static_cast<qint32>(count));
+    const auto frames = static_cast<qint32>(count);
+    if (data)
+        return working->read(static_cast<char*>(data), first, frames);
+    working->m_unwanted.resize(count * kBytesPerFrame);
+    if (const auto got = working->readOnce(working->m_unwanted.data(), first, frames); !got)
+        return 0;
+    return count;
 }
 
 /// Once the frame is lost anyhow, silence is handed out: the library comes to its end only with data.
+Outcome<> TrackReader::readOnce(char* data, qint32 first, qint32 count)
+{
+    if (m_frameTime.hasExpired(kFramePatienceMs) && !std::exchange(m_skipped, true) && !m_unreadable)
+        m_badFrame = first;
+    if (m_stopped || m_failure || m_skipped) {
+        std::memset(data, 0, static_cast<size_t>(count) * kBytesPerFrame);
+        return {};
+    }
+    const auto got = m_disc.read(data, first, count);
+    if (!got && endsEverything(got.error().kind))
+        m_failure = got.error();
+    return got;
+}
+
+/// A request that fails is tried in smaller steps, down to the frame that is to blame.
 /// @returns how many frames from the first on were read.
 long TrackReader::read(char* data, qint32 first, qint32 count)
 {
     qint32 done = 0;
     qint32 step = count;
     while (done < count) {
-        m_skipped = m_skipped || m_frameTime.hasExpired(kFramePatienceMs);
-        if (m_stopped || m_failure || m_skipped) {
-            std::memset(data + qint64{done} * kBytesPerFrame, 0,
-                        static_cast<size_t>(count - done) * kBytesPerFrame);
-            return count;
-        }
         step = std::min(step, count - done);
-        const auto got = m_disc.read(data + qint64{done} * kBytesPerFrame, first + done, step);
-        if (got) {
+        if (readOnce(data + qint64{done} * kBytesPerFrame, first + done, step)) {
             done += step;
-        } else if (endsEverything(got.error().kind)) {
-            m_failure = got.error();
         } else if (step > 1) {
             step = (step + 1) / 2;
         } else {
+            m_unreadable = true;
+            m_badFrame = first + done;
             break;
         }
     }

@@ -3,6 +3,7 @@
 #include "common/Outcome.h"
 #include "engines/rip/CdioDisc.h"
 
+#include <QByteArray>
 #include <QElapsedTimer>
 
 #include <atomic>
@@ -36,19 +37,25 @@ public:
     /// @returns UnreadableFile when it cannot be read; NoMedium, WrongMedium or DeviceGone when none can; or
     /// Cancelled.
     Outcome<const char*> next();
+    /// Behind a frame that cannot be read: the frame that is to blame, which may lie a little ahead.
+    qint32 badFrame() const { return m_badFrame; }
 
 private:
     static long readGuarded(cdrom_drive_s* drive, void* data, int first, long count);
     long read(char* data, qint32 first, qint32 count);
+    Outcome<> readOnce(char* data, qint32 first, qint32 count);
     void told(long words, int what);
     void closeTrack();
 
     const CdioDisc& m_disc;
     const std::atomic<bool>& m_stopped;
     Progress m_progress;
+    QByteArray m_unwanted; ///< Where frames go that are read only to empty the drive's memory.
     cdrom_drive_s* m_drive = nullptr;
     cdrom_paranoia_s* m_reading = nullptr;
     QElapsedTimer m_frameTime;
+    qint32 m_badFrame = 0;
+    bool m_unreadable = false;        ///< A single frame was refused while the present one was worked on.
     bool m_skipped = false;           ///< The frame was given up.
     std::optional<Failure> m_failure; ///< Nothing more can be read.
 };
