@@ -4,6 +4,7 @@
 #include "fakes/FakeAudioFile.h"
 #include "fakes/FakeAudioInformation.h"
 #include "fakes/FakeAudioPlayer.h"
+#include "fakes/FakeCDRipperX.h"
 #include "fakes/FakeDVDWriterPro.h"
 #include "fakes/FakeSeams.h"
 #include "platform/IniFile.h"
@@ -33,6 +34,7 @@ struct Library
         desk.components.makeFile = [this] { return std::make_unique<zib::FakeAudioFile>(shelf); };
         desk.components.makePlayer = [] { return std::make_unique<zib::FakeAudioPlayer>(); };
         desk.components.makeWriter = [] { return std::make_unique<zib::FakeDVDWriterPro>(); };
+        desk.components.makeRipper = [] { return std::make_unique<zib::FakeCDRipperX>(); };
         main = std::make_unique<frmMain>(book.services());
         book.setMainWindow(main.get());
         main->show();
@@ -85,6 +87,7 @@ private slots:
         row("frmAbout", [](Library& l) { l.book.showAbout(l.main.get()); });
         row("frmOptions", [](Library& l) { l.book.showOptions(l.main.get()); });
         row("frmWrite", [](Library& l) { l.book.showWrite(l.main.get(), {}); });
+        row("frmRip", [](Library& l) { l.book.showRip(l.main.get()); });
         row("frmMP3ToWAV", [](Library& l) { l.book.showMP3ToWAV(l.main.get()); });
         row("frmPlayer", [](Library& l) { l.book.showPlayer(l.main.get()); });
         row("frmPlay", [](Library& l) { l.book.showPlay(l.main.get()); });
