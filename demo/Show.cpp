@@ -61,9 +61,7 @@ Show::Show(const QString& folder, const QStringList& samples)
     m_components.makeWriter = [this] {
         return zib::makeDiscWriter(m_programFolder + QStringLiteral("/Images"));
     };
-    m_components.makeRipper = [this] {
-        return zib::makeRipper(m_programFolder + QStringLiteral("/Images"));
-    };
+    m_components.makeRipper = [this] { return zib::makeRipper(m_programFolder + QStringLiteral("/Images")); };
     setScenes();
 }
 
