@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace zib {
 
@@ -17,6 +20,23 @@ inline qint16 rounded(float steps)
 {
     const float clipped = std::min(std::max(steps, -32768.0F), 32767.0F);
     return static_cast<qint16>(std::bit_cast<qint32>(clipped + kMagic) - kMagicBits);
+}
+
+// Scales, adds the noise and rounds.
+void roundNoisy(const float* in, const float* noise, qint16* out, size_t count)
+{
+    size_t i = 0;
+#ifdef __SSE2__ // rounds and clips eight at a time with the very same result
+    const __m128 scale = _mm_set1_ps(32768.0F);
+    const auto four = [&](size_t at) {
+        return _mm_cvtps_epi32(
+            _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(in + at), scale), _mm_loadu_ps(noise + at)));
+    };
+    for (; i + 8 <= count; i += 8)
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_packs_epi32(four(i), four(i + 4)));
+#endif
+    for (; i < count; ++i)
+        out[i] = rounded(in[i] * 32768.0F + noise[i]);
 }
 
 } // namespace
@@ -53,21 +73,12 @@ QList<qint16> Ditherer::round(std::span<const float> samples)
         if (m_next == kNoise)
             makeNoise();
         const size_t count = std::min(kNoise - m_next, samples.size());
-        const float* noise = m_noise.data() + m_next;
-        const float* in = samples.data();
-        for (size_t i = 0; i < count; ++i)
-            out[i] = rounded(in[i] * 32768.0F + noise[i]);
+        roundNoisy(samples.data(), m_noise.data() + m_next, out, count);
         m_next += count;
         out += count;
         samples = samples.subspan(count);
     }
     return narrow;
-}
-
-void roundPlain(std::span<const float> samples, qint16* out)
-{
-    for (size_t i = 0; i < samples.size(); ++i)
-        out[i] = rounded(samples[i] * 32768.0F);
 }
 
 QList<float> widened(std::span<const qint16> samples)

@@ -30,9 +30,6 @@ private:
     size_t m_next = kNoise;
 };
 
-/// Rounds floating samples to the nearest 16-bit ones, without dither, from @p samples into @p out.
-void roundPlain(std::span<const float> samples, qint16* out);
-
 /// Widens 16-bit samples; full scale becomes 1.0.
 QList<float> widened(std::span<const qint16> samples);
 
