@@ -20,7 +20,7 @@ namespace zib {
 namespace {
 
 constexpr qint64 kHeaderBytes = 44;
-constexpr qint64 kPushBytes = 8 * 1024 * 1024;
+constexpr qint64 kPushBytes = 1024 * 1024;
 
 QByteArray folderOf(const QByteArray& name)
 {
