@@ -30,6 +30,7 @@ enum Column
 
 constexpr int kPollMs = 200;
 constexpr double kWhole = 100;
+constexpr int kRowPadding = 8;
 
 const QString kNoneChecked = QStringLiteral("Please check tracks to rip.");
 const QString kCompleted = QStringLiteral("Audio Ripping Completed.");
@@ -53,8 +54,7 @@ frmRip::frmRip(const zib::Services& services, QWidget* parent)
     QSizePolicy keepsItsPlace = ui->picFolder->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
     ui->picFolder->setSizePolicy(keepsItsPlace);
-    ui->lvwTracks->header()->setStretchLastSection(false);
-    ui->lvwTracks->header()->setSectionResizeMode(FileName, QHeaderView::Stretch);
+    layOutColumns();
     EnableControls(true);
     connectControls();
     connectRipper();
@@ -83,6 +83,22 @@ void frmRip::connectRipper()
     connect(ripper, &CDRipperX::ExtractionProgress, this, &frmRip::CDRipperX1_ExtractionProgress);
     connect(ripper, &CDRipperX::TrackFinished, this, &frmRip::CDRipperX1_TrackFinished);
     connect(ripper, &CDRipperX::ExtractionFinished, this, &frmRip::CDRipperX1_ExtractionFinished);
+}
+
+/// The file name takes what the others leave.
+void frmRip::layOutColumns()
+{
+    constexpr int kMargin = 24;
+    QHeaderView* header = ui->lvwTracks->header();
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(FileName, QHeaderView::Stretch);
+    const auto fit = [this, header](Column column, const QString& widest) {
+        header->resizeSection(column, fontMetrics().horizontalAdvance(widest) + kMargin);
+    };
+    fit(Number, QStringLiteral("[x] 99"));
+    fit(Time, QStringLiteral("00:00:00"));
+    fit(Type, QStringLiteral("Audio"));
+    fit(Protected, ui->lvwTracks->headerItem()->text(Protected));
 }
 
 /// The window is painted before the drives are looked for.
@@ -322,6 +338,7 @@ void frmRip::addTrackRow(int track)
     row->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemIsUserCheckable |
                   Qt::ItemNeverHasChildren);
     row->setCheckState(Number, Qt::Unchecked);
+    row->setSizeHint(Number, QSize(0, fontMetrics().height() + kRowPadding));
 }
 
 /// The list may be emptied while one of the boxes is open, when the disc is taken out.

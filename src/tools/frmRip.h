@@ -34,6 +34,7 @@ protected:
 private:
     void connectControls();
     void connectRipper();
+    void layOutColumns();
     void Form_Load();
     void cboDevices_Click();
     void cboDevices_activated(int index);
@@ -62,7 +63,7 @@ private:
     std::unique_ptr<Ui::frmRip> ui;
     const zib::Services m_services;
     const std::unique_ptr<CDRipperX> m_ripper;
-    QTimer Timer1;
+    QTimer Timer1{this};
     int m_activated = 0; ///< The entry of cboDevices that the user chose last.
     bool m_loaded = false;
     qint16 RipTotal = 0; ///< Rows that were checked when the extraction began.
