@@ -42,6 +42,16 @@ bool start()
     return true;
 }
 
+/// Lets the library close all it holds. Not with an abandoned drive, which is still in its hands.
+void restart()
+{
+    if (!abandoned().isEmpty())
+        return;
+    burn_finish();
+    g_started = false;
+    start();
+}
+
 } // namespace
 
 LibburnSession::LibburnSession() : m_lock(g_libburn)
@@ -112,15 +122,17 @@ GrabbedDrive::GrabbedDrive(const QString& path) : m_path(path)
         m_failure = free.error();
         return;
     }
-    // The first look after a drive went away and came back only clears what the library remembered of it.
-    constexpr int kLooks = 2;
+    // A look that failed may leave the drive open within the library, and a drive that came back after it had
+    // gone is first only forgotten: then a new start of the library and a second look.
     QByteArray address = QFile::encodeName(path);
-    for (int look = 0; look < kLooks; ++look) {
+    for (const bool lastLook : {false, true}) {
         if (burn_drive_scan_and_grab(&m_info, address.data(), 0) == 1)
             return;
         m_info = nullptr;
+        restart();
+        if (lastLook)
+            m_failure = Failure{Failure::Kind::DeviceGone, path};
     }
-    m_failure = Failure{Failure::Kind::DeviceGone, path};
 }
 
 GrabbedDrive::~GrabbedDrive()

@@ -29,20 +29,28 @@ struct BurnBench
         : writer([patience] { return findDrives(patience); },
                  std::make_shared<ImageRecorder>(folder.path() + "/Images"))
     {
-        const auto say = [this](const char* text) { return [this, text] { said << text; }; };
+        const auto say = [this](const char* text) { return [this, text] { tell(text); }; };
         QObject::connect(&writer, &DVDWriterPro::PreparingToWrite, say("preparing"));
         QObject::connect(&writer, &DVDWriterPro::ClosingDisc, say("closing disc"));
         QObject::connect(&writer, &DVDWriterPro::WriteCompleted, say("completed"));
         QObject::connect(&writer, &DVDWriterPro::WriteCancelled, say("cancelled"));
         QObject::connect(&writer, &DVDWriterPro::ReadingTrack, [this](const QString&, qint32, qint32 track) {
-            said << QString("reading %1").arg(track);
+            tell(QString("reading %1").arg(track));
         });
         QObject::connect(&writer, &DVDWriterPro::WritingProgress,
                          [this](qint32 track, qint32 done, qint32 size) {
                              positions << std::tuple(track, done, size);
+                             if (onSaid && track == 1 && done > size / 2)
+                                 onSaid("progress");
+                             if (onSaid && track == 1 && done > size / 2)
+                                 onSaid("progress");
                              if (onProgress)
                                  onProgress(track, done);
                          });
+        QObject::connect(&writer, &DVDWriterPro::CachingProgress, [this](qint16 percent) {
+            if (onSaid && percent > 0)
+                onSaid("caching");
+        });
         QObject::connect(&writer, &DVDWriterPro::WriteError,
                          [this](qint32 code, qint32 number, const QString& words, const QString& data) {
                              said << "error";
@@ -82,6 +90,13 @@ struct BurnBench
         writer.setCloseDisc(true);
     }
 
+    void tell(const QString& text)
+    {
+        said << text;
+        if (onSaid)
+            onSaid(text);
+    }
+
     bool ended() const { return ends() > 0; }
     int ends() const { return int(said.count("completed") + said.count("cancelled") + said.count("error")); }
     /// Starts, and waits for the end.  @returns "completed", "cancelled", "error", or what went wrong
@@ -112,6 +127,8 @@ struct BurnBench
     QStringList said;
     QList<std::tuple<qint32, qint32, qint32>> positions;
     std::function<void(qint32 track, qint32 done)> onProgress;
+    std::function<void(const QString& text)>
+        onSaid; ///< Also for "caching", and for "progress" once past the middle.
     qint32 error = 0;
     qint32 sense = 0;
     QString description;
