@@ -94,19 +94,19 @@ DriveBurn::DriveBurn(GrabbedDrive& grabbed, const DriveRecorder::Traits& traits,
 std::optional<BurnError> DriveBurn::run()
 {
     m_messages.clear();
-    const DiscPlan plan(m_job);
-    if (const QString missing = plan.failedFile(); !missing.isEmpty())
+    const auto plan = std::make_shared<DiscPlan>(m_job);
+    if (const QString missing = plan->failedFile(); !missing.isEmpty())
         return unreadable(missing);
     if (auto error = checkDisc())
         return error;
     burn::burn_write_opts* options = burn::burn_write_opts_new(m_grabbed.drive());
-    auto error = configure(options, plan.disc());
+    auto error = configure(options, plan->disc());
     if (!error) {
         burn::burn_drive_set_speed(m_grabbed.drive(), 0, m_job.speed);
         m_messages.clear();
-        burn::burn_disc_write(options, plan.disc());
+        burn::burn_disc_write(options, plan->disc());
         watch(plan);
-        error = judge(plan);
+        error = judge(*plan);
     }
     burn::burn_write_opts_free(options);
     return error;
@@ -148,7 +148,7 @@ std::optional<BurnError> DriveBurn::configure(burn::burn_write_opts* options, bu
                           .arg(QString::fromLatin1(reasons).simplified()));
 }
 
-void DriveBurn::watch(const DiscPlan& plan)
+void DriveBurn::watch(const std::shared_ptr<DiscPlan>& plan)
 {
     m_sinceSign.start();
     for (;;) {
@@ -161,11 +161,11 @@ void DriveBurn::watch(const DiscPlan& plan)
         const bool wanted = m_job.isCancelled();
         m_cancelledByUser = m_cancelledByUser || (wanted && !m_cancelSent);
         m_stuck = m_stuck || (!m_cancelSent && stalled(progress, status));
-        if (wanted || m_stuck || !plan.failedFile().isEmpty())
+        if (wanted || m_stuck || !plan->failedFile().isEmpty())
             stopDrive();
         if (m_cancelSent && m_sinceCancel.elapsed() > m_patience.cancelMs) {
             m_stuck = true;
-            m_grabbed.abandon();
+            m_grabbed.leaveWriting(plan);
             return;
         }
         QThread::msleep(static_cast<unsigned long>(m_patience.pollMs));
@@ -261,9 +261,11 @@ BurnError DriveBurn::driveError(const QString& description) const
 std::optional<BurnError> DriveBurn::readBack()
 {
     m_messages.clear();
-    burn::burn_drive* drive = m_grabbed.drive();
-    const bool read = burn::burn_drive_re_assess(drive, 0) > 0;
+    const bool read = m_grabbed.reassess();
     m_messages.collect();
+    if (!m_grabbed)
+        return BurnError::from(m_grabbed.failure());
+    burn::burn_drive* drive = m_grabbed.drive();
     const burn::burn_disc_status state = burn::burn_disc_get_status(drive);
     const bool closed =
         state == burn::BURN_DISC_FULL || (!m_job.closeDisc && state == burn::BURN_DISC_APPENDABLE);

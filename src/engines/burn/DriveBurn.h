@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engines/burn/DriveRecorder.h"
+#include "engines/burn/GrabbedDrive.h"
 #include "engines/burn/LibburnSession.h"
 #include "engines/burn/TrackFeed.h"
 
@@ -62,7 +63,7 @@ private:
 
     std::optional<BurnError> checkDisc();
     std::optional<BurnError> configure(burn::burn_write_opts* options, burn::burn_disc* disc);
-    void watch(const DiscPlan& plan);
+    void watch(const std::shared_ptr<DiscPlan>& plan);
     void report(const burn::burn_progress& progress, int status);
     bool stalled(const burn::burn_progress& progress, int status);
     void stopDrive();

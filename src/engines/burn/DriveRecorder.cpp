@@ -1,6 +1,7 @@
 #include "engines/burn/DriveRecorder.h"
 
 #include "engines/burn/DriveBurn.h"
+#include "engines/burn/GrabbedDrive.h"
 #include "engines/burn/LibburnSession.h"
 
 #include <QElapsedTimer>
@@ -76,24 +77,30 @@ int statusOf(burn::burn_disc_status state, int profile)
     return DVDWriterPro::kUnusableDisc;
 }
 
-/// The disc's state once the drive has made up its mind about it, within @p patienceMs.
-burn::burn_disc_status settledStatus(burn::burn_drive* drive, const DrivePatience& patience)
+/// The disc's state once the drive has made up its mind about it, within its patience. The drive may be lost
+/// meanwhile.
+burn::burn_disc_status settledStatus(GrabbedDrive& grabbed, const DrivePatience& patience)
 {
     QElapsedTimer waiting;
     waiting.start();
-    burn::burn_disc_status state = burn::burn_disc_get_status(drive);
+    burn::burn_disc_status state = burn::burn_disc_get_status(grabbed.drive());
     while (state == burn::BURN_DISC_UNREADY && waiting.elapsed() < patience.readyMs) {
         QThread::msleep(static_cast<unsigned long>(patience.pollMs));
-        burn::burn_drive_re_assess(drive, 0);
-        state = burn::burn_disc_get_status(drive);
+        grabbed.reassess();
+        if (!grabbed)
+            break;
+        state = burn::burn_disc_get_status(grabbed.drive());
     }
     return state;
 }
 
-Medium mediumIn(burn::burn_drive* drive, const DrivePatience& patience)
+Outcome<Medium> mediumIn(GrabbedDrive& grabbed, const DrivePatience& patience)
 {
     Medium medium;
-    const burn::burn_disc_status state = settledStatus(drive, patience);
+    const burn::burn_disc_status state = settledStatus(grabbed, patience);
+    if (!grabbed)
+        return grabbed.failure();
+    burn::burn_drive* drive = grabbed.drive();
     int profile = 0;
     char profileName[80] = {};
     burn::burn_disc_get_profile(drive, &profile, profileName);
@@ -180,13 +187,13 @@ DriveRecorder::DriveRecorder(Traits traits, DrivePatience patience)
 
 Outcome<Medium> DriveRecorder::inspect()
 {
-    const LibburnSession session;
+    LibburnSession session;
     LibburnMessages messages;
     messages.clear();
-    const GrabbedDrive grabbed(path());
+    GrabbedDrive grabbed(session, path(), m_patience.callMs);
     if (!grabbed)
         return grabbed.failure();
-    const Medium medium = mediumIn(grabbed.drive(), m_patience);
+    const Outcome<Medium> medium = mediumIn(grabbed, m_patience);
     messages.collect();
     if (messages.connectionLost())
         return Failure{Failure::Kind::DeviceGone, path()};
@@ -195,8 +202,8 @@ Outcome<Medium> DriveRecorder::inspect()
 
 std::optional<BurnError> DriveRecorder::write(const BurnJob& job, BurnObserver& observer)
 {
-    const LibburnSession session;
-    GrabbedDrive grabbed(path());
+    LibburnSession session;
+    GrabbedDrive grabbed(session, path(), m_patience.callMs);
     if (!grabbed)
         return BurnError::from(grabbed.failure());
     DriveBurn burning(grabbed, m_traits, m_patience, job, observer);
@@ -205,8 +212,8 @@ std::optional<BurnError> DriveRecorder::write(const BurnJob& job, BurnObserver& 
 
 void DriveRecorder::eject()
 {
-    const LibburnSession session;
-    GrabbedDrive grabbed(path());
+    LibburnSession session;
+    GrabbedDrive grabbed(session, path(), m_patience.callMs);
     if (grabbed)
         grabbed.releaseEjecting();
 }
@@ -214,9 +221,9 @@ void DriveRecorder::eject()
 FoundRecorders findDrives(const DrivePatience& patience)
 {
     FoundRecorders found;
-    const LibburnSession session;
+    LibburnSession session;
     for (const QString& path : opticalDevices()) {
-        GrabbedDrive grabbed(path);
+        GrabbedDrive grabbed(session, path, patience.callMs);
         if (!grabbed) {
             found.allUsable = found.allUsable && grabbed.failure().kind == Failure::Kind::NotFound;
             continue;

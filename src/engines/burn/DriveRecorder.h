@@ -13,6 +13,7 @@ struct DrivePatience
 {
     int pollMs = 100;      ///< Between two looks at the drive.
     int readyMs = 20'000;  ///< For a disc that is being loaded.
+    int callMs = 60'000;   ///< For taking the drive, asking it afresh and giving it back.
     int writeMs = 120'000; ///< Without one more sector while writing.
     int closeMs = 600'000; ///< For lead-in, lead-out and closing.
     int cancelMs = 60'000; ///< From a cancel until the drive is idle.

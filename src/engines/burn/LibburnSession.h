@@ -1,18 +1,11 @@
 #pragma once
 
-#include "common/Outcome.h"
 #include "engines/burn/SenseTable.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <mutex>
 #include <optional>
-
-namespace burn {
-struct burn_drive;
-struct burn_drive_info;
-} // namespace burn
 
 namespace zib {
 
@@ -27,6 +20,8 @@ public:
 
     /// False when the library could not be started.
     bool isReady() const;
+    /// Lets the library close all it holds, and starts it anew. Only while no drive is in its hands.
+    void restart();
 
 private:
     std::unique_lock<std::mutex> m_lock;
@@ -53,37 +48,6 @@ private:
     std::optional<Sense> m_sense;
     QString m_text;
     bool m_connectionLost = false;
-};
-
-/// A drive of ours alone, from grab to destruction, which gives it back unlocked.
-class GrabbedDrive
-{
-public:
-    explicit GrabbedDrive(const QString& path);
-    ~GrabbedDrive();
-    Q_DISABLE_COPY_MOVE(GrabbedDrive)
-
-    /// Whether the device may be opened now: NotFound, NoPermission or Busy otherwise. Takes no time.
-    static Outcome<> check(const QString& path);
-
-    explicit operator bool() const { return m_info != nullptr; }
-    burn::burn_drive* drive() const;
-    burn::burn_drive_info* info() const { return m_info; }
-    /// Why the drive could not be had.
-    const Failure& failure() const { return m_failure; }
-    /// Gives the drive back now and hands its disc out.
-    void releaseEjecting();
-    /// Leaves a drive that never came back to the library: releasing it would wait for ever.
-    void abandon();
-    /// Whether a drive of this path was abandoned before; the kernel still works on its command.
-    static bool isAbandoned(const QString& path);
-
-private:
-    void release(int eject);
-
-    QString m_path;
-    burn::burn_drive_info* m_info = nullptr;
-    Failure m_failure{Failure::Kind::NotFound};
 };
 
 } // namespace zib

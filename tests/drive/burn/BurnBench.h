@@ -19,7 +19,12 @@ namespace zib {
 /// Patience for an emulated drive: short enough for a test, long enough for a loaded machine.
 inline DrivePatience testPatience()
 {
-    return {.pollMs = 20, .readyMs = 6000, .writeMs = 6000, .closeMs = 9000, .cancelMs = 20'000};
+    return {.pollMs = 20,
+            .readyMs = 6000,
+            .callMs = 15'000,
+            .writeMs = 6000,
+            .closeMs = 9000,
+            .cancelMs = 20'000};
 }
 
 /// The writer of the program on an emulated recorder, with tracks to write and all it says.

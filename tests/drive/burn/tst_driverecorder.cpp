@@ -349,7 +349,12 @@ void TestDriveRecorder::write_withTheDriveGone_saysSo()
 
 void TestDriveRecorder::write_withADriveStuckNotReady_ends()
 {
-    BurnBench bench({.pollMs = 20, .readyMs = 2000, .writeMs = 2000, .closeMs = 3000, .cancelMs = 30'000});
+    BurnBench bench({.pollMs = 20,
+                     .readyMs = 2000,
+                     .callMs = 15'000,
+                     .writeMs = 2000,
+                     .closeMs = 3000,
+                     .cancelMs = 30'000});
     addPair(bench);
     QVERIFY(bench.takeDrive());
     bench.configure();

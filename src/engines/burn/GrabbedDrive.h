@@ -1,0 +1,60 @@
+#pragma once
+
+#include "common/Outcome.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace burn {
+struct burn_drive;
+struct burn_drive_info;
+} // namespace burn
+
+namespace zib {
+
+class LibburnSession;
+
+/// A drive of ours alone, from grab to destruction, which gives it back unlocked.
+///
+/// libburn waits an hour for a drive that answers "becoming ready", and for ever for a command that hangs.
+/// Every call that may do so gets @c patienceMs; after that the drive is left to a thread of its own, which
+/// frees it when the call comes back. Until then no drive can be grabbed; the door is unlocked all the same.
+class GrabbedDrive
+{
+public:
+    GrabbedDrive(LibburnSession& session, const QString& path, int patienceMs);
+    ~GrabbedDrive();
+    Q_DISABLE_COPY_MOVE(GrabbedDrive)
+
+    /// Whether the device may be opened now: NotFound, NoPermission or Busy otherwise; DeviceGone while an
+    /// earlier call still hangs. Takes no time.
+    static Outcome<> check(const QString& path);
+
+    explicit operator bool() const { return m_info != nullptr; }
+    burn::burn_drive* drive() const;
+    burn::burn_drive_info* info() const { return m_info; }
+    /// Why the drive could not be had, or was lost.
+    const Failure& failure() const { return m_failure; }
+
+    /// Asks for drive and disc afresh.  @returns false when it could not, or did not come back: then the
+    /// drive is lost too.
+    bool reassess();
+    /// Leaves a drive whose write does not end; @p inUse lives until it has.
+    void leaveWriting(std::shared_ptr<void> inUse);
+    /// Gives the drive back now and hands its disc out.
+    void releaseEjecting();
+
+private:
+    bool grab();
+    void release(int eject);
+    bool bounded(const std::function<void(burn::burn_drive_info*&)>& call);
+
+    QString m_path;
+    int m_patienceMs;
+    burn::burn_drive_info* m_info = nullptr;
+    Failure m_failure{Failure::Kind::NotFound};
+};
+
+} // namespace zib
