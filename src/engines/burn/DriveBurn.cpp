@@ -157,7 +157,9 @@ void DriveBurn::watch(const std::shared_ptr<DiscPlan>& plan)
         m_messages.collect();
         if (status == burn::BURN_DRIVE_IDLE)
             break;
-        report(progress, status);
+        // What a drive does after a failure or a cancel is no progress.
+        if (!m_cancelSent && !m_messages.sense())
+            report(progress, status);
         const bool wanted = m_job.isCancelled();
         m_cancelledByUser = m_cancelledByUser || (wanted && !m_cancelSent);
         m_stuck = m_stuck || (!m_cancelSent && stalled(progress, status));
@@ -182,15 +184,20 @@ void DriveBurn::stopDrive()
     burn::burn_drive_cancel(m_grabbed.drive());
 }
 
+/// Tells of each track once, in order, also of those that passed between two looks.
+void DriveBurn::readUpTo(int track)
+{
+    while (m_track < track)
+        m_observer.readingTrack(++m_track);
+}
+
 void DriveBurn::report(const burn::burn_progress& progress, int status)
 {
     const int track = std::clamp(progress.track + 1, 1, static_cast<int>(m_job.tracks.size()));
     switch (status) {
     case burn::BURN_DRIVE_WRITING: {
-        if (track != m_track)
-            m_observer.readingTrack(track);
         m_phase = Phase::Writing;
-        m_track = track;
+        readUpTo(track);
         m_trackClosing = false;
         const qint64 size = m_job.tracks.at(track - 1).length.bytes();
         m_observer.progress(track, std::clamp<qint64>(qint64{progress.sector} * kBytesPerFrame, 0, size),
@@ -204,6 +211,7 @@ void DriveBurn::report(const burn::burn_progress& progress, int status)
         break;
     case burn::BURN_DRIVE_WRITING_LEADOUT:
     case burn::BURN_DRIVE_CLOSING_SESSION:
+        readUpTo(static_cast<int>(m_job.tracks.size()));
         if (m_phase != Phase::Closing)
             m_observer.closingDisc();
         m_phase = Phase::Closing;
@@ -244,6 +252,7 @@ std::optional<BurnError> DriveBurn::judge(const DiscPlan& plan)
                                         : QStringLiteral("The drive could not begin to write."));
     if (m_job.simulate)
         return {};
+    readUpTo(static_cast<int>(m_job.tracks.size()));
     if (m_phase != Phase::Closing)
         m_observer.closingDisc();
     return readBack();

@@ -65,6 +65,7 @@ private:
     std::optional<BurnError> configure(burn::burn_write_opts* options, burn::burn_disc* disc);
     void watch(const std::shared_ptr<DiscPlan>& plan);
     void report(const burn::burn_progress& progress, int status);
+    void readUpTo(int track);
     bool stalled(const burn::burn_progress& progress, int status);
     void stopDrive();
     std::optional<BurnError> judge(const DiscPlan& plan);
