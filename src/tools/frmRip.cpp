@@ -4,43 +4,23 @@
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "common/Messages.h"
-#include "common/Numbers.h"
 #include "common/WaitPointer.h"
 #include "common/Windows.h"
 #include "components/Components.h"
+#include "tools/RipProgress.h"
+#include "tools/RipRows.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QSignalBlocker>
 
-#include <algorithm>
 #include <exception>
-#include <initializer_list>
 
 namespace {
 
-enum Column
-{
-    Number,
-    FileName,
-    Time,
-    Type,
-    Protected
-};
-
 constexpr int kPollMs = 200;
-constexpr double kWhole = 100;
-constexpr int kRowPadding = 8;
 
-const QString kNoneChecked = QStringLiteral("Please check tracks to rip.");
-const QString kCompleted = QStringLiteral("Audio Ripping Completed.");
 const QString kUnread = QStringLiteral("Some tracks could not be copied, and no files were made of them:\n");
-
-/// "Track #07": two digits at least.
-QString numbered(int track, const QString& what)
-{
-    return QStringLiteral("Track #%1%2").arg(track, 2, 10, QLatin1Char('0')).arg(what);
-}
 
 } // namespace
 
@@ -50,11 +30,10 @@ frmRip::frmRip(const zib::Services& services, QWidget* parent)
 {
     ui->setupUi(this);
     Timer1.setObjectName(QStringLiteral("Timer1"));
-    Timer1.setInterval(kPollMs);
     QSizePolicy keepsItsPlace = ui->picFolder->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
     ui->picFolder->setSizePolicy(keepsItsPlace);
-    layOutColumns();
+    zib::RipRows::layOutColumns(ui->lvwTracks);
     EnableControls(true);
     connectControls();
     connectRipper();
@@ -85,22 +64,6 @@ void frmRip::connectRipper()
     connect(ripper, &CDRipperX::ExtractionFinished, this, &frmRip::CDRipperX1_ExtractionFinished);
 }
 
-/// The file name takes what the others leave.
-void frmRip::layOutColumns()
-{
-    constexpr int kMargin = 24;
-    QHeaderView* header = ui->lvwTracks->header();
-    header->setStretchLastSection(false);
-    header->setSectionResizeMode(FileName, QHeaderView::Stretch);
-    const auto fit = [this, header](Column column, const QString& widest) {
-        header->resizeSection(column, fontMetrics().horizontalAdvance(widest) + kMargin);
-    };
-    fit(Number, QStringLiteral("[x] 99"));
-    fit(Time, QStringLiteral("00:00:00"));
-    fit(Type, QStringLiteral("Audio"));
-    fit(Protected, ui->lvwTracks->headerItem()->text(Protected));
-}
-
 /// The window is painted before the drives are looked for.
 void frmRip::showEvent(QShowEvent* event)
 {
@@ -122,7 +85,7 @@ void frmRip::keyPressEvent(QKeyEvent* event)
 void frmRip::Form_Load()
 {
     const zib::WaitPointer wait(this);
-    Timer1.start();
+    Timer1.start(kPollMs);
     LoadDevices();
     EnableControls(true);
     IsRipping = false;
@@ -140,9 +103,9 @@ void frmRip::cboDevices_Click()
         if (m_ripper->discPresent()) {
             DiscReloadPending = false;
             const int count = m_ripper->trackCount();
-            m_ripper->discText();
+            m_ripper->discText(); // nothing shows it
             for (int track = 1; track <= count; ++track)
-                addTrackRow(track);
+                zib::RipRows::add(ui->lvwTracks, *m_ripper, track);
         }
     } else {
         m_ripper->status();
@@ -160,14 +123,12 @@ void frmRip::cboDevices_activated(int index)
 
 void frmRip::cboSpeeds_Click()
 {
-    if (const auto factor = GeneralAPI::GetComboItemData(ui->cboSpeeds))
-        m_ripper->setReadSpeed(*factor);
+    m_ripper->setReadSpeed(GeneralAPI::GetComboItemData(ui->cboSpeeds).value_or(0));
 }
 
 void frmRip::cmdFolder_Click()
 {
-    const QString folder = GeneralAPI::BrowseForFolder(this).trimmed();
-    if (!folder.isEmpty())
+    if (const QString folder = GeneralAPI::BrowseForFolder(this).trimmed(); !folder.isEmpty())
         ui->txtSaveTo->setText(folder);
 }
 
@@ -181,7 +142,7 @@ void frmRip::cmdRip_Click()
     RipDone = 0;
     RipTotal = CountCheckedTracks();
     if (RipTotal < 1) {
-        m_services.messages.information(this, kNoneChecked);
+        m_services.messages.information(this, QStringLiteral("Please check tracks to rip."));
         unsetCursor();
         return;
     }
@@ -210,7 +171,7 @@ void frmRip::cmdClose_Click()
 void frmRip::Timer1_Timer()
 {
     const int state = m_ripper->driveState();
-    setProperty("driveState", StateText(state));
+    setProperty("driveState", zib::driveStateText(state));
     if (state == CDRipperX::kNoDisc) {
         ui->lvwTracks->clear();
         DiscReloadPending = true;
@@ -235,10 +196,8 @@ void frmRip::CDRipperX1_ExtractionProgress(int kind, qint32 position)
 {
     if (kind != CDRipperX::kPositionProgress || RipTotal < 1 || TrackEndPos == TrackStartPos)
         return;
-    const double fraction =
-        (double{1} * position - TrackStartPos) / (double{1} * TrackEndPos - TrackStartPos);
-    const double overall = std::min((RipDone + fraction) / RipTotal, 1.0);
-    ui->pbRip->setValue(zib::narrowed<qint16>(zib::roundHalfEven(overall * kWhole)).value_or(0));
+    const double fraction = zib::fractionDone(TrackStartPos, TrackEndPos, position);
+    ui->pbRip->setValue(zib::overallRipped(RipDone, fraction, RipTotal));
     ui->lblRip->setText(QStringLiteral("Progress:  %1%").arg(ui->pbRip->value()));
 }
 
@@ -246,8 +205,7 @@ void frmRip::CDRipperX1_TrackFinished()
 {
     RipDone = static_cast<qint16>(RipDone + 1);
     if (RipTotal > 0)
-        ui->pbRip->setValue(
-            static_cast<int>(static_cast<float>(RipDone) * 100 / static_cast<float>(RipTotal)));
+        ui->pbRip->setValue(static_cast<int>(zib::finishedRipped(RipDone, RipTotal)));
 }
 
 void frmRip::CDRipperX1_ExtractionFinished()
@@ -255,27 +213,12 @@ void frmRip::CDRipperX1_ExtractionFinished()
     IsRipping = false;
     unsetCursor();
     EnableControls(true);
-    m_services.messages.information(this, kCompleted);
+    ui->lvwTracks->setFocus();
+    m_services.messages.information(this, QStringLiteral("Audio Ripping Completed."));
     if (const QStringList unread = m_ripper->unreadTracks(); !unread.isEmpty())
         m_services.messages.information(this, kUnread + unread.join(u'\n'));
     if (gOptions.ExploreAfterRipping)
         GeneralAPI::ExploreFolder(ui->txtSaveTo->text());
-}
-
-QString frmRip::StateText(int state)
-{
-    switch (state) {
-    case CDRipperX::kPlaying:
-        return QStringLiteral("Playing...");
-    case CDRipperX::kPaused:
-        return QStringLiteral("Paused...");
-    case CDRipperX::kNoDisc:
-        return QStringLiteral("No Disc Loaded...");
-    case CDRipperX::kDiscLoaded:
-        return QStringLiteral("Disc Loaded...");
-    default:
-        return QStringLiteral("No Status");
-    }
 }
 
 void frmRip::LoadDevices()
@@ -291,15 +234,13 @@ void frmRip::LoadDevices()
 
 void frmRip::LoadSpeeds()
 {
-    const int fastest = m_ripper->maxReadSpeed();
-    {
-        const QSignalBlocker untilFilled(ui->cboSpeeds);
-        ui->cboSpeeds->clear();
-        ui->cboSpeeds->addItem(QStringLiteral("AUTO"), 0);
-        for (int factor = 1; factor <= fastest; factor += factor > 4 ? 4 : factor)
-            ui->cboSpeeds->addItem(QStringLiteral("%1X").arg(factor), factor);
-        ui->cboSpeeds->setCurrentIndex(0);
-    }
+    QSignalBlocker untilFilled(ui->cboSpeeds);
+    ui->cboSpeeds->clear();
+    ui->cboSpeeds->addItem(QStringLiteral("AUTO"), 0);
+    for (int factor = 1; factor <= m_ripper->maxReadSpeed(); factor += factor > 4 ? 4 : factor)
+        ui->cboSpeeds->addItem(QStringLiteral("%1X").arg(factor), factor);
+    ui->cboSpeeds->setCurrentIndex(0);
+    untilFilled.unblock();
     cboSpeeds_Click();
 }
 
@@ -307,65 +248,46 @@ void frmRip::EnableControls(bool enabled)
 {
     if (!enabled)
         ui->cmdClose->setFocus(); // before the others lose it, so that it does not wander
-    for (QWidget* control : std::initializer_list<QWidget*>{ui->cmdRip, ui->cboDevices, ui->lvwTracks,
-                                                            ui->cboSpeeds, ui->cmdOptions})
+    for (QWidget* control :
+         QWidgetList{ui->cmdRip, ui->cboDevices, ui->lvwTracks, ui->cboSpeeds, ui->cmdOptions})
         control->setEnabled(enabled);
     ui->picFolder->setVisible(enabled);
     ui->pbRip->setVisible(!enabled);
     ui->lblRip->setVisible(!enabled);
     ui->pbRip->setValue(0);
-    if (enabled)
-        ui->lvwTracks->setFocus();
 }
 
 qint16 frmRip::CountCheckedTracks() const
 {
-    int count = 0;
-    for (int row = 0; row < ui->lvwTracks->topLevelItemCount(); ++row)
-        count += ui->lvwTracks->topLevelItem(row)->checkState(Number) == Qt::Checked ? 1 : 0;
-    return static_cast<qint16>(count);
-}
-
-void frmRip::addTrackRow(int track)
-{
-    m_ripper->trackStart(track);
-    auto* row = new QTreeWidgetItem(ui->lvwTracks);
-    row->setText(Number, QString::number(track));
-    row->setText(FileName, QStringLiteral("Track%1.wav").arg(track));
-    row->setText(Time, m_ripper->timeText(m_ripper->trackLength(track)));
-    row->setText(Type, m_ripper->isAudioTrack(track) ? QStringLiteral("Audio") : QStringLiteral("Data"));
-    row->setText(Protected, m_ripper->copyPermitted(track) ? QStringLiteral("NO") : QStringLiteral("YES"));
-    row->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemIsUserCheckable |
-                  Qt::ItemNeverHasChildren);
-    row->setCheckState(Number, Qt::Unchecked);
-    row->setSizeHint(Number, QSize(0, fontMetrics().height() + kRowPadding));
+    return zib::RipRows::countTicked(ui->lvwTracks);
 }
 
 /// The list may be emptied while one of the boxes is open, when the disc is taken out.
 void frmRip::queueTracks()
 {
-    for (int track = 1; track <= ui->lvwTracks->topLevelItemCount(); ++track) {
-        const QTreeWidgetItem* row = ui->lvwTracks->topLevelItem(track - 1);
-        if (row->checkState(Number) == Qt::Checked)
-            queueTrack(track, row->text(FileName));
-    }
+    for (int track = 1; track <= ui->lvwTracks->topLevelItemCount(); ++track)
+        if (zib::RipRows::isTicked(ui->lvwTracks, track))
+            queueTrack(track);
 }
 
-void frmRip::queueTrack(int track, const QString& fileName)
+QString frmRip::outputPath(int track) const
 {
-    const QString path = GeneralAPI::JoinPath(ui->txtSaveTo->text(), fileName);
+    return GeneralAPI::JoinPath(ui->txtSaveTo->text(), zib::RipRows::fileName(ui->lvwTracks, track));
+}
+
+void frmRip::queueTrack(int track)
+{
     ui->pbRip->setValue(0);
     ui->lblRip->setText(QStringLiteral("Progress:  0%"));
     if (!m_ripper->isAudioTrack(track))
         m_services.messages.information(
-            this, numbered(track, QStringLiteral(" is a data track and cannot be extracted!")));
-    else if (!m_ripper->addTrack(track, path))
+            this, zib::trackText(track, QStringLiteral("is a data track and cannot be extracted!")));
+    else if (!m_ripper->addTrack(track, outputPath(track)))
         m_services.messages.information(
-            this, numbered(track, QStringLiteral(" could not be added for extraction!")));
+            this, zib::trackText(track, QStringLiteral("could not be added for extraction!")));
 }
 
-/// An error raised by the component is trapped: it only gives the pointer back.
-/// @returns false when the component refused.
+/// An error raised by the component is trapped: it only gives the pointer back. Refused means false.
 bool frmRip::startExtraction()
 {
     try {

@@ -24,9 +24,6 @@ public:
     explicit frmRip(const zib::Services& services, QWidget* parent = nullptr);
     ~frmRip() override;
 
-    /// What a drive's state means, in words.
-    static QString StateText(int state);
-
 protected:
     void showEvent(QShowEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -34,7 +31,6 @@ protected:
 private:
     void connectControls();
     void connectRipper();
-    void layOutColumns();
     void Form_Load();
     void cboDevices_Click();
     void cboDevices_activated(int index);
@@ -55,9 +51,9 @@ private:
     void LoadSpeeds();
     void EnableControls(bool enabled);
     qint16 CountCheckedTracks() const;
-    void addTrackRow(int track);
     void queueTracks();
-    void queueTrack(int track, const QString& fileName);
+    void queueTrack(int track);
+    QString outputPath(int track) const;
     bool startExtraction();
 
     std::unique_ptr<Ui::frmRip> ui;

@@ -37,9 +37,9 @@ public:
     using CDRipperX::CDRipperX;
 
     int deviceCount() override { return static_cast<int>(readers.size()); }
-    QString deviceText1(int device) const override { return readers.value(device).path; }
-    QString deviceText2(int device) const override { return readers.value(device).maker; }
-    QString deviceText3(int device) const override { return readers.value(device).model; }
+    QString deviceText1(int device) const override { return identity(device).path; }
+    QString deviceText2(int device) const override { return identity(device).maker; }
+    QString deviceText3(int device) const override { return identity(device).model; }
     bool selectDevice(int device) override;
     int status() const override;
     int maxReadSpeed() override { return reader().maxSpeed; }
@@ -74,6 +74,7 @@ public:
     bool running = false;
 
 private:
+    FakeReader identity(int device) const { return readers.value(device, FakeReader{{}, {}, {}}); }
     FakeReader reader() const { return readers.value(selected, FakeReader{.maxSpeed = 0}); }
     FakeDiscTrack at(int track) { return reader().tracks.value(track - 1, FakeDiscTrack{0, false, false}); }
     void note(const QString& call) const { calls << call; }

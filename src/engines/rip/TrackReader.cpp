@@ -154,8 +154,8 @@ long TrackReader::read(char* data, qint32 first, qint32 count)
         } else if (step > 1) {
             step = (step + 1) / 2;
         } else {
-            m_unreadable = true;
-            m_badFrame = first + done;
+            const qint32 bad = first + done;
+            m_badFrame = std::exchange(m_unreadable, true) ? std::min(m_badFrame, bad) : bad;
             break;
         }
     }
