@@ -145,6 +145,7 @@ private slots:
     void focus_whileWriting_isOnCancel();
     void escape_always_doesNothing();
     void exit_whenIdle_closes();
+    void exit_onEnter_closesAndWritesNothing();
     void close_whileWriting_cancelsFirst();
     void close_whenTheWriteCompletesAnyway_saysSoAndCloses();
     void close_whenTheWriterNeverEnds_closesAnyway();
@@ -719,6 +720,17 @@ void TestFrmWrite::exit_whenIdle_closes()
     desk.click("cmdExit");
     QVERIFY(!desk.window->isVisible());
     QVERIFY(!desk.writer->calls.contains("cancel"));
+}
+
+void TestFrmWrite::exit_onEnter_closesAndWritesNothing()
+{
+    Desk desk;
+    QVERIFY(desk.open());
+    auto* exit = desk.control<QPushButton>("cmdExit");
+    exit->setFocus();
+    QTest::keyClick(exit, Qt::Key_Return);
+    QVERIFY(!desk.writer->running);
+    QVERIFY(!desk.window->isVisible());
 }
 
 void TestFrmWrite::close_whileWriting_cancelsFirst()

@@ -25,6 +25,19 @@ def controls_of(form):
     return found, extends, wired
 
 
+def deaf_buttons_of(form):
+    """Buttons that Enter does not press although they have the focus, because it presses another one instead.
+
+    A Cancel that works only while a job runs is meant to be one: the Enter that began the job may come twice.
+    """
+    buttons = [w for w in ElementTree.parse(form).getroot().iter("widget") if w.get("class") == "QPushButton"]
+    flags = {b.get("name"): {p.get("name"): p.findtext("bool") for p in b.findall("property")} for b in buttons}
+    if not any(flag.get("default") == "true" for flag in flags.values()):
+        return []
+    return [name for name, flag in flags.items()
+            if flag.get("autoDefault") == "false" and not (name == "cmdCancel" and flag.get("enabled") == "false")]
+
+
 def roster_of(form):
     path = root / "docs" / "controls" / (form.stem + ".csv")
     if not path.exists():
@@ -47,6 +60,8 @@ def main():
         found, extends, wired = controls_of(form)
         if wired:
             faults.append(f"{form.name}: wires events; that belongs into connectControls")
+        for name in deaf_buttons_of(form):
+            faults.append(f"{form.name}: Enter on {name} presses another button")
         for row in roster:
             name, kind = row[0].strip(), row[1].strip()
             if len(row) > 2 and row[2].strip():

@@ -50,6 +50,7 @@ private slots:
     void ok_always_appliesAndCloses();
     void cancel_afterChanges_writesNothing();
     void cancel_afterApply_keepsWhatWasApplied();
+    void enter_onAFocusedButton_pressesThatOne();
     void escape_closesWithoutWriting();
     void defaults_thenCancel_leaveFileAndRecord();
     void defaults_thenApply_reachTheFile();
@@ -603,6 +604,17 @@ void TestFrmOptions::cancel_afterApply_keepsWhatWasApplied()
     desk.click("cmdCancel");
     QCOMPARE(gOptions.TestMode, true);
     QCOMPARE(desk.value("Misc", "Test Mode"), QByteArray("True"));
+}
+
+void TestFrmOptions::enter_onAFocusedButton_pressesThatOne()
+{
+    Desk desk(kOther);
+    desk.click("chkTestWrite");
+    auto* cancel = desk.control<QPushButton>("cmdCancel");
+    cancel->setFocus();
+    QTest::keyClick(cancel, Qt::Key_Return);
+    QVERIFY(!desk.window().isVisible());
+    QCOMPARE(desk.content(), kOther);
 }
 
 void TestFrmOptions::escape_closesWithoutWriting()
