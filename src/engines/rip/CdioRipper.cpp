@@ -120,13 +120,21 @@ bool CdioRipper::selectDevice(int device)
         return refuse(kNoSuchDevice);
     }
     if (!m_watch || m_watch->device() != m_devices[device])
-        m_watch = std::make_unique<DiscWatch>(m_devices[device]);
+        watch(m_devices[device]);
     m_queue.clear();
     const DiscKnowledge found = m_watch->look(kPatience);
     if (found.refusal)
         return refuse(statusOf(*found.refusal));
     m_status = kReady;
     return true;
+}
+
+/// A watch that hangs in its drive is put aside, for nobody waits for it here.
+void CdioRipper::watch(const RipDevice& device)
+{
+    if (m_watch && m_watch->isAsking())
+        m_putAside.push_back(std::move(m_watch));
+    m_watch = std::make_unique<DiscWatch>(device);
 }
 
 int CdioRipper::status() const

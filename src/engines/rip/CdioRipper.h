@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <vector>
 
 namespace zib {
 
@@ -49,6 +50,7 @@ public:
 
 private:
     bool refuse(int status);
+    void watch(const RipDevice& device);
     DiscKnowledge known() const;
     TocTrack toc(int track) const;
     void deliverEvents();
@@ -64,6 +66,7 @@ private:
     std::shared_ptr<RipRun> m_run;     ///< The extraction under way.
     std::shared_ptr<RipRun> m_aborted; ///< The one that was ended last, and may still hang in its drive.
     std::unique_ptr<DiscWatch> m_watch;
+    std::vector<std::unique_ptr<DiscWatch>> m_putAside;
 };
 
 } // namespace zib

@@ -36,6 +36,7 @@ struct DiscWatch::Shared
     void publish(const std::function<void(DiscKnowledge&)>& change);
     void publishEmpty();
     void refuse(const Failure& why);
+    void extract(RipRun& run, int speed);
     bool isPresent();
 };
 
@@ -135,6 +136,26 @@ void DiscWatch::Shared::readDisc()
     knowledge.tracks = tracks;
 }
 
+/// The drive is ours meanwhile. A disc that was lost on the way is looked at anew.
+void DiscWatch::Shared::extract(RipRun& run, int speed)
+{
+    const Outcome<> free = device.isImage ? Outcome<>() : whetherFree(device.path);
+    if (!free || !disc)
+        return free ? run.run(nullptr) : run.run(nullptr, free);
+    if (std::exchange(setSpeed, speed) != speed)
+        disc->setReadSpeed(speed);
+    {
+        std::optional<DriveHold> hold;
+        if (!device.isImage)
+            hold.emplace(device.path);
+        run.run(disc.get());
+    }
+    if (run.lostDisc()) {
+        disc.reset();
+        publishEmpty();
+    }
+}
+
 DiscWatch::DiscWatch(const RipDevice& device)
     : m_shared(std::make_shared<Shared>(device)), m_worker(kFarewell)
 {
@@ -184,16 +205,15 @@ bool DiscWatch::takeChange()
     return std::exchange(m_shared->swapped, false);
 }
 
+bool DiscWatch::isAsking() const
+{
+    const std::lock_guard lock(m_shared->mutex);
+    return m_shared->asking;
+}
+
 void DiscWatch::extract(const std::shared_ptr<RipRun>& run, int speed)
 {
-    m_worker.post([shared = m_shared, run, speed] {
-        if (shared->disc && std::exchange(shared->setSpeed, speed) != speed)
-            shared->disc->setReadSpeed(speed);
-        std::optional<DriveHold> hold;
-        if (!shared->device.isImage)
-            hold.emplace(shared->device.path);
-        run->run(shared->disc.get());
-    });
+    m_worker.post([shared = m_shared, run, speed] { shared->extract(*run, speed); });
 }
 
 } // namespace zib

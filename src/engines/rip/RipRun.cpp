@@ -40,11 +40,11 @@ bool holdsForAllTracks(Failure::Kind kind)
 
 } // namespace
 
-void RipRun::run(const CdioDisc* disc)
+void RipRun::run(const CdioDisc* disc, const Outcome<>& why)
 {
     m_events.push({.kind = RipEvent::Kind::Started});
     std::optional<TrackReader> reader;
-    Outcome<> usable = Failure{Failure::Kind::DeviceGone};
+    Outcome<> usable = why;
     if (disc) {
         reader.emplace(*disc, m_stopped, [this](int kind, qint32 frame) { tellPosition(kind, frame); });
         usable = reader->open();
@@ -67,6 +67,7 @@ void RipRun::run(const CdioDisc* disc)
                             .arg(sentence(copied.error(), CdTime::fromFrames(done).toMsf()));
             if (holdsForAllTracks(copied.error().kind))
                 usable = copied;
+            m_lostDisc = !usable;
         }
         m_events.push({.kind = RipEvent::Kind::TrackFinished});
     }

@@ -28,8 +28,10 @@ class RipRun
 public:
     explicit RipRun(QList<RipTask> tasks) : m_tasks(std::move(tasks)) {}
 
-    /// Does it all, on the worker's thread. Without a disc nothing can be read.
-    void run(const CdioDisc* disc);
+    /// Does it all, on the worker's thread.  @param disc none when it cannot be had, for the reason @p why.
+    void run(const CdioDisc* disc, const Outcome<>& why = Failure{Failure::Kind::DeviceGone});
+    /// Behind run(): whether the disc or its drive was lost on the way.
+    bool lostDisc() const { return m_lostDisc; }
     /// Asks a running extraction to end; any thread.
     void stop() { m_stopped = true; }
     /// Takes the unfinished file away, even while the worker hangs in a drive; any thread.
@@ -48,6 +50,7 @@ private:
     RipFile m_file;
     QStringList m_unread;
     std::atomic<bool> m_stopped = false;
+    bool m_lostDisc = false; ///< The worker's own.
 };
 
 } // namespace zib

@@ -50,8 +50,9 @@ bool endsEverything(Failure::Kind kind)
 
 } // namespace
 
-TrackReader::TrackReader(const CdioDisc& disc, const std::atomic<bool>& stopped, Progress progress)
-    : m_disc(disc), m_stopped(stopped), m_progress(std::move(progress))
+TrackReader::TrackReader(const CdioDisc& disc, const std::atomic<bool>& stopped, Progress progress,
+                         qint64 framePatienceMs)
+    : m_disc(disc), m_stopped(stopped), m_progress(std::move(progress)), m_patienceMs(framePatienceMs)
 {
 }
 
@@ -129,7 +130,7 @@ long TrackReader::readGuarded(cdrom_drive_s*, void* data, int first, long count)
 /// Once the frame is lost anyhow, silence is handed out: the library comes to its end only with data.
 Outcome<> TrackReader::readOnce(char* data, qint32 first, qint32 count)
 {
-    if (m_frameTime.hasExpired(kFramePatienceMs) && !std::exchange(m_skipped, true) && !m_unreadable)
+    if (m_frameTime.hasExpired(m_patienceMs) && !std::exchange(m_skipped, true) && !m_unreadable)
         m_badFrame = first;
     if (m_stopped || m_failure || m_skipped) {
         std::memset(data, 0, static_cast<size_t>(count) * kBytesPerFrame);

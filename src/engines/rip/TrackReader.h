@@ -23,13 +23,14 @@ public:
     /// Told of the work as one of CDRipperX's kinds of progress, with the frame it is at.
     using Progress = std::function<void(int kind, qint32 frame)>;
 
-    /// All arguments outlive the reader.  @param stopped ends the work when set by another thread.
-    TrackReader(const CdioDisc& disc, const std::atomic<bool>& stopped, Progress progress);
-    ~TrackReader();
-    Q_DISABLE_COPY_MOVE(TrackReader)
-
     /// So long one frame may take with all its repeated readings.
     static constexpr qint64 kFramePatienceMs = 30'000;
+
+    /// All arguments outlive the reader.  @param stopped ends the work when set by another thread.
+    TrackReader(const CdioDisc& disc, const std::atomic<bool>& stopped, Progress progress,
+                qint64 framePatienceMs = kFramePatienceMs);
+    ~TrackReader();
+    Q_DISABLE_COPY_MOVE(TrackReader)
 
     Outcome<> open();
     void begin(const TocTrack& track);
@@ -50,6 +51,7 @@ private:
     const CdioDisc& m_disc;
     const std::atomic<bool>& m_stopped;
     Progress m_progress;
+    const qint64 m_patienceMs;
     QByteArray m_unwanted; ///< Where frames go that are read only to empty the drive's memory.
     cdrom_drive_s* m_drive = nullptr;
     cdrom_paranoia_s* m_reading = nullptr;

@@ -1,5 +1,6 @@
 #include "EmulatedRecorder.h"
 #include "engines/rip/RipBench.h"
+#include "engines/rip/TrackReader.h"
 #include "engines/rip/makers.h"
 
 #include <QElapsedTimer>
@@ -128,6 +129,20 @@ private slots:
             QVERIFY(
                 wavSamples(bench.target(track)) ==
                 bench.recorder.frames(content->tracks[track - 1].start, bench.ripper->trackLength(track)));
+    }
+
+    void disc_thatBeginsWithData_givesItsSound()
+    {
+        DriveBench bench;
+        bench.recorder.insert("mixed", {"data 600", "audio 400", "audio 500", "close"});
+        QVERIFY(bench.take());
+        QCOMPARE(bench.ripper->trackCount(), 3);
+        QVERIFY(!bench.ripper->isAudioTrack(1));
+        QCOMPARE(bench.rip({2, 3}), QString("finished"));
+        QCOMPARE(bench.ripper->unreadTracks(), QStringList());
+        for (int track = 2; track <= 3; ++track)
+            QVERIFY(wavSamples(bench.target(track)) ==
+                    bench.recorder.frames(bench.ripper->trackStart(track), bench.ripper->trackLength(track)));
     }
 
     void disc_withDataInASecondSession_endsItsSoundBeforeTheLeadOut()
@@ -455,6 +470,65 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!other->selectDevice(0), 20'000);
         QCOMPARE(other->status(), CDRipperX::kHeldByAnother);
         bench.ripper->abort();
+    }
+
+    void drive_takenByAnotherMeanwhile_isSaid()
+    {
+        DriveBench bench;
+        bench.insert("album", {400, 500});
+        QVERIFY(bench.take());
+        bench.recorder.set("open", "busy");
+        QCOMPARE(bench.rip({1, 2}), QString("finished"));
+        QCOMPARE(bench.ripper->unreadTracks(),
+                 (QStringList{"Track 1 could not be read at 00:00:00: another program uses the drive",
+                              "Track 2 could not be read at 00:00:00: another program uses the drive"}));
+        QCOMPARE(bench.recorder.count("READ_CD"), 0);
+        QCOMPARE(bench.left(), QStringList());
+    }
+
+    void frame_thatTakesForEver_isGivenUp()
+    {
+        DriveBench bench;
+        bench.insert("album", {400, 300});
+        const auto disc = CdioDisc::openDrive(EmulatedRecorder::device());
+        QVERIFY(bool(disc));
+        const TocTrack track = disc.value()->tracks().value(0);
+        bench.recorder.addFault("READ_CD lba=200 times=forever delay=150");
+        std::atomic<bool> stopped = false;
+        TrackReader reader(*disc.value(), stopped, {}, 100);
+        QVERIFY(bool(reader.open()));
+        reader.begin(track);
+        int frames = 0;
+        Outcome<const char*> frame = reader.next();
+        for (; frame && frames < track.frames; frame = reader.next())
+            ++frames;
+        QVERIFY(!frame);
+        QCOMPARE(frame.error().kind, Failure::Kind::UnreadableFile);
+        QVERIFY2(frames <= 200, qPrintable(QString::number(frames)));
+    }
+
+    void drive_thatHangs_isNoHindranceToAnother()
+    {
+        DriveBench bench;
+        bench.insert("album", {400, 300});
+        QTemporaryDir images;
+        QFile sheet(images.filePath("disc.cue"));
+        QFile binary(images.filePath("disc.bin"));
+        QVERIFY(sheet.open(QIODevice::WriteOnly) && binary.open(QIODevice::WriteOnly));
+        sheet.write("FILE \"disc.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n");
+        binary.write(discSound(300, 1));
+        sheet.close();
+        binary.close();
+        bench.ripper = makeRipper(images.path());
+        QCOMPARE(bench.ripper->deviceCount(), 2);
+        bench.recorder.addFault("ANY times=forever delay=1500");
+        QElapsedTimer time;
+        time.start();
+        bench.ripper->selectDevice(0);
+        bench.ripper->selectDevice(1);
+        QVERIFY2(time.elapsed() < 1000, qPrintable(QString::number(time.elapsed())));
+        QTRY_COMPARE_WITH_TIMEOUT(bench.ripper->driveState(), CDRipperX::kDiscLoaded, 20'000);
+        QCOMPARE(bench.ripper->trackCount(), 1);
     }
 
     void cdparanoia_onTheSameDisc_givesTheSameBytes()

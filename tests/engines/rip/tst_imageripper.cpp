@@ -4,6 +4,10 @@
 #include "engines/rip/RipBench.h"
 #include "engines/rip/makers.h"
 
+#include <csignal>
+
+#include <sys/resource.h>
+
 using namespace zib;
 
 namespace {
@@ -351,6 +355,32 @@ private slots:
                  QStringList("Track 1 could not be saved: check the folder and its free space"));
     }
 
+    void storage_thatIsFull_isTold_andNothingIsLost()
+    {
+        ImageBench b;
+        b.add("disc",
+              "FILE \"disc.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n"
+              "  TRACK 02 AUDIO\n    INDEX 01 00:08:00\n",
+              discSound(900, 1));
+        RipBench& r = b.open();
+        QVERIFY(r.takeDisc("disc"));
+        put(r.target(1), "old");
+        rlimit before{};
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+        const rlimit small{1'000'000,
+                           before.rlim_max}; // larger than the second track, smaller than the first
+        std::signal(SIGXFSZ, SIG_IGN);
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+        const QString end = r.rip({1, 2});
+        setrlimit(RLIMIT_FSIZE, &before);
+        QCOMPARE(end, QString("finished"));
+        QCOMPARE(r.ripper->unreadTracks(),
+                 QStringList("Track 1 could not be saved: check the folder and its free space"));
+        QCOMPARE(r.left(), (QStringList{"Track1.wav", "Track2.wav"}));
+        QCOMPARE(fileContent(r.target(1)), QByteArray("old"));
+        QCOMPARE(wavSamples(r.target(2)).size(), qsizetype{300} * kBytesPerFrame);
+    }
+
     void leftOver_ofAKilledRun_isNoHindrance()
     {
         ImageBench b;
@@ -365,23 +395,31 @@ private slots:
         QVERIFY(wavSamples(r.target(1)) == discSound(300, 1));
     }
 
-    void abort_inTheMiddle_leavesNothing()
+    void abort_inTheMiddle_leavesNothingHalf()
     {
         ImageBench b;
-        b.add("disc", "FILE \"disc.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n",
-              discSound(9000, 1));
+        QByteArray sheet("FILE \"disc.bin\" BINARY\n");
+        for (int track = 1; track <= 10; ++track)
+            sheet += "  TRACK " + QByteArray::number(track).rightJustified(2, '0') + " AUDIO\n    INDEX 01 " +
+                     msf((track - 1) * 900) + '\n';
+        b.add("disc", sheet, discSound(9000, 1));
         RipBench& r = b.open();
         QVERIFY(r.takeDisc("disc"));
-        r.onProgress = [&r](int, qint32) { r.ripper->abort(); };
-        QVERIFY(r.ripper->addTrack(1, r.target(1)));
+        for (int track = 1; track <= 10; ++track)
+            QVERIFY(r.ripper->addTrack(track, r.target(track)));
         QVERIFY(r.ripper->start());
-        QTRY_VERIFY_WITH_TIMEOUT(!r.positions.isEmpty(), 60'000);
-        QTRY_COMPARE_WITH_TIMEOUT(r.left(), QStringList(), 20'000);
+        while (r.left().isEmpty())
+            QTest::qSleep(1);
+        r.ripper->abort();
+        QTRY_VERIFY_WITH_TIMEOUT(r.left().filter(".part").isEmpty(), 20'000);
+        QTest::qWait(200);
         QVERIFY(!r.ended());
-        r.onProgress = {};
+        QVERIFY(r.left().size() < 10);
+        for (const QString& name : r.left())
+            QCOMPARE(QFileInfo(r.folder.filePath(name)).size(), 44 + qint64{900} * kBytesPerFrame);
         QCOMPARE(r.rip({1}), QString("finished"));
         QCOMPARE(r.ripper->unreadTracks(), QStringList());
-        QCOMPARE(r.left(), QStringList("Track1.wav"));
+        QCOMPARE(wavSamples(r.target(1)).size(), qsizetype{900} * kBytesPerFrame);
     }
 
     void select_whileExtracting_isRefused()
