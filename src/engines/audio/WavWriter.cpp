@@ -8,10 +8,14 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <utility>
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <fnmatch.h>
 #include <stdlib.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,6 +25,8 @@ namespace {
 
 constexpr qint64 kHeaderBytes = 44;
 constexpr qint64 kPushBytes = 1024 * 1024;
+constexpr const char* kPartialNames = ".zib-??????.part";
+constexpr time_t kQuietSeconds = 60; // A writer of another program has taken its lock long before.
 
 QByteArray folderOf(const QByteArray& name)
 {
@@ -36,6 +42,33 @@ void syncFolder(const QByteArray& folder)
         return;
     ::fsync(descriptor);
     ::close(descriptor);
+}
+
+// Whether a file is one that a killed writer left: nobody holds it, and nobody wrote to it lately.
+bool isLeftOver(int descriptor)
+{
+    struct stat info = {};
+    return ::fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode) &&
+           info.st_mtime < ::time(nullptr) - kQuietSeconds && ::flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+}
+
+void removeLeftOvers(const QByteArray& folder)
+{
+    DIR* entries = ::opendir(folder.constData());
+    if (entries == nullptr)
+        return;
+    while (const dirent* entry = ::readdir(entries)) {
+        if (::fnmatch(kPartialNames, entry->d_name, FNM_PERIOD) != 0)
+            continue;
+        const int at = ::dirfd(entries);
+        const int file = ::openat(at, entry->d_name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+        if (file < 0)
+            continue;
+        if (isLeftOver(file))
+            ::unlinkat(at, entry->d_name, 0);
+        ::close(file);
+    }
+    ::closedir(entries);
 }
 
 // The permissions that a plainly created file would have.
@@ -78,10 +111,12 @@ bool WavWriter::create(const QString& path, int rateHz, int channels)
     if (m_target.isEmpty() || path.contains(QChar::Null) ||
         (::stat(m_target.constData(), &info) == 0 && !S_ISREG(info.st_mode)))
         return false;
+    removeLeftOvers(folderOf(m_target));
     m_partial = folderOf(m_target) + ".zib-XXXXXX.part";
     m_descriptor = ::mkostemps(m_partial.data(), 5, O_CLOEXEC);
     if (m_descriptor < 0)
         return false;
+    ::flock(m_descriptor, LOCK_EX | LOCK_NB);
     givePlainPermissions(m_descriptor);
     if (!writeHeader(0))
         abandon();

@@ -9,7 +9,8 @@ namespace zib {
 
 /// Writes a 16-bit PCM WAV file that appears under its name only when it is whole and on the disc.
 ///
-/// Until then it stands beside its place under a name of its own, which a crash may leave behind.
+/// Until then it stands beside its place under a name of its own. What a killed program left there under such
+/// a name goes when the next file is begun in that folder.
 class WavWriter
 {
 public:

@@ -2,6 +2,7 @@
 #include "engines/audio/WavWriter.h"
 #include "engines/audio/makers.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -27,6 +28,15 @@ std::span<const qint16> spanOf(const QList<qint16>& samples)
 QStringList filesIn(const QString& folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+// As if nobody had written to it for an hour.
+void age(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite) ||
+        !file.setFileTime(QDateTime::currentDateTime().addSecs(-3600), QFile::FileModificationTime))
+        qFatal("Cannot age %s", qPrintable(path));
 }
 
 // Files of this process may not grow beyond so many bytes, as on a full disc.
@@ -98,6 +108,37 @@ private slots:
             QVERIFY(writer.create(folder.filePath("b.wav"), 44100, 2));
         }
         QVERIFY(filesIn(folder.path()).isEmpty());
+    }
+    void create_whereAWriterWasKilled_clearsUpAfterIt()
+    {
+        const QTemporaryDir folder;
+        const pid_t killed = ::fork();
+        if (killed == 0) {
+            WavWriter writer;
+            writer.create(folder.filePath("a.wav"), 44100, 2);
+            std::raise(SIGKILL);
+        }
+        QCOMPARE(::waitpid(killed, nullptr, 0), killed);
+        QCOMPARE(filesIn(folder.path()).size(), 1);
+        age(folder.filePath(filesIn(folder.path()).first()));
+        kit::write(folder.filePath(".zib-notes.part"), "a stranger's");
+        age(folder.filePath(".zib-notes.part"));
+        WavWriter writer;
+        QVERIFY(writer.create(folder.filePath("b.wav"), 44100, 2));
+        QVERIFY(writer.finish());
+        QCOMPARE(filesIn(folder.path()), (QStringList{".zib-notes.part", "b.wav"}));
+    }
+    void create_besideAWriterAtWork_leavesItsFile()
+    {
+        const QTemporaryDir folder;
+        WavWriter slow;
+        QVERIFY(slow.create(folder.filePath("a.wav"), 44100, 2));
+        age(folder.filePath(filesIn(folder.path()).first()));
+        WavWriter quick;
+        QVERIFY(quick.create(folder.filePath("b.wav"), 44100, 2));
+        QVERIFY(quick.finish());
+        QVERIFY(slow.finish());
+        QCOMPARE(filesIn(folder.path()), (QStringList{"a.wav", "b.wav"}));
     }
     void permissions_areThoseOfAnyNewFile()
     {
