@@ -6,8 +6,9 @@
 #include "app/ToolbarLook.h"
 #include "app/totals.h"
 #include "common/Colors.h"
-#include "common/GenralMacro.h"
+#include "common/FileDrop.h"
 #include "common/GeneralAPI.h"
+#include "common/GenralMacro.h"
 #include "common/Messages.h"
 #include "common/Texts.h"
 #include "common/Twips.h"
@@ -18,15 +19,11 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QDateTime>
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLocale>
-#include <QMimeData>
 #include <QScopedValueRollback>
 #include <QShortcut>
-#include <QUrl>
 
 using zib::CompilationModel;
 using zib::FileDialogRequest;
@@ -163,6 +160,8 @@ void frmMain::connectControls()
         shortcut->setContext(Qt::WidgetShortcut);
         connect(shortcut, &QShortcut::activated, this, [this, handler] { run(handler); });
     };
+    new zib::FileDrop(
+        this, [this] { return !m_adding; }, [this](const QStringList& paths) { addDropped(paths); });
     listKey(Qt::Key_Space, &frmMain::ListView1_Space);
     listKey(Qt::Key_Delete, &frmMain::RemoveCheckedTracks);
     listKey(Qt::Key_Return, &frmMain::PlaySelected);
@@ -392,24 +391,6 @@ void frmMain::letWindowLive(qsizetype done, qsizetype all)
     ui->StatusBar1->showMessage(QStringLiteral("Adding files: %1 of %2").arg(done).arg(all));
     QCoreApplication::processEvents();
     m_sinceYield.start();
-}
-
-void frmMain::dragEnterEvent(QDragEnterEvent* event)
-{
-    if (event->mimeData()->hasUrls() && !m_adding)
-        event->acceptProposedAction();
-}
-
-void frmMain::dropEvent(QDropEvent* event)
-{
-    QStringList paths;
-    for (const QUrl& url : event->mimeData()->urls())
-        if (url.isLocalFile())
-            paths << url.toLocalFile();
-    event->acceptProposedAction();
-    // The program that hands out the files waits for the drop to end, so they are added behind it.
-    QMetaObject::invokeMethod(
-        this, [this, paths] { addDropped(paths); }, Qt::QueuedConnection);
 }
 
 void frmMain::addDropped(const QStringList& paths)

@@ -2,6 +2,7 @@
 #include "ui_frmPlayer.h"
 
 #include "common/CommonDialogs.h"
+#include "common/FileDrop.h"
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "common/Messages.h"
@@ -10,14 +11,11 @@
 #include "components/Components.h"
 
 #include <QCoreApplication>
-#include <QDragEnterEvent>
 #include <QElapsedTimer>
 #include <QHeaderView>
-#include <QMimeData>
 #include <QScopedValueRollback>
 #include <QShortcut>
 #include <QToolTip>
-#include <QUrl>
 
 using zib::FileDialogRequest;
 using zib::Playlist;
@@ -56,6 +54,8 @@ void frmPlayer::setUpList()
 
 void frmPlayer::connectControls()
 {
+    new zib::FileDrop(
+        this, [this] { return !m_adding; }, [this](const QStringList& paths) { addFiles(paths); });
     connectTransport({.cmdPlay = ui->cmdPlay,
                       .chkPause = ui->chkPause,
                       .cmdStop = ui->cmdStop,
@@ -104,24 +104,6 @@ void frmPlayer::cmdOpen_Click()
     else if (answer.error().kind != zib::Failure::Kind::Cancelled)
         QToolTip::showText(ui->cmdOpen->mapToGlobal(ui->cmdOpen->rect().bottomLeft()), zib::kTooManyNames,
                            this);
-}
-
-void frmPlayer::dragEnterEvent(QDragEnterEvent* event)
-{
-    if (event->mimeData()->hasUrls() && !m_adding)
-        event->acceptProposedAction();
-}
-
-void frmPlayer::dropEvent(QDropEvent* event)
-{
-    QStringList paths;
-    for (const QUrl& url : event->mimeData()->urls())
-        if (url.isLocalFile())
-            paths << url.toLocalFile();
-    event->acceptProposedAction();
-    // The program that hands out the files waits for the drop to end, so they are added behind it.
-    QMetaObject::invokeMethod(
-        this, [this, paths] { addFiles(paths); }, Qt::QueuedConnection);
 }
 
 void frmPlayer::cmdRemove_Click()

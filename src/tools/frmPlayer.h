@@ -21,10 +21,6 @@ public:
     explicit frmPlayer(const zib::Services& services, QWidget* parent = nullptr);
     ~frmPlayer() override;
 
-protected:
-    void dragEnterEvent(QDragEnterEvent* event) override;
-    void dropEvent(QDropEvent* event) override;
-
 private:
     void setUpList();
     void connectControls();
