@@ -2,6 +2,8 @@
 
 #include "common/GeneralAPI.h"
 
+#include <QTextDocument>
+
 #include <array>
 
 namespace zib {
@@ -34,6 +36,12 @@ QString cellText(const CompilationRow& row, int column)
     default:
         return {};
     }
+}
+
+/// A tip that shows a title such as "<b>" letter for letter.
+QString plainTip(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
 }
 
 QVariant alignmentOf(int column)
@@ -190,8 +198,9 @@ QVariant CompilationModel::data(const QModelIndex& index, int role) const
         return {};
     switch (role) {
     case Qt::DisplayRole:
-    case Qt::ToolTipRole:
         return cellText(m_rows.at(index.row()), index.column());
+    case Qt::ToolTipRole:
+        return plainTip(cellText(m_rows.at(index.row()), index.column()));
     case Qt::TextAlignmentRole:
         return alignmentOf(index.column());
     case Qt::CheckStateRole:

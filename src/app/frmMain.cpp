@@ -589,7 +589,9 @@ bool frmMain::SaveProjectAs()
 
 void frmMain::showProjectName()
 {
-    setWindowTitle(zib::kApplicationTitle + QStringLiteral(" - ") + ProjectFileName);
+    QString name = ProjectFileName;
+    name.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // Alone it marks a changed document.
+    setWindowTitle(zib::kApplicationTitle + QStringLiteral(" - ") + name);
 }
 
 // Status bar

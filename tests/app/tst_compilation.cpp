@@ -6,6 +6,7 @@
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QStatusBar>
+#include <QTextDocument>
 #include <QThread>
 #include <QUrl>
 
@@ -89,6 +90,18 @@ private slots:
         QCOMPARE(desk.cell(0, Location), desk.folder.path() + "/");
         QVERIFY(!desk.ticked(0));
         QCOMPARE(desk.desk.messages.shown, QStringList());
+    }
+    void tip_ofATitleThatLooksLikeMarkup_showsItLetterForLetter()
+    {
+        Desk desk;
+        desk.add({desk.sound("a.wav", 60000, 1000, "<b>Loud</b>", "Plain & simple")});
+        const auto tip = [&](int column) {
+            return desk.list()->model()->index(0, column).data(Qt::ToolTipRole).toString();
+        };
+        QTextDocument shown;
+        shown.setHtml(tip(2));
+        QCOMPARE(shown.toPlainText(), QString("<b>Loud</b>"));
+        QCOMPARE(tip(3), QString("Plain & simple"));
     }
     void fileSize_isKilobytesPlusOneRounded_data()
     {

@@ -1,6 +1,7 @@
 #include "app/Desk.h"
 
 #include <QStatusBar>
+#include <QWindow>
 
 namespace {
 
@@ -28,6 +29,15 @@ private slots:
         }
         QCOMPARE(content(project), before);
         QCOMPARE(desk.desk.dialogs.saved.size(), 1);
+    }
+    void title_ofANameWithTheMarkOfChanges_showsItWhole()
+    {
+        Desk desk;
+        desk.addThree();
+        const QString project = desk.folder.filePath("Mix[*].zibp");
+        desk.desk.dialogs.files << project;
+        desk.trigger("mnuFileSub_7");
+        QCOMPARE(desk.window().windowHandle()->title(), "Zib CD Burner - " + project);
     }
     void save_withoutAName_asksForOneAndShowsIt()
     {
