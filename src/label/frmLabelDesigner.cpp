@@ -234,8 +234,9 @@ void frmLabelDesigner::EndCellEdit()
     hideEditor();
 }
 
+/// Hiding the editor hands the focus on, which must not be taken for a step to the next text.
 void frmLabelDesigner::hideEditor()
 {
-    ui->txtCursor->hide();
     EditTarget = kNothing;
+    ui->txtCursor->hide();
 }

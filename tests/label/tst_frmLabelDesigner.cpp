@@ -133,6 +133,8 @@ private slots:
     {
         QFETCH(QString, where);
         Desk desk;
+        desk.designer.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&desk.designer)); // the keyboard is here, as at a real screen
         const QStringList before = LabelDocument.TableRowText;
         desk.click("labels_6");
         QTest::keyClicks(desk.editor(), "Prelude");
