@@ -31,13 +31,13 @@ frmLabelBack::~frmLabelBack() = default;
 
 void frmLabelBack::connectControls()
 {
-    connect(ui->chkBackImage, &QCheckBox::clicked, this, &frmLabelBack::EnableBackControls);
+    connect(ui->chkBackImage, &QCheckBox::toggled, this, &frmLabelBack::EnableBackControls);
     connect(ui->cmdOpen, &QPushButton::clicked, this, &frmLabelBack::cmdOpen_Click);
-    connect(ui->optImage_0, &QRadioButton::clicked, this, &frmLabelBack::EnableBackControls);
-    connect(ui->optImage_1, &QRadioButton::clicked, this, &frmLabelBack::EnableBackControls);
+    connect(ui->optImage_0, &QRadioButton::toggled, this, &frmLabelBack::EnableBackControls);
+    connect(ui->optImage_1, &QRadioButton::toggled, this, &frmLabelBack::EnableBackControls);
     connect(ui->vsLeft, &QScrollBar::valueChanged, this, &frmLabelBack::vsLeft_Change);
     connect(ui->vsTop, &QScrollBar::valueChanged, this, &frmLabelBack::vsTop_Change);
-    connect(ui->chkBackColor, &QCheckBox::clicked, this, &frmLabelBack::EnableBackControls);
+    connect(ui->chkBackColor, &QCheckBox::toggled, this, &frmLabelBack::EnableBackControls);
     connect(ui->cmdBackColor, &QPushButton::clicked, this, &frmLabelBack::cmdBackColor_Click);
     connect(ui->OKButton, &QPushButton::clicked, this, &frmLabelBack::OKButton_Click);
     connect(ui->CancelButton, &QPushButton::clicked, this, &frmLabelBack::CancelButton_Click);

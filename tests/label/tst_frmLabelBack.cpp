@@ -77,6 +77,16 @@ private slots:
         desk.click("chkBackColor");
         QVERIFY(allAre(desk, kColor, false));
     }
+    void controls_followAChoiceHoweverItIsMade()
+    {
+        const Desk desk;
+        desk.find<QRadioButton>("optImage_1")->setChecked(true);
+        QVERIFY(allAre(desk, kPosition, true));
+        desk.find<QCheckBox>("chkBackImage")->setChecked(false);
+        QVERIFY(allAre(desk, kPath, false) && allAre(desk, kPosition, false));
+        desk.find<QCheckBox>("chkBackColor")->setChecked(false);
+        QVERIFY(allAre(desk, kColor, false));
+    }
     void open_aFile_takesItsPath()
     {
         Desk desk;
