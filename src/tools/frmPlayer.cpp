@@ -67,7 +67,7 @@ void frmPlayer::connectControls()
                       .Slider1 = ui->Slider1});
     connect(ui->cmdOpen, &QPushButton::clicked, this, &frmPlayer::cmdOpen_Click);
     connect(ui->cmdRemove, &QPushButton::clicked, this, &frmPlayer::cmdRemove_Click);
-    connect(ui->chkDown, &QPushButton::clicked, this, &frmPlayer::chkDown_Click);
+    connect(ui->chkDown, &QPushButton::toggled, this, &frmPlayer::chkDown_Click);
     connect(ui->ListView1, &QTableView::doubleClicked, this, &frmPlayer::cmdPlay_Click);
 
     const auto listKey = [this](Qt::Key key, void (frmPlayer::*handler)()) {

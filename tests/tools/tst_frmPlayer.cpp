@@ -373,6 +373,13 @@ private slots:
         QCOMPARE(desk.list()->geometry(), list);
     }
 
+    void chkDown_setByAProgram_collapsesToo()
+    {
+        const Desk desk;
+        desk.window->findChild<QAbstractButton*>("chkDown")->setChecked(false);
+        QVERIFY(!desk.list()->isVisible());
+    }
+
     void chkDown_withALargeFont_stillFits()
     {
         const QFont before = QApplication::font();
