@@ -149,8 +149,8 @@ Outcome<std::shared_ptr<CupsQueue>> CupsQueue::openDefault()
     cupsSetPasswordCB2(noPassword, nullptr);
     http_t* http = httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(), 1,
                                 kConnectTimeoutMs, nullptr);
-    if (!http)
-        return noAnswer(QString::fromLocal8Bit(strerror(errno)));
+    if (!http) // errno tells of the closing only
+        return noAnswer(lastError());
     httpSetTimeout(http, kAnswerTimeoutS, giveUp, nullptr);
     cups_dest_t* dest = cupsGetNamedDest(http, nullptr, nullptr);
     if (!dest) {
