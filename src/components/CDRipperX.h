@@ -42,7 +42,7 @@ public:
 
     /// Drives first, then the disc images of the program folder.
     virtual int deviceCount() = 0;
-    /// Identity texts: the path, the maker (or "Image"), the model (or the image's name).
+    /// Identity texts: the path, the maker and the model; of an image its name, "Disc" and "image".
     virtual QString deviceText1(int device) const = 0;
     virtual QString deviceText2(int device) const = 0;
     virtual QString deviceText3(int device) const = 0;
