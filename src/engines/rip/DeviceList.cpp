@@ -97,9 +97,9 @@ RipDevice withIdentity(RipDevice device)
     if (device.text2.isEmpty())
         device.text2 = QStringLiteral("Drive");
     if (!free && free.error().kind == Failure::Kind::Busy)
-        device.text3 += QStringLiteral(" (used by another program)");
+        device.text3 = (device.text3 + QStringLiteral(" (used by another program)")).trimmed();
     else if (!free && free.error().kind == Failure::Kind::NoPermission)
-        device.text3 += QStringLiteral(" (no permission)");
+        device.text3 = (device.text3 + QStringLiteral(" (no permission)")).trimmed();
     return device;
 }
 
