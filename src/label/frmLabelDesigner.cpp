@@ -179,7 +179,8 @@ void frmLabelDesigner::cmdClose_Click()
     close();
 }
 
-/// Moves the editor to the neighbouring text. @returns false at either end.
+/// Moves the editor to the neighbouring text, and leaves it at either end. @returns whether the focus is where
+/// it belongs.
 bool frmLabelDesigner::editNext(bool forward)
 {
     const int target = EditTarget == kTitle
@@ -187,7 +188,7 @@ bool frmLabelDesigner::editNext(bool forward)
                            : (EditTarget == 1 && !forward ? kTitle : EditTarget + (forward ? 1 : -1));
     if (target != kTitle && !m_surface->label(target)) {
         EndCellEdit();
-        return false;
+        return forward; // the hidden editor has handed the focus on already
     }
     edit(target);
     return true;

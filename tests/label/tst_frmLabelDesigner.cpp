@@ -216,9 +216,12 @@ private slots:
     void keyboard_beyondTheLastCell_leavesTheEditor()
     {
         Desk desk;
+        desk.designer.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&desk.designer));
         desk.click("labels_64");
         QTest::keyClicks(desk.editor(), "9:99");
         QTest::keyClick(desk.editor(), Qt::Key_Tab);
+        QCOMPARE(desk.designer.focusWidget()->objectName(), QString("Title"));
         QVERIFY(!desk.editor()->isVisible());
         QCOMPARE(desk.label(64)->text(), QString("9:99"));
     }
