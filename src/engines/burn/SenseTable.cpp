@@ -12,7 +12,6 @@ constexpr int kAny = -1;
 constexpr int kUnknownError = 1051;
 
 const QList<SenseRow> kTable = {
-    {0x0, 0x00, 0x00, 1052, "NO ADDITIONAL SENSE INFORMATION, key NO SENSE"},
     // Not ready, and no disc.
     {kAny, 0x04, 0x04, 1055, "LOGICAL UNIT NOT READY, FORMAT IN PROGRESS"},
     {kAny, 0x04, kAny, 1002, "LOGICAL UNIT NOT READY"},
@@ -110,6 +109,7 @@ const QList<SenseRow> kTable = {
 const QList<UnreachableCode> kUnreachable = {
     {1011, "MMC has no sense data for a read that takes too long; drives report 3E 02, which is 1035"},
     {1039, "only packet writing reports its configuration, and this program never writes packets"},
+    {1052, "a command that fails without sense data failed on its way; that is told as a lost drive"},
     {1053, "MMC drives finish or abort a seek before they take another command"},
     {1054, "the failing call of another operating system, which no sense data stand for"},
 };

@@ -28,7 +28,6 @@ void TestSenseTable::code_ofRealSenseData_tellsMost_data()
     const auto row = [](const char* name, int key, int asc, int ascq, int code) {
         QTest::newRow(name) << key << asc << ascq << code;
     };
-    row("nothing at all", 0, 0x00, 0x00, 1052);
     row("an error without a reason", 3, 0x00, 0x00, 1000);
     row("terminated", 0xB, 0x00, 0x06, 1001);
     row("aborted", 0xB, 0x7F, 0x01, 1001);
