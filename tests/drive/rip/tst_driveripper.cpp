@@ -222,7 +222,7 @@ private slots:
     {
         DriveBench bench;
         bench.insert("album", {700, 300});
-        bench.recorder.addFault("MEDIA times=forever delay=700");
+        bench.recorder.addFault("MEDIA times=forever delay=2000");
         QVERIFY(bench.ripper->deviceCount() >= 1);
         QElapsedTimer time;
         time.start();
@@ -231,7 +231,7 @@ private slots:
             bench.ripper->driveState();
             bench.ripper->discPresent();
         }
-        QVERIFY2(time.elapsed() < 600, qPrintable(QString::number(time.elapsed())));
+        QVERIFY2(time.elapsed() < 1900, qPrintable(QString::number(time.elapsed())));
         QTRY_COMPARE_WITH_TIMEOUT(bench.ripper->driveState(), CDRipperX::kDiscLoaded, 60'000);
         QCOMPARE(bench.ripper->trackCount(), 2);
     }
@@ -430,9 +430,10 @@ private slots:
         QElapsedTimer time;
         time.start();
         bench.ripper->abort();
-        QVERIFY(time.elapsed() < 500);
+        QVERIFY(time.elapsed() < 4000);
         QTRY_COMPARE_WITH_TIMEOUT(bench.left(), QStringList(), 60'000);
-        QVERIFY2(time.elapsed() < 2000, qPrintable(QString::number(time.elapsed())));
+        QVERIFY2(time.elapsed() < 4500,
+                 qPrintable(QString::number(time.elapsed()))); // 1 s on a machine at rest
         QTest::qWait(200);
         QVERIFY(!bench.ended());
         QVERIFY(!bench.said.contains("track finished"));
@@ -450,7 +451,7 @@ private slots:
         QElapsedTimer time;
         time.start();
         bench.ripper.reset();
-        QVERIFY2(time.elapsed() < 3000, qPrintable(QString::number(time.elapsed())));
+        QVERIFY2(time.elapsed() < 4500, qPrintable(QString::number(time.elapsed())));
         QCOMPARE(bench.left(), QStringList());
     }
 
@@ -520,12 +521,12 @@ private slots:
         binary.close();
         bench.ripper = makeRipper(images.path());
         QCOMPARE(bench.ripper->deviceCount(), 2);
-        bench.recorder.addFault("ANY times=forever delay=1500");
+        bench.recorder.addFault("ANY times=forever delay=3000");
         QElapsedTimer time;
         time.start();
         bench.ripper->selectDevice(0);
         bench.ripper->selectDevice(1);
-        QVERIFY2(time.elapsed() < 1000, qPrintable(QString::number(time.elapsed())));
+        QVERIFY2(time.elapsed() < 2500, qPrintable(QString::number(time.elapsed())));
         QTRY_COMPARE_WITH_TIMEOUT(bench.ripper->driveState(), CDRipperX::kDiscLoaded, 20'000);
         QCOMPARE(bench.ripper->trackCount(), 1);
     }
