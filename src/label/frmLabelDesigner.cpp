@@ -179,8 +179,8 @@ void frmLabelDesigner::cmdClose_Click()
     close();
 }
 
-/// Moves the editor to the neighbouring text, and leaves it at either end. @returns whether the focus is where
-/// it belongs.
+/// Moves the editor to the neighbouring text, and leaves it at either end. @returns whether the focus is
+/// where it belongs.
 bool frmLabelDesigner::editNext(bool forward)
 {
     const int target = EditTarget == kTitle
