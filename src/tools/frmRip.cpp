@@ -33,6 +33,8 @@ frmRip::frmRip(const zib::Services& services, QWidget* parent)
     QSizePolicy keepsItsPlace = ui->picFolder->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
     ui->picFolder->setSizePolicy(keepsItsPlace);
+    ui->lblRip->setMinimumWidth(ui->lblRip->sizeHint().width() +
+                                fontMetrics().horizontalAdvance(QStringLiteral("00")));
     zib::RipRows::layOutColumns(ui->lvwTracks);
     EnableControls(true);
     connectControls();

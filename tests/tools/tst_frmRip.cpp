@@ -636,6 +636,13 @@ private slots:
         d.click("cmdRip");
         QTest::qWait(50);
         QCOMPARE(d.list()->geometry(), before);
+        const int bar = d.window->findChild<QProgressBar*>("pbRip")->width();
+        emit d.ripper->TrackStarted("file", 0, 100, 1);
+        for (const int percent : {5, 50, 100}) {
+            emit d.ripper->ExtractionProgress(7, percent);
+            QTest::qWait(50);
+            QCOMPARE(d.window->findChild<QProgressBar*>("pbRip")->width(), bar);
+        }
     }
 };
 
