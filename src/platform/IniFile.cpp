@@ -3,6 +3,10 @@
 #include "platform/AtomicFile.h"
 #include "platform/IniText.h"
 
+#include <QSet>
+
+#include <algorithm>
+
 namespace zib {
 
 namespace {
@@ -30,6 +34,29 @@ QByteArray withoutTrailingBlanks(QByteArray text)
     return text;
 }
 
+/// Whether a change gives a key, of ASCII letters, in this section its value.
+bool setsKeyOf(const QByteArray& section, const IniChange& change)
+{
+    const auto ascii = [](char letter) { return static_cast<uchar>(letter) < 0x80; };
+    return change.key && change.value && change.section == section &&
+           std::all_of(change.key->begin(), change.key->end(), ascii);
+}
+
+/// The entries that @p changes set in one section from @p first on, up to a key that comes again.
+QList<IniText::Entry> entriesFrom(const QList<IniChange>& changes, qsizetype first)
+{
+    QList<IniText::Entry> entries;
+    QSet<QByteArray> seen;
+    for (qsizetype i = first; i < changes.size() && setsKeyOf(changes[first].section, changes[i]); ++i) {
+        const QByteArray name = changes[i].key->trimmed().toLower();
+        if (seen.contains(name))
+            break;
+        seen.insert(name);
+        entries.append({*changes[i].key, *changes[i].value});
+    }
+    return entries;
+}
+
 bool apply(IniText& text, const IniChange& change)
 {
     if (!change.key)
@@ -41,15 +68,28 @@ bool apply(IniText& text, const IniChange& change)
     return true;
 }
 
+/// Applies changes in their order, those of one section together.
+bool applyAll(IniText& text, const QList<IniChange>& changes)
+{
+    for (qsizetype i = 0; i < changes.size();) {
+        const QList<IniText::Entry> entries = entriesFrom(changes, i);
+        const bool done =
+            entries.isEmpty() ? apply(text, changes[i]) : text.setAll(changes[i].section, entries);
+        if (!done)
+            return false;
+        i += std::max<qsizetype>(entries.size(), 1);
+    }
+    return true;
+}
+
 Replaced changeOnce(const QList<IniChange>& changes, const QString& target, const FolderLock& lock)
 {
     const auto before = readSnapshot(target);
     if (!before)
         return Replaced::Failed;
     IniText text(before->bytes);
-    for (const IniChange& change : changes)
-        if (!apply(text, change))
-            return Replaced::Failed;
+    if (!applyAll(text, changes))
+        return Replaced::Failed;
     if (text.bytes() == before->bytes)
         return Replaced::Done;
     return replaceFile(target, text.bytes(), *before, lock);

@@ -70,6 +70,8 @@ bool usableKey(const QByteArray& name)
            name[0] != '[' && !name.startsWith("\xEF\xBB\xBF");
 }
 
+using KeyPlaces = QHash<QByteArray, qsizetype>;
+
 QByteArray withoutQuotes(const QByteArray& value)
 {
     const bool quoted =
@@ -246,11 +248,22 @@ std::optional<QByteArray> IniText::value(const QByteArray& section, const QByteA
     return withoutQuotes(textOf(line.valueBegin, dropBlanks(line.valueBegin, line.end)));
 }
 
+/// The lines of a section's keys by their names in small letters; of several alike the first one.
+QHash<QByteArray, qsizetype> IniText::asciiKeys(const QList<Line>& lines, qsizetype header)
+{
+    KeyPlaces places;
+    for (qsizetype i = sectionEnd(lines, header) - 1; i > header; --i)
+        if (lines[i].kind == Kind::Key && isAscii(lines[i].name))
+            places.insert(lines[i].name.toLower(), i);
+    return places;
+}
+
 /// @returns the last line of a section that is neither blank nor a comment; the header when there is none.
 qsizetype IniText::lastContent(const QList<Line>& lines, qsizetype header)
 {
     qsizetype last = header;
-    for (qsizetype i = header + 1; i < sectionEnd(lines, header); ++i)
+    const qsizetype end = sectionEnd(lines, header);
+    for (qsizetype i = header + 1; i < end; ++i)
         if (lines[i].kind == Kind::Key || lines[i].kind == Kind::Unknown)
             last = i;
     return last;
@@ -273,28 +286,57 @@ bool IniText::insertAt(qsizetype place, const QByteArray& utf8Lines)
 
 bool IniText::set(const QByteArray& section, const QByteArray& key, const QByteArray& value)
 {
+    return setAll(section, {{key, value}});
+}
+
+bool IniText::setAll(const QByteArray& section, const QList<Entry>& entries)
+{
     const QByteArray sectionName = trimmedBlanks(section);
-    const QByteArray keyName = trimmedBlanks(key);
-    if (!usableSection(sectionName) || !usableKey(keyName) || holdsLineBreak(value))
-        return false;
     const QList<Line> all = lines();
     const qsizetype header = findSection(all, sectionName);
-    const QByteArray text = trimmedBlanks(value);
-    const QByteArray line = keyName + '=' + text + '\n';
+    const KeyPlaces places = header < 0 ? KeyPlaces() : asciiKeys(all, header);
+    const auto placeOf = [&](const QByteArray& key) {
+        if (header < 0 || isAscii(key))
+            return places.value(key.toLower(), -1);
+        return findKey(all, header, key);
+    };
+    QByteArray added;
+    QMap<qsizetype, QByteArray> changed;
+    for (const Entry& entry : entries) {
+        const QByteArray key = trimmedBlanks(entry.key);
+        if (!usableSection(sectionName) || !usableKey(key) || holdsLineBreak(entry.value))
+            return false;
+        const QByteArray text = trimmedBlanks(entry.value);
+        const qsizetype there = placeOf(key);
+        if (there < 0)
+            added += key + '=' + text + '\n';
+        else
+            changed.insert(there, text);
+    }
     if (header < 0)
-        return insertAt(m_end, '[' + sectionName + "]\n" + line);
-    const qsizetype found = findKey(all, header, keyName);
-    if (found < 0)
-        return insertAt(all[lastContent(all, header)].next, line);
-    const auto raw = encoded(text);
-    if (!raw)
-        return false;
-    const Line& place = all[found];
-    const bool blank = text.isEmpty() || place.valueBegin == place.end;
-    const qsizetype begin = blank ? place.afterEquals : place.valueBegin;
-    const qsizetype old = place.end - begin;
-    m_bytes.replace(begin, old, *raw);
-    m_end += raw->size() - old;
+        return insertAt(m_end, '[' + sectionName + "]\n" + added);
+    // What is added stands behind every line that changes.
+    return (added.isEmpty() || insertAt(all[lastContent(all, header)].next, added)) &&
+           replaceValues(all, changed);
+}
+
+bool IniText::replaceValues(const QList<Line>& lines, const QMap<qsizetype, QByteArray>& valuesByLine)
+{
+    QByteArray bytes;
+    qsizetype from = 0;
+    for (auto at = valuesByLine.cbegin(); at != valuesByLine.cend(); ++at) {
+        const Line& place = lines[at.key()];
+        const auto raw = encoded(at.value());
+        if (!raw)
+            return false;
+        const bool blank = at.value().isEmpty() || place.valueBegin == place.end;
+        const qsizetype begin = blank ? place.afterEquals : place.valueBegin;
+        bytes += m_bytes.sliced(from, begin - from) + *raw;
+        from = place.end;
+    }
+    bytes += m_bytes.sliced(from);
+    m_end += bytes.size() - m_bytes.size();
+    m_bytes = bytes;
     return true;
 }
 

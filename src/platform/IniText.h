@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
+#include <QMap>
 
 #include <optional>
 
@@ -18,6 +20,12 @@ namespace zib {
 class IniText
 {
 public:
+    struct Entry
+    {
+        QByteArray key;
+        QByteArray value;
+    };
+
     explicit IniText(QByteArray bytes);
 
     /// @returns the value as it stands, without one pair of matching quotes round it; nothing when section or
@@ -28,6 +36,8 @@ public:
     /// empty names, line breaks, NUL, "=" in a key, "]" in a section, a key that would read as header or
     /// comment.
     bool set(const QByteArray& section, const QByteArray& key, const QByteArray& value);
+    /// Does so for many keys of one section in one pass over the text, no two of them alike.
+    bool setAll(const QByteArray& section, const QList<Entry>& entries);
     /// Removes every line of that key from every section of that name.
     void removeKey(const QByteArray& section, const QByteArray& key);
     /// Removes every section of that name with its lines; comments right above the next header stay.
@@ -74,7 +84,9 @@ private:
     static qsizetype findSection(const QList<Line>& lines, const QByteArray& name, qsizetype from = 0);
     static qsizetype sectionEnd(const QList<Line>& lines, qsizetype header);
     static qsizetype findKey(const QList<Line>& lines, qsizetype header, const QByteArray& name);
+    static QHash<QByteArray, qsizetype> asciiKeys(const QList<Line>& lines, qsizetype header);
     bool insertAt(qsizetype place, const QByteArray& utf8Lines);
+    bool replaceValues(const QList<Line>& lines, const QMap<qsizetype, QByteArray>& valuesByLine);
     static qsizetype lastContent(const QList<Line>& lines, qsizetype header);
 
     QByteArray m_bytes;

@@ -22,6 +22,9 @@ private slots:
     void write_thenRead_givesTheValueBack();
     void writeAll_withOneBadChange_changesNothing();
     void writeAll_ofManyChanges_appliesThemInOrder();
+    void writeAll_always_doesWhatTheChangesDoOneByOne_data();
+    void writeAll_always_doesWhatTheChangesDoOneByOne();
+    void writeAll_ofTenThousandKeys_isOnePass();
 
 private:
     QByteArray after(const QByteArray& before, const QList<zib::IniChange>& changes, bool* done = nullptr);
@@ -313,6 +316,46 @@ void TestIniWrites::writeAll_ofManyChanges_appliesThemInOrder()
                    {{"s", "k", "1"}, {"s", "k", "2"}, {"t", "a", "1"}, {"s", {}, {}}, {"t", "b", "2"}}),
              QByteArray("[t]\na=1\nb=2\n"));
     QCOMPARE(after("[s]\nk=0\n", {}), QByteArray("[s]\nk=0\n"));
+}
+
+void TestIniWrites::writeAll_always_doesWhatTheChangesDoOneByOne_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::newRow("no file") << QByteArray();
+    QTest::newRow("other section") << QByteArray("[t]\na=1");
+    QTest::newRow("some keys") << QByteArray("[s]\r\n B = old \r\nz=26\r\n; end\r\n\r\n[t]\r\nb=2\r\n");
+    QTest::newRow("keys twice") << QByteArray("[s]\nA=\na=2\nb=\"x\"\n[S]\nc=3");
+    QTest::newRow("open last line") << QByteArray("; top\n[S]\nc=1\nnonsense\nd");
+    QTest::newRow("wide") << QByteArray("\xFF\xFE[\0s\0]\0\n\0b\0=\0x\0", 18);
+}
+
+void TestIniWrites::writeAll_always_doesWhatTheChangesDoOneByOne()
+{
+    QFETCH(QByteArray, before);
+    const QList<zib::IniChange> changes{
+        {"s", "a", "1"},      {"s", "b", ""},  {"s", "c", " long value "},
+        {"s", "A", "again"},  {"s", "D", "4"}, {"s", "\u00C4", "5"},
+        {"s", "\u00E4", "6"}, {"s", "b", {}},  {"s", "e", "\""},
+        {"S", "f", "\u20AC"}, {"t", "a", "7"}, {"t", "b", "8"},
+    };
+    QByteArray oneByOne = before;
+    for (const zib::IniChange& change : changes)
+        oneByOne = after(oneByOne, {change});
+    QCOMPARE(after(before, changes), oneByOne);
+}
+
+void TestIniWrites::writeAll_ofTenThousandKeys_isOnePass()
+{
+    QList<zib::IniChange> changes;
+    QByteArray expected = "[Files]\n";
+    for (int i = 1; i <= 10'000; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        changes.append({"Files", "File" + number, "/music/" + number + ".wav"});
+        expected += "File" + number + "=/music/" + number + ".wav\n";
+    }
+    const QByteArray written = after({}, changes);
+    QCOMPARE(written, expected);
+    QCOMPARE(after(written, changes), expected);
 }
 
 QTEST_APPLESS_MAIN(TestIniWrites)
