@@ -33,8 +33,7 @@ frmRip::frmRip(const zib::Services& services, QWidget* parent)
     QSizePolicy keepsItsPlace = ui->picFolder->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
     ui->picFolder->setSizePolicy(keepsItsPlace);
-    ui->lblRip->setMinimumWidth(ui->lblRip->sizeHint().width() +
-                                fontMetrics().horizontalAdvance(QStringLiteral("00")));
+    ui->lblRip->setMinimumWidth(ui->lblRip->sizeHint().width() + 3 * fontMetrics().averageCharWidth());
     zib::RipRows::layOutColumns(ui->lvwTracks);
     EnableControls(true);
     connectControls();
