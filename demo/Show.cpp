@@ -142,10 +142,11 @@ void Show::write(QWidget* window, int visit)
     if (!drives || !start)
         return;
     if (m_writing == Writing::NotYet && visit > kLooksToPaint && drives->count() > 0 && start->isEnabled()) {
-        m_writing = Writing::Started;
+        m_writing = Writing::Starting;
         drives->setCurrentIndex(drives->count() - 1); // The recorder of disc images is the last one.
         m_director.shoot(window);
         press(window, QStringLiteral("cmdWrite"));
+        m_writing = Writing::Started;
     } else if (m_writing == Writing::Started && !start->isEnabled()) {
         m_director.shoot(window,
                          QStringLiteral("frmWrite-writing")); // Every look is a picture; the last one stays.

@@ -85,8 +85,8 @@ private:
     enum class Writing
     {
         NotYet,
-        Started,
-        Seen
+        Starting, ///< The drive is being asked; looks go on meanwhile.
+        Started
     } m_writing = Writing::NotYet;
 };
 
