@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QFontDialog>
+#include <QFontInfo>
 
 namespace zib {
 
@@ -86,14 +87,21 @@ Outcome<QColor> DesktopDialogs::chooseColor(QWidget* owner, const QString& title
 
 Outcome<QFont> DesktopDialogs::chooseFont(QWidget* owner, const QString& title, const QFont& current)
 {
-    QFontDialog dialog(current, owner);
+    // A face that is not installed is in no list: the one that stands in for it is shown, and the face is
+    // kept unless another is chosen.
+    QFont shown = current;
+    shown.setFamily(QFontInfo(current).family());
+    QFontDialog dialog(shown, owner);
     dialog.setObjectName(QStringLiteral("zibFontBox"));
     dialog.setOption(QFontDialog::DontUseNativeDialog);
     if (!title.isEmpty())
         dialog.setWindowTitle(title);
     if (dialog.exec() != QDialog::Accepted)
         return Failure{Failure::Kind::Cancelled};
-    return dialog.selectedFont();
+    QFont chosen = dialog.selectedFont();
+    if (chosen.family() == shown.family())
+        chosen.setFamily(current.family());
+    return chosen;
 }
 
 } // namespace zib

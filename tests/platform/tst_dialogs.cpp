@@ -50,6 +50,7 @@ private slots:
     void color_chosen_isTheAnswer();
     void color_cancelled_isACancel();
     void font_chosen_isTheAnswer();
+    void font_thatIsNotInstalled_isKeptUnlessAnotherIsChosen();
     void folder_picked_isTheAnswer();
     void folder_cancelled_isEmpty();
 
@@ -435,6 +436,22 @@ void TestDialogs::font_chosen_isTheAnswer()
     QCOMPARE(answer->pointSize(), 17);
     whenOpen<QFontDialog>([](QFontDialog& dialog) { dialog.reject(); });
     QCOMPARE(errorOf(dialogs.chooseFont(&m_owner, {}, font)), QString("cancelled"));
+}
+
+void TestDialogs::font_thatIsNotInstalled_isKeptUnlessAnotherIsChosen()
+{
+    zib::DesktopDialogs dialogs;
+    const QFont font("No Such Face", 17);
+    QString shown;
+    whenOpen<QFontDialog>([&](QFontDialog& dialog) {
+        shown = dialog.currentFont().family();
+        dialog.accept();
+    });
+    const auto answer = dialogs.chooseFont(&m_owner, "Font", font);
+    QCOMPARE(shown, QFontInfo(font).family());
+    QVERIFY(answer);
+    QCOMPARE(answer->family(), QString("No Such Face"));
+    QCOMPARE(answer->pointSize(), 17);
 }
 
 void TestDialogs::folder_picked_isTheAnswer()
