@@ -326,7 +326,7 @@ void TestIniWrites::writeAll_always_doesWhatTheChangesDoOneByOne_data()
     QTest::newRow("some keys") << QByteArray("[s]\r\n B = old \r\nz=26\r\n; end\r\n\r\n[t]\r\nb=2\r\n");
     QTest::newRow("keys twice") << QByteArray("[s]\nA=\na=2\nb=\"x\"\n[S]\nc=3");
     QTest::newRow("open last line") << QByteArray("; top\n[S]\nc=1\nnonsense\nd");
-    QTest::newRow("wide") << QByteArray("\xFF\xFE[\0s\0]\0\n\0b\0=\0x\0", 18);
+    QTest::newRow("wide") << QByteArray("\xFF\xFE[\0s\0]\0\n\0b\0=\0x\0", 16);
 }
 
 void TestIniWrites::writeAll_always_doesWhatTheChangesDoOneByOne()
