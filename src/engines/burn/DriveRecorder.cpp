@@ -112,26 +112,17 @@ Outcome<Medium> mediumIn(GrabbedDrive& grabbed, const DrivePatience& patience)
     return medium;
 }
 
-/// First byte of a feature's data, or 0 when the drive does not have the feature (MMC-5, 5.3).
-int featureByte(burn::burn_drive* drive, unsigned feature)
+/// First byte of a feature's data, or nothing when the drive does not have the feature (MMC-5, 5.3).
+std::optional<int> featureByte(burn::burn_drive* drive, unsigned feature)
 {
     unsigned char flags = 0;
     unsigned char length = 0;
     unsigned char* data = nullptr;
-    const bool has = burn::burn_drive_get_feature(drive, feature, &flags, &length, &data, nullptr) > 0;
-    const int byte = has && data && length > 0 ? data[0] : 0;
+    if (burn::burn_drive_get_feature(drive, feature, &flags, &length, &data, nullptr) <= 0)
+        return std::nullopt;
+    const int byte = data && length > 0 ? data[0] : 0;
     std::free(data);
     return byte;
-}
-
-bool hasFeature(burn::burn_drive* drive, unsigned feature)
-{
-    unsigned char flags = 0;
-    unsigned char length = 0;
-    unsigned char* data = nullptr;
-    const bool has = burn::burn_drive_get_feature(drive, feature, &flags, &length, &data, nullptr) > 0;
-    std::free(data);
-    return has;
 }
 
 /// Drives older than features are taken to write sessions at once, as all of them did.
@@ -154,8 +145,8 @@ DriveRecorder::Traits traitsOf(const QString& path, const burn::burn_drive_info*
     traits.writesCdRw = info->write_cdrw;
     traits.simulates = info->write_simulate;
     const bool asked = tellsFeatures(info->drive);
-    traits.sessionAtOnce = !asked || (featureByte(info->drive, kMastering) & kSessionAtOnceBit);
-    traits.trackAtOnce = !asked || hasFeature(info->drive, kTrackAtOnce);
+    traits.sessionAtOnce = !asked || (featureByte(info->drive, kMastering).value_or(0) & kSessionAtOnceBit);
+    traits.trackAtOnce = !asked || featureByte(info->drive, kTrackAtOnce).has_value();
     burn::burn_write_opts* options = burn::burn_write_opts_new(info->drive);
     if (options) {
         traits.bufferProtection = burn::burn_write_opts_set_underrun_proof(options, 1) == 1;

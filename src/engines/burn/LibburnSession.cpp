@@ -17,16 +17,14 @@ char* writable(const char* literal)
     return const_cast<char*>(literal);
 }
 
-bool start()
+/// Calls on a library that could not start find no drive.
+void start()
 {
-    if (g_started)
-        return true;
-    if (burn_initialize() != 1)
-        return false;
+    if (g_started || burn_initialize() != 1)
+        return;
     burn_preset_device_open(1, 0, 0);
     burn_msgs_set_severities(writable("SORRY"), writable("NEVER"), writable(""));
     g_started = true;
-    return true;
 }
 
 } // namespace
@@ -37,11 +35,6 @@ LibburnSession::LibburnSession() : m_lock(g_libburn)
 }
 
 LibburnSession::~LibburnSession() = default;
-
-bool LibburnSession::isReady() const
-{
-    return g_started;
-}
 
 void LibburnSession::restart()
 {
@@ -68,8 +61,6 @@ void LibburnMessages::take(const QString& message)
     const std::optional<Sense> sense = Sense::inText(message);
     if (sense && *sense != Sense() && !m_sense)
         m_sense = sense;
-    if (m_text.isEmpty())
-        m_text = message;
 }
 
 void LibburnMessages::clear()

@@ -18,8 +18,6 @@ public:
     ~LibburnSession();
     Q_DISABLE_COPY_MOVE(LibburnSession)
 
-    /// False when the library could not be started.
-    bool isReady() const;
     /// Lets the library close all it holds, and starts it anew. Only while no drive is in its hands.
     void restart();
 
@@ -37,8 +35,6 @@ public:
     /// The sense data of the first real failure; checks that drives answer "not ready" to while they work are
     /// none.
     std::optional<Sense> sense() const { return m_sense; }
-    /// The first failure's words.
-    QString text() const { return m_text; }
     /// Whether the drive has gone away.
     bool connectionLost() const { return m_connectionLost; }
 
@@ -46,7 +42,6 @@ private:
     void take(const QString& text);
 
     std::optional<Sense> m_sense;
-    QString m_text;
     bool m_connectionLost = false;
 };
 
