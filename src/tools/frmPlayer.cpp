@@ -1,6 +1,7 @@
 #include "tools/frmPlayer.h"
 #include "ui_frmPlayer.h"
 
+#include "common/BoxedRows.h"
 #include "common/CommonDialogs.h"
 #include "common/FileDrop.h"
 #include "common/GeneralAPI.h"
@@ -70,12 +71,12 @@ void frmPlayer::connectControls()
     connect(ui->chkDown, &QPushButton::toggled, this, &frmPlayer::chkDown_Click);
     connect(ui->ListView1, &QTableView::doubleClicked, this, &frmPlayer::cmdPlay_Click);
 
+    new zib::BoxedRows(ui->ListView1, zib::BoxedRows::DoubleClick::IsTheOwners);
     const auto listKey = [this](Qt::Key key, void (frmPlayer::*handler)()) {
         auto* shortcut = new QShortcut(key, ui->ListView1);
         shortcut->setContext(Qt::WidgetShortcut);
         connect(shortcut, &QShortcut::activated, this, handler);
     };
-    listKey(Qt::Key_Space, &frmPlayer::ListView1_Space);
     listKey(Qt::Key_Return, &frmPlayer::cmdPlay_Click);
     listKey(Qt::Key_Enter, &frmPlayer::cmdPlay_Click);
     listKey(Qt::Key_Delete, &frmPlayer::cmdRemove_Click);
@@ -134,14 +135,6 @@ void frmPlayer::cmdPlay_Click()
     StopPlaying();
     if (!CurrentFile.isEmpty())
         PlayFile(CurrentFile);
-}
-
-void frmPlayer::ListView1_Space()
-{
-    const QModelIndex box = ui->ListView1->currentIndex().siblingAtColumn(Playlist::FileName);
-    if (box.isValid())
-        m_list.setData(box, box.data(Qt::CheckStateRole).toInt() == Qt::Checked ? Qt::Unchecked : Qt::Checked,
-                       Qt::CheckStateRole);
 }
 
 void frmPlayer::playbackEnded()

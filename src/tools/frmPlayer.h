@@ -29,7 +29,6 @@ private:
     void cmdRemove_Click();
     void chkDown_Click();
     void cmdPlay_Click() override;
-    void ListView1_Space();
     void playbackEnded() override;
     void addFiles(const QStringList& paths);
     void AddFileToPlaylist(const QString& path);

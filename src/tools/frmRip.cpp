@@ -1,6 +1,7 @@
 #include "tools/frmRip.h"
 #include "ui_frmRip.h"
 
+#include "common/BoxedRows.h"
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "common/Messages.h"
@@ -46,6 +47,7 @@ void frmRip::connectControls()
 {
     connect(ui->cboDevices, &QComboBox::currentIndexChanged, this, &frmRip::cboDevices_Click);
     connect(ui->cboDevices, &QComboBox::activated, this, &frmRip::cboDevices_activated);
+    new zib::BoxedRows(ui->lvwTracks, zib::BoxedRows::DoubleClick::Ticks);
     connect(ui->cboSpeeds, &QComboBox::currentIndexChanged, this, &frmRip::cboSpeeds_Click);
     connect(ui->cmdFolder, &QPushButton::clicked, this, &frmRip::cmdFolder_Click);
     connect(ui->cmdExplore, &QPushButton::clicked, this, &frmRip::cmdExplore_Click);

@@ -622,6 +622,11 @@ private slots:
         d.list()->setCurrentItem(d.list()->topLevelItem(1));
         QTest::keyClick(d.list(), Qt::Key_Space);
         QCOMPARE(d.list()->topLevelItem(1)->checkState(0), Qt::Checked);
+        QTest::mouseClick(d.list()->viewport(), Qt::LeftButton, {},
+                          d.list()->visualItemRect(d.list()->topLevelItem(0)).center());
+        QTest::keyClick(d.list(), Qt::Key_Space);
+        QCOMPARE(d.list()->topLevelItem(0)->checkState(0), Qt::Checked);
+        QTest::keyClick(d.list(), Qt::Key_Space);
         QTest::keyClick(d.list(), Qt::Key_Return);
         QCOMPARE(d.ripper->queuedTracks, QList<int>{2});
         QCOMPARE(d.window->focusWidget(), d.control<QWidget>("cmdClose"));
