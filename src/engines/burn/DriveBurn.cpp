@@ -5,6 +5,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <utility>
 
 #include <libburn/libburn.h>
 
@@ -12,7 +13,6 @@ namespace zib {
 
 namespace {
 
-constexpr int kFifoFrames = 1500; ///< Twenty seconds of sound at single speed.
 constexpr int kLibraryBlock = 2048;
 
 BurnError plainError(qint32 code, const QString& description)
@@ -45,71 +45,95 @@ CdTime capacityOf(burn::burn_drive* drive)
     return CdTime::fromFrames(sectors > 0 ? sectors + kPregapFrames : 0);
 }
 
-DiscPlan::DiscPlan(const BurnJob& job)
-    : m_disc(burn::burn_disc_create()), m_session(burn::burn_session_create())
-{
-    burn::burn_disc_add_session(m_disc, m_session, BURN_POS_END);
-    for (const BurnTrack& track : job.tracks)
-        addTrack(track);
-}
-
-DiscPlan::~DiscPlan()
-{
-    for (burn::burn_track* track : m_tracks)
-        burn::burn_track_free(track);
-    burn::burn_session_free(m_session);
-    burn::burn_disc_free(m_disc);
-}
-
-void DiscPlan::addTrack(const BurnTrack& plan)
-{
-    m_feeds.push_back(std::make_unique<TrackFeed>(plan));
-    burn::burn_track* track = burn::burn_track_create();
-    m_tracks.push_back(track);
-    burn::burn_track_define_data(track, 0, 0, 1, BURN_AUDIO);
-    burn::burn_track_set_pregap_size(track, kPregapFrames, 0);
-    burn::burn_source* file = m_feeds.back()->makeSource();
-    burn::burn_source* fifo = burn::burn_fifo_source_new(file, kBytesPerFrame, kFifoFrames, 0);
-    burn::burn_track_set_source(track, fifo ? fifo : file);
-    burn::burn_source_free(file);
-    if (fifo)
-        burn::burn_source_free(fifo);
-    burn::burn_session_add_track(m_session, track, BURN_POS_END);
-}
-
-QString DiscPlan::failedFile() const
-{
-    for (const auto& feed : m_feeds)
-        if (feed->failed())
-            return feed->name();
-    return {};
-}
-
 DriveBurn::DriveBurn(GrabbedDrive& grabbed, const DriveRecorder::Traits& traits,
                      const DrivePatience& patience, const BurnJob& job, BurnObserver& observer)
-    : m_grabbed(grabbed), m_traits(traits), m_patience(patience), m_job(job), m_observer(observer)
+    : m_grabbed(grabbed), m_traits(traits), m_patience(patience), m_job(job),
+      m_observer(observer), m_mode{.sessionAtOnce = traits.sessionAtOnce,
+                                   .simulate = job.simulate,
+                                   .bufferProtection = job.bufferProtection && traits.bufferProtection,
+                                   .multiSession = !job.closeDisc}
 {
 }
 
 std::optional<BurnError> DriveBurn::run()
 {
     m_messages.clear();
-    const auto plan = std::make_shared<DiscPlan>(m_job);
+    auto line = DriveLine::open(m_traits.path, DriveLine::Hold::Shared);
+    if (!line)
+        return BurnError::from(line.error());
+    m_line = std::move(*line);
+    m_gate = std::make_shared<ModeGate>(m_line, m_mode, m_grabbed.knife());
+    const auto plan = std::make_shared<DiscPlan>(m_job, m_gate);
     if (const QString missing = plan->failedFile(); !missing.isEmpty())
         return unreadable(missing);
     if (auto error = checkDisc())
         return error;
     burn::burn_write_opts* options = burn::burn_write_opts_new(m_grabbed.drive());
     auto error = configure(options, plan->disc());
-    if (!error) {
-        burn::burn_drive_set_speed(m_grabbed.drive(), 0, m_job.speed);
-        m_messages.clear();
-        burn::burn_disc_write(options, plan->disc());
-        watch(plan);
-        error = judge(*plan);
-    }
+    if (!error)
+        error = setMode();
+    if (!error)
+        error = write(options, plan);
     burn::burn_write_opts_free(options);
     return error;
+}
+
+/// The drive is told how to write before the library tells it again, and proves that it took it.
+std::optional<BurnError> DriveBurn::setMode()
+{
+    if (m_job.speed > 0)
+        burn::burn_drive_set_speed(m_grabbed.drive(), 0, m_job.speed);
+    if (const std::optional<PlanFault> fault = zib::plan(*m_line, m_mode))
+        return planError(*fault);
+    return std::nullopt;
+}
+
+std::optional<BurnError> DriveBurn::write(burn::burn_write_opts* options,
+                                          const std::shared_ptr<DiscPlan>& plan)
+{
+    m_messages.clear();
+    m_gate->arm();
+    burn::burn_disc_write(options, plan->disc());
+    watch(plan);
+    if (const std::optional<PlanFault> fault = m_gate->fault())
+        return planError(*fault);
+    return judge(*plan);
+}
+
+BurnError DriveBurn::planError(const PlanFault& fault) const
+{
+    switch (fault.kind) {
+    case PlanFault::Kind::Refused:
+        return senseError(
+            *fault.sense,
+            m_job.simulate ? QStringLiteral("The drive refused the test mode, so nothing was begun.")
+                           : QStringLiteral("The drive refused the way of writing, so nothing was begun."));
+    case PlanFault::Kind::TestMode:
+        return plainError(
+            BurnErrorCode::kUnsupported,
+            m_job.simulate
+                ? QStringLiteral("The drive would write really although only a test was asked for, so "
+                                 "it was stopped. This drive has no test mode that can be trusted.")
+                : QStringLiteral("The drive would only simulate, so it was stopped. Switch it off and "
+                                 "on again, then write again."));
+    case PlanFault::Kind::BufferProtection:
+        return plainError(
+            BurnErrorCode::kUnsupported,
+            m_mode.bufferProtection
+                ? QStringLiteral("The drive does not switch on its buffer under-run protection. Uncheck "
+                                 "it in the options and write again.")
+                : QStringLiteral("The drive does not switch off its buffer under-run protection. Check "
+                                 "it in the options and write again."));
+    case PlanFault::Kind::WriteType:
+    case PlanFault::Kind::Closing:
+        return plainError(
+            BurnErrorCode::kUnsupported,
+            QStringLiteral("The drive would write in another way than planned, so it was stopped. "
+                           "Switch it off and on again, then write again."));
+    case PlanFault::Kind::Lost:
+        break;
+    }
+    return BurnError::from({Failure::Kind::DeviceGone, m_traits.path});
 }
 
 std::optional<BurnError> DriveBurn::checkDisc()
@@ -251,11 +275,32 @@ std::optional<BurnError> DriveBurn::judge(const DiscPlan& plan)
                           : m_track > 0 ? QStringLiteral("The drive could not write track %1.").arg(m_track)
                                         : QStringLiteral("The drive could not begin to write."));
     if (m_job.simulate)
-        return {};
+        return lookWhetherBlank();
     readUpTo(static_cast<int>(m_job.tracks.size()));
     if (m_phase != Phase::Closing)
         m_observer.closingDisc();
     return readBack();
+}
+
+/// After a simulation the disc must be what it was.
+std::optional<BurnError> DriveBurn::lookWhetherBlank()
+{
+    m_messages.clear();
+    const bool read = m_grabbed.reassess();
+    m_messages.collect();
+    if (!m_grabbed)
+        return BurnError::from(m_grabbed.failure());
+    const burn::burn_disc_status state = burn::burn_disc_get_status(m_grabbed.drive());
+    if (read && state == burn::BURN_DISC_BLANK)
+        return std::nullopt;
+    if (read && (state == burn::BURN_DISC_APPENDABLE || state == burn::BURN_DISC_FULL))
+        return plainError(
+            BurnErrorCode::kVerify,
+            QStringLiteral("The disc is no longer blank although only a test was asked for. Do not use "
+                           "this disc; this drive has no test mode that can be trusted."));
+    BurnError error =
+        driveError(QStringLiteral("The test went through, but the disc could not be looked at afterwards."));
+    return error;
 }
 
 BurnError DriveBurn::driveError(const QString& description) const

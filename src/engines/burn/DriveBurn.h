@@ -1,19 +1,17 @@
 #pragma once
 
+#include "engines/burn/DiscPlan.h"
 #include "engines/burn/DriveRecorder.h"
 #include "engines/burn/GrabbedDrive.h"
 #include "engines/burn/LibburnSession.h"
-#include "engines/burn/TrackFeed.h"
+#include "engines/burn/mmc/ModeGate.h"
 
 #include <QElapsedTimer>
 
 #include <memory>
-#include <vector>
 
 namespace burn {
 struct burn_disc;
-struct burn_session;
-struct burn_track;
 struct burn_write_opts;
 struct burn_progress;
 } // namespace burn
@@ -22,27 +20,6 @@ namespace zib {
 
 /// Frames a blank disc takes, the first pregap included; 0 when the drive does not say.
 CdTime capacityOf(burn::burn_drive* drive);
-
-/// The disc as libburn is told of it: one session, one track for each file, two-second pregaps.
-class DiscPlan
-{
-public:
-    explicit DiscPlan(const BurnJob& job);
-    ~DiscPlan();
-    Q_DISABLE_COPY_MOVE(DiscPlan)
-
-    /// The first track file that cannot be opened or gave less than it promised; empty when none did.
-    QString failedFile() const;
-    burn::burn_disc* disc() const { return m_disc; }
-
-private:
-    void addTrack(const BurnTrack& track);
-
-    burn::burn_disc* m_disc;
-    burn::burn_session* m_session;
-    std::vector<burn::burn_track*> m_tracks;
-    std::vector<std::unique_ptr<TrackFeed>> m_feeds;
-};
 
 /// One write from its checks to the reading back, on a drive that is already ours.
 class DriveBurn
@@ -62,6 +39,8 @@ private:
     };
 
     std::optional<BurnError> checkDisc();
+    std::optional<BurnError> setMode();
+    std::optional<BurnError> write(burn::burn_write_opts* options, const std::shared_ptr<DiscPlan>& plan);
     std::optional<BurnError> configure(burn::burn_write_opts* options, burn::burn_disc* disc);
     void watch(const std::shared_ptr<DiscPlan>& plan);
     void report(const burn::burn_progress& progress, int status);
@@ -70,6 +49,8 @@ private:
     void stopDrive();
     std::optional<BurnError> judge(const DiscPlan& plan);
     std::optional<BurnError> readBack();
+    std::optional<BurnError> lookWhetherBlank();
+    BurnError planError(const PlanFault& fault) const;
     BurnError driveError(const QString& description) const;
 
     GrabbedDrive& m_grabbed;
@@ -78,6 +59,9 @@ private:
     const BurnJob& m_job;
     BurnObserver& m_observer;
     LibburnMessages m_messages;
+    const WritePlan m_mode;
+    std::shared_ptr<DriveLine> m_line; ///< Beside the library's own.
+    std::shared_ptr<ModeGate> m_gate;
     Phase m_phase = Phase::Preparing;
     int m_track = 0; ///< Being written, from 1; 0 before the first.
     bool m_trackClosing = false;

@@ -2,8 +2,10 @@
 
 #include "engines/burn/LibburnSession.h"
 
+#include <QDir>
 #include <QFile>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -15,6 +17,7 @@
 #include <libburn/libburn.h>
 #include <scsi/sg.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace burn;
@@ -24,6 +27,30 @@ namespace zib {
 namespace {
 
 constexpr std::chrono::milliseconds kJanitorPoll{200};
+
+bool isDevice(int descriptor, const struct stat& device)
+{
+    struct stat open = {};
+    return ::fstat(descriptor, &open) == 0 && S_ISBLK(open.st_mode) && open.st_rdev == device.st_rdev &&
+           (::fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_RDWR;
+}
+
+/// The descriptors of this process that may write to the device at @p path.
+std::vector<int> openDescriptors(const QString& path)
+{
+    std::vector<int> found;
+    struct stat device = {};
+    if (::stat(QFile::encodeName(path).constData(), &device) != 0)
+        return found;
+    const QStringList all = QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::System | QDir::AllEntries);
+    for (const QString& name : all) {
+        bool isNumber = false;
+        const int descriptor = name.toInt(&isNumber);
+        if (isNumber && isDevice(descriptor, device))
+            found.push_back(descriptor);
+    }
+    return found;
+}
 
 /// Calls that have not come back from the library.
 std::atomic<int> g_hanging = 0;
@@ -160,7 +187,23 @@ bool GrabbedDrive::grab()
         if (burn_drive_scan_and_grab(&info, name.data(), 0) != 1)
             info = nullptr;
     };
-    return bounded(look) && m_info;
+    if (!bounded(look) || !m_info)
+        return false;
+    // Held by the library alone, so whatever is open is open there.
+    m_descriptors = openDescriptors(m_path);
+    return true;
+}
+
+std::function<void()> GrabbedDrive::knife() const
+{
+    return [path = m_path, held = m_descriptors] {
+        const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+        const std::vector<int> open = openDescriptors(path);
+        for (const int descriptor : held)
+            if (std::find(open.begin(), open.end(), descriptor) != open.end())
+                ::dup3(nowhere, descriptor, O_CLOEXEC);
+        ::close(nowhere);
+    };
 }
 
 bool GrabbedDrive::reassess()

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace burn {
 struct burn_drive;
@@ -45,6 +46,9 @@ public:
     void leaveWriting(std::shared_ptr<void> inUse);
     /// Gives the drive back now and hands its disc out.
     void releaseEjecting();
+    /// What takes the drive out of the library's hands: called, from any thread, whatever the library sends
+    /// from then on reaches nobody, and it counts the drive as lost. Outlives this object.
+    std::function<void()> knife() const;
 
 private:
     bool grab();
@@ -55,6 +59,7 @@ private:
     int m_patienceMs;
     burn::burn_drive_info* m_info = nullptr;
     Failure m_failure{Failure::Kind::NotFound};
+    std::vector<int> m_descriptors; ///< What the library has opened the device with.
 };
 
 } // namespace zib

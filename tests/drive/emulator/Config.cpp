@@ -139,6 +139,7 @@ private:
             {"sao", [&] { return readYesNo(value, drive.sao); }},
             {"tao", [&] { return readYesNo(value, drive.tao); }},
             {"simulation", [&] { return readYesNo(value, drive.simulation); }},
+            {"keeps-test-bit", [&] { return readYesNo(value, drive.keepsTestBit); }},
             {"buffer-protection", [&] { return readYesNo(value, drive.bufferProtection); }},
             {"writes-cd-r", [&] { return readYesNo(value, drive.writesCdR); }},
             {"writes-cd-rw", [&] { return readYesNo(value, drive.writesCdRw); }},

@@ -44,6 +44,7 @@ struct DriveConfig
     bool sao = true;
     bool tao = true;
     bool simulation = true;
+    bool keepsTestBit = true; ///< whether the mode page keeps the test bit it was given
     bool bufferProtection = true;
     bool writesCdR = true;
     bool writesCdRw = true;

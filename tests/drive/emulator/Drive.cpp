@@ -299,6 +299,9 @@ Answer Drive::answerTo(const Request& request, const FaultVerdict& verdict)
 {
     Answer answer;
     const auto& failure = verdict.failure;
+    if (failure && failure->kind == FaultKind::Ignored) {
+        return answer;
+    }
     if (!failure || failure->after) {
         answer = commanded(request);
         applyReadFaults(answer, request, verdict);

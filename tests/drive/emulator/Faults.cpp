@@ -60,6 +60,8 @@ bool readPlainWord(std::string_view word, FaultRule& rule)
         rule.kind = FaultKind::Gone;
     } else if (word == "pull") {
         rule.kind = FaultKind::Pull;
+    } else if (word == "ignored") {
+        rule.kind = FaultKind::Ignored;
     } else if (word == "noise") {
         rule.kind = FaultKind::Noise;
     } else if (word == "transport") {

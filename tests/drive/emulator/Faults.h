@@ -20,6 +20,7 @@ enum class FaultKind : std::uint8_t
     Transport, ///< the host adapter reports an error; nothing is known of the command
     Gone,      ///< the drive is unplugged from here on
     Pull,      ///< the disc is out of the drive from here on
+    Ignored,   ///< the drive says it has done the command, and has not
     Noise,     ///< frames read come back with changed samples
     Jitter     ///< frames read come back shifted
 };
@@ -55,7 +56,7 @@ struct FaultCounter
 /// What the rules say about one command.
 struct FaultVerdict
 {
-    std::optional<FaultRule> failure; ///< a Sense, Transport, Gone or Pull rule
+    std::optional<FaultRule> failure; ///< a Sense, Transport, Gone, Pull or Ignored rule
     std::uint32_t delayMs = 0;
     std::vector<FaultRule> readFaults; ///< Noise and Jitter rules
     std::vector<std::uint32_t> readStrikes;

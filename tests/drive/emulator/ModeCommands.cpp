@@ -111,6 +111,9 @@ Sense selectWriteParameters(Station& station, ByteView page)
     DriveState& state = station.state;
     std::ranges::copy(page.first(kWriteParameterBytes), state.writeParameters.begin());
     state.writeParameters[0] = kWriteParametersPage;
+    if (!station.config.keepsTestBit) {
+        state.writeParameters[2] &= 0xEFU;
+    }
     if (!station.testWrite()) {
         state.simulatedTracks = 0;
         state.simulatedOpen = false;
