@@ -53,6 +53,8 @@ public:
     /// Fills @p buffer with the next bytes, samples first and then silence.
     /// @returns how many, 0 after the whole length; UnreadableFile when the file gives less than it held.
     Outcome<qint64> read(char* buffer, qint64 size);
+    /// The next byte to be read, counted from the track's beginning; at most size().
+    void seek(qint64 offset) { m_done = offset; }
     /// Bytes of the whole track on the disc.
     qint64 size() const { return m_track.length.bytes(); }
 

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "common/CdTime.h"
+#include "engines/burn/TrackSource.h"
+
+#include <QList>
+
+namespace zib {
+
+/// A stretch of a disc whose samples are known: the sound of a track, or the silence before it.
+struct DiscPiece
+{
+    int track = 0;    ///< From 1; of a silence, the track that follows it.
+    qint64 start = 0; ///< Logical block address of its first frame.
+    CdTime length{};
+    BurnTrack sound{}; ///< Unused for a silence.
+    bool silent = false;
+
+    qint64 end() const { return start + length.frames(); }
+};
+
+/// A disc of these tracks in session-at-once: the sound of each and the pregap before all but the first.
+QList<DiscPiece> piecesOf(const QList<BurnTrack>& tracks);
+
+/// The samples of one piece. Offsets and sizes are bytes.
+class PieceSource
+{
+public:
+    /// @returns as TrackSource::open.
+    Outcome<> open(const DiscPiece& piece);
+    /// Any stretch of the piece, in any order.  @returns as TrackSource::read.
+    Outcome<> read(qint64 offset, char* buffer, qint64 size);
+
+private:
+    TrackSource m_source;
+    bool m_silent = false;
+};
+
+} // namespace zib

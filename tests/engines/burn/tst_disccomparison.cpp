@@ -1,0 +1,350 @@
+#include "WavMaker.h"
+
+#include "engines/burn/compare/DiscComparison.h"
+#include "engines/burn/compare/ReadOffset.h"
+
+#include <QHash>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+
+using namespace zib;
+
+namespace {
+
+constexpr int kPair = 4;
+
+/// A disc held in memory, with faults.
+class MemoryDisc final : public DiscSamples
+{
+public:
+    QByteArray bytes;
+    QHash<qint64, int> unreadable; ///< So often a frame refuses.
+    QHash<qint64, int> wrong;      ///< So often a frame comes with a flipped bit.
+    qint64 goneAt = -1;
+    int reads = 0;
+
+    Outcome<> read(qint64 frame, int count, char* buffer) override
+    {
+        ++reads;
+        if (frame < 0 || frame + count > leadOut())
+            return Failure{Failure::Kind::BadValue};
+        for (qint64 at = frame; at < frame + count; ++at)
+            if (at == goneAt)
+                return Failure{Failure::Kind::DeviceGone};
+            else if (unreadable.value(at) > 0 && unreadable[at]--)
+                return Failure{Failure::Kind::UnreadableFile};
+        std::memcpy(buffer, bytes.constData() + frame * kBytesPerFrame,
+                    static_cast<size_t>(count) * kBytesPerFrame);
+        for (qint64 at = frame; at < frame + count; ++at)
+            if (wrong.value(at) > 0 && wrong[at]--)
+                buffer[(at - frame) * kBytesPerFrame + 17] ^= 1;
+        return {};
+    }
+    qint64 leadOut() const override { return bytes.size() / kBytesPerFrame; }
+
+    /// All sound so many sample pairs early, foreign samples where it came from and goes to.
+    void shift(int pairs)
+    {
+        const QByteArray foreign(std::abs(pairs) * kPair, '\x55');
+        bytes = pairs > 0 ? bytes.mid(foreign.size()) + foreign : foreign + bytes.chopped(foreign.size());
+    }
+};
+
+/// A tone that repeats after a hundred sample pairs exactly.
+QByteArray tone(int pairs)
+{
+    QByteArray bytes;
+    for (int i = 0; i < pairs; ++i) {
+        const auto value = static_cast<qint16>(std::lround(9000 * std::sin(i % 100 * 2 * M_PI / 100)));
+        bytes += little16(static_cast<quint16>(value)) + little16(static_cast<quint16>(value));
+    }
+    return bytes;
+}
+
+} // namespace
+
+/// A disc compared with the files it was made of.
+class TestDiscComparison : public QObject
+{
+    Q_OBJECT
+    QTemporaryDir m_folder;
+    QList<BurnTrack> m_tracks;
+    MemoryDisc m_disc;
+    std::atomic<bool> m_cancelled = false;
+
+    /// Files with these samples, and a disc that holds them.
+    void record(const QList<QByteArray>& sounds)
+    {
+        m_tracks.clear();
+        m_disc = {};
+        m_cancelled = false;
+        for (const QByteArray& samples : sounds) {
+            const QString path = m_folder.filePath(QStringLiteral("%1.wav").arg(m_tracks.size()));
+            QFile file(path);
+            if (file.open(QIODevice::WriteOnly))
+                file.write(riff(formatChunk() + chunk("data", samples)));
+            file.close();
+            const auto track = findTrack(path);
+            if (track)
+                m_tracks << *track;
+            m_disc.bytes += QByteArray(m_tracks.size() > 1 ? kPregapFrames * kBytesPerFrame : 0, '\0') +
+                            samples.leftJustified(m_tracks.last().length.bytes(), '\0');
+        }
+    }
+    Outcome<ComparisonResult> compared(int offset = 0)
+    {
+        DiscComparison comparison(m_disc, piecesOf(m_tracks), &m_cancelled,
+                                  [this](int track, qint64 done, qint64 of) {
+                                      m_told << QList<qint64>{track, done, of};
+                                  });
+        m_told.clear();
+        return comparison.run(offset);
+    }
+    QList<QList<qint64>> m_told;
+
+private slots:
+    void pieces_lieOneBehindTheOther();
+    void sameSamples_areIdentical();
+    void flippedSample_isNamedByItsPlace_data();
+    void flippedSample_isNamedByItsPlace();
+    void missingFrame_countsAllBehindIt();
+    void swappedTracks_differFromTheFirstOn();
+    void soundInThePause_isNamed();
+    void frameThatReadsAtLast_isNoDifference_data();
+    void frameThatReadsAtLast_isNoDifference();
+    void frameThatNeverReads_isNamed();
+    void manyWrongFrames_areNotReadAgainForEver();
+    void goneDrive_endsTheComparing();
+    void changedFile_endsTheComparing();
+    void cancel_endsTheComparing();
+    void progress_countsEachTrackToItsEnd();
+    void readOffset_ofShiftedSound_isFound_data();
+    void readOffset_ofShiftedSound_isFound();
+    void readOffset_ofSilence_isNone();
+    void readOffset_withDamage_comesFromTheNextLook();
+    void readOffset_withAMissingFrame_isThatOfTheBeginning();
+    void readOffset_beyondItsBounds_isNotTaken();
+};
+
+void TestDiscComparison::pieces_lieOneBehindTheOther()
+{
+    record({sound(588 * 300, 1), sound(588 * 301, 2)});
+    const QList<DiscPiece> pieces = piecesOf(m_tracks);
+    QCOMPARE(pieces.size(), 3);
+    QVERIFY(!pieces[0].silent && pieces[1].silent && !pieces[2].silent);
+    QCOMPARE(pieces[0].end(), 300);
+    QCOMPARE(pieces[1].start, 300);
+    QCOMPARE(pieces[1].track, 2);
+    QCOMPARE(pieces[2].start, 450);
+    QCOMPARE(pieces[2].end(), 751);
+}
+
+void TestDiscComparison::sameSamples_areIdentical()
+{
+    record({sound(588 * 300 + 1, 1), sound(1000, 2), sound(588 * 333, 3)});
+    const auto result = compared();
+    QVERIFY(result && result->isIdentical());
+    QCOMPARE(result->comparedFrames, m_disc.leadOut());
+    QCOMPARE(result->firstTrack, 0);
+}
+
+void TestDiscComparison::flippedSample_isNamedByItsPlace_data()
+{
+    QTest::addColumn<qint64>("frame");
+    QTest::addColumn<int>("track");
+    QTest::addColumn<qint64>("place");
+    QTest::newRow("first") << qint64{0} << 1 << qint64{0};
+    QTest::newRow("last of a track") << qint64{299} << 1 << qint64{299};
+    QTest::newRow("first of the next") << qint64{450} << 2 << qint64{0};
+    QTest::newRow("within") << qint64{600} << 2 << qint64{150};
+    QTest::newRow("last of the disc") << qint64{749} << 2 << qint64{299};
+}
+
+void TestDiscComparison::flippedSample_isNamedByItsPlace()
+{
+    QFETCH(qint64, frame);
+    record({sound(588 * 300, 1), sound(588 * 300, 2)});
+    m_disc.bytes[frame * kBytesPerFrame + 2351] =
+        static_cast<char>(~m_disc.bytes[frame * kBytesPerFrame + 2351]);
+    const auto result = compared();
+    QVERIFY(result && !result->isIdentical());
+    QCOMPARE(result->differingFrames, 1);
+    QCOMPARE(result->unreadableFrames, 0);
+    QVERIFY(!result->inPregap);
+    QTEST(result->firstTrack, "track");
+    QTEST(result->firstPlace.frames(), "place");
+}
+
+void TestDiscComparison::missingFrame_countsAllBehindIt()
+{
+    record({sound(588 * 300, 1), sound(588 * 300, 2)});
+    m_disc.bytes.remove(500 * kBytesPerFrame, kBytesPerFrame);
+    m_disc.bytes += QByteArray(kBytesPerFrame, '\0');
+    const auto result = compared(readOffsetOf(m_disc, piecesOf(m_tracks)));
+    QCOMPARE(result->firstTrack, 2);
+    QCOMPARE(result->firstPlace.frames(), 50);
+    QCOMPARE(result->differingFrames, 250);
+}
+
+void TestDiscComparison::swappedTracks_differFromTheFirstOn()
+{
+    record({sound(588 * 300, 1), sound(588 * 300, 2)});
+    const QByteArray first = m_disc.bytes.left(300 * kBytesPerFrame);
+    const QByteArray second = m_disc.bytes.mid(450 * kBytesPerFrame);
+    m_disc.bytes = second + QByteArray(150 * kBytesPerFrame, '\0') + first;
+    const auto result = compared(readOffsetOf(m_disc, piecesOf(m_tracks)));
+    QCOMPARE(result->readOffset, 0);
+    QCOMPARE(result->firstTrack, 1);
+    QCOMPARE(result->firstPlace.frames(), 0);
+    QCOMPARE(result->differingFrames, 600);
+}
+
+void TestDiscComparison::soundInThePause_isNamed()
+{
+    record({sound(588 * 300, 1), sound(588 * 300, 2)});
+    m_disc.bytes[310 * kBytesPerFrame] = 1;
+    const auto result = compared();
+    QVERIFY(result->inPregap);
+    QCOMPARE(result->firstTrack, 2);
+    QCOMPARE(result->firstPlace.frames(), 10);
+}
+
+void TestDiscComparison::frameThatReadsAtLast_isNoDifference_data()
+{
+    QTest::addColumn<int>("times");
+    QTest::addColumn<bool>("identical");
+    // Once with its block, then as often as a frame is tried alone.
+    QTest::newRow("once") << 1 << true;
+    QTest::newRow("but for the last try") << 4 << true;
+    QTest::newRow("at every try") << 5 << false;
+}
+
+void TestDiscComparison::frameThatReadsAtLast_isNoDifference()
+{
+    QFETCH(int, times);
+    QFETCH(bool, identical);
+    record({sound(588 * 300, 1)});
+    m_disc.unreadable.insert(100, times);
+    QCOMPARE(compared()->isIdentical(), identical);
+    record({sound(588 * 300, 1)});
+    m_disc.wrong.insert(100, times);
+    QCOMPARE(compared()->isIdentical(), identical);
+}
+
+void TestDiscComparison::frameThatNeverReads_isNamed()
+{
+    record({sound(588 * 400, 1)});
+    m_disc.unreadable.insert(333, 100);
+    const auto result = compared();
+    QCOMPARE(result->unreadableFrames, 1);
+    QCOMPARE(result->differingFrames, 0);
+    QCOMPARE(result->firstTrack, 1);
+    QCOMPARE(result->firstPlace.frames(), 333);
+}
+
+void TestDiscComparison::manyWrongFrames_areNotReadAgainForEver()
+{
+    record({sound(588 * 6000, 1)});
+    const qint64 frames = m_disc.leadOut();
+    m_disc.bytes = sound(588 * 6000, 2);
+    const auto result = compared();
+    QCOMPARE(result->differingFrames, frames);
+    QVERIFY2(m_disc.reads < frames + frames / 24 + 4 * 301, QByteArray::number(m_disc.reads));
+}
+
+void TestDiscComparison::goneDrive_endsTheComparing()
+{
+    record({sound(588 * 300, 1)});
+    m_disc.goneAt = 200;
+    QVERIFY(compared().error().kind == Failure::Kind::DeviceGone);
+}
+
+void TestDiscComparison::changedFile_endsTheComparing()
+{
+    record({sound(588 * 300, 1)});
+    QFile file(m_tracks[0].path);
+    QVERIFY(file.open(QIODevice::Append) && file.write("x") == 1);
+    file.close();
+    const auto result = compared();
+    QVERIFY(!result && result.error().kind == Failure::Kind::UnreadableFile);
+    QCOMPARE(result.error().detail, m_tracks[0].name);
+}
+
+void TestDiscComparison::cancel_endsTheComparing()
+{
+    record({sound(588 * 300, 1)});
+    m_cancelled = true;
+    QVERIFY(compared().error().kind == Failure::Kind::Cancelled);
+}
+
+void TestDiscComparison::progress_countsEachTrackToItsEnd()
+{
+    record({sound(588 * 300, 1), sound(588 * 310, 2)});
+    QVERIFY(compared());
+    QVERIFY(m_told.contains(QList<qint64>{1, 300, 300}));
+    QCOMPARE(m_told.last(), (QList<qint64>{2, 310, 310}));
+    for (qsizetype i = 1; i < m_told.size(); ++i)
+        QVERIFY(m_told[i] > m_told[i - 1]);
+}
+
+void TestDiscComparison::readOffset_ofShiftedSound_isFound_data()
+{
+    QTest::addColumn<int>("pairs");
+    for (const int pairs : {0, 1, -1, 6, -6, 102, 667, -1164, 1776, 587, 588, -588, 2940, -2940})
+        QTest::addRow("%d", pairs) << pairs;
+}
+
+void TestDiscComparison::readOffset_ofShiftedSound_isFound()
+{
+    QFETCH(int, pairs);
+    for (const bool steady : {false, true}) {
+        record(steady ? QList{tone(588 * 300), tone(588 * 320), tone(588 * 310)}
+                      : QList{sound(588 * 300, 1), sound(588 * 320, 2), sound(588 * 310, 3)});
+        m_disc.shift(pairs);
+        const int offset = readOffsetOf(m_disc, piecesOf(m_tracks));
+        QCOMPARE(offset, pairs);
+        QVERIFY(compared(offset)->isIdentical());
+        QCOMPARE(compared(0)->isIdentical(), pairs == 0);
+    }
+    record({tone(588 * 300)});
+    m_disc.shift(pairs);
+    QVERIFY(compared(readOffsetOf(m_disc, piecesOf(m_tracks)))->isIdentical());
+}
+
+void TestDiscComparison::readOffset_ofSilence_isNone()
+{
+    record({QByteArray(588 * 4 * 300, '\0'), QByteArray(588 * 4 * 300, '\0')});
+    QCOMPARE(readOffsetOf(m_disc, piecesOf(m_tracks)), 0);
+    m_disc.bytes.fill(1);
+    QCOMPARE(readOffsetOf(m_disc, piecesOf(m_tracks)), 0);
+}
+
+void TestDiscComparison::readOffset_withDamage_comesFromTheNextLook()
+{
+    record({sound(588 * 300, 1), sound(588 * 300, 2)});
+    m_disc.shift(30);
+    m_disc.bytes[150 * kBytesPerFrame + 5] = static_cast<char>(~m_disc.bytes[150 * kBytesPerFrame + 5]);
+    QCOMPARE(readOffsetOf(m_disc, piecesOf(m_tracks)), 30);
+    m_disc.unreadable.insert(450, 1);
+    QCOMPARE(readOffsetOf(m_disc, piecesOf(m_tracks)), 30);
+}
+
+void TestDiscComparison::readOffset_withAMissingFrame_isThatOfTheBeginning()
+{
+    record({sound(588 * 300, 1), sound(588 * 300, 2), sound(588 * 300, 3)});
+    m_disc.bytes.remove(200 * kBytesPerFrame, kBytesPerFrame);
+    m_disc.bytes += QByteArray(kBytesPerFrame, '\0');
+    QCOMPARE(readOffsetOf(m_disc, piecesOf(m_tracks)), 0);
+}
+
+void TestDiscComparison::readOffset_beyondItsBounds_isNotTaken()
+{
+    record({sound(588 * 300, 1), sound(588 * 300, 2)});
+    m_disc.shift(kMostReadOffset + 1);
+    QCOMPARE(readOffsetOf(m_disc, piecesOf(m_tracks)), 0);
+}
+
+QTEST_GUILESS_MAIN(TestDiscComparison)
+#include "tst_disccomparison.moc"
