@@ -16,6 +16,8 @@ constexpr std::array<const char*, CompilationModel::ColumnCount> kCaptions{
 /// Removing runs of rows one by one costs a pass over the rows each, so only this many are removed that way.
 constexpr int kMostSingleRuns = 32;
 
+constexpr qsizetype kTipLetters = 100; ///< Of a tip's line.
+
 QString cellText(const CompilationRow& row, int column)
 {
     switch (column) {
@@ -38,10 +40,10 @@ QString cellText(const CompilationRow& row, int column)
     }
 }
 
-/// A tip that shows a title such as "<b>" letter for letter.
+/// A tip that shows a title such as "<b>" letter for letter, and wraps a long one.
 QString plainTip(const QString& text)
 {
-    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+    return text.size() > kTipLetters || Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
 }
 
 QVariant alignmentOf(int column)

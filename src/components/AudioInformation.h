@@ -28,11 +28,12 @@ public:
     /// or 0.
     virtual bool open(const QString& path) = 0;
 
-    /// The title from the main tag, else from the old one; trimmed; may be empty.
+    /// The title from the main tag, else from the old one: its first line, trimmed, at most 1,000 characters;
+    /// may be empty.
     virtual QString title() const = 0;
     /// The title as one kind of tag has it.
     virtual QString tagTitle(TagKind kind) const = 0;
-    /// The artist from the main tag, else from the old one; trimmed; may be empty.
+    /// The artist from the main tag, else from the old one, cut like the title; may be empty.
     virtual QString artist() const = 0;
     /// Playing time in milliseconds, truncated, equal to what decoding the file gives.
     virtual qint32 durationMs() const = 0;

@@ -15,6 +15,7 @@ namespace zib {
 namespace {
 
 constexpr qint64 kMostTagBytes = 64 * 1024 * 1024;
+constexpr qsizetype kMostLetters = 1000; // Of a title: one of a megabyte is no title.
 
 // Windows-1252 from 0x80 to 0x9F; its five holes stay what they are in Latin-1.
 constexpr std::array<char16_t, 32> kWindows1252{
@@ -72,6 +73,22 @@ QString text(const TagLib::String& from)
     return QString::fromUtf8(from.toCString(true)).trimmed();
 }
 
+bool endsALine(QChar letter)
+{
+    return (letter >= u'\n' && letter <= u'\r') || letter == u'\x85' || letter == QChar::LineSeparator ||
+           letter == QChar::ParagraphSeparator;
+}
+
+// What a line of a list shows of it.
+QString shown(const QString& whole)
+{
+    const QString text = whole.trimmed();
+    QString line(text.cbegin(), std::find_if(text.cbegin(), text.cend(), endsALine) - text.cbegin());
+    if (line.size() > kMostLetters)
+        line.truncate(line[kMostLetters - 1].isHighSurrogate() ? kMostLetters - 1 : kMostLetters);
+    return line.trimmed();
+}
+
 qint64 id3v2Bytes(const QByteArray& head)
 {
     if (head.size() < 10 || !head.startsWith("ID3"))
@@ -94,7 +111,7 @@ Tag readId3v2At(const SourceFile& file, qint64 offset, qint64 most)
     const TagLib::ID3v2::Tag* tag = parsed.ID3v2Tag();
     if (tag == nullptr)
         return {};
-    return {text(tag->title()), text(tag->artist())};
+    return {shown(text(tag->title())), shown(text(tag->artist()))};
 }
 
 } // namespace
@@ -117,12 +134,12 @@ Tag readId3v1(const SourceFile& file)
     const QByteArray tag = file.bytes(file.size() - 128, 128);
     if (file.size() < 128 || !tag.startsWith("TAG"))
         return {};
-    return {plainTagText(tag.mid(3, 30)), plainTagText(tag.mid(33, 30))};
+    return {shown(plainTagText(tag.mid(3, 30))), shown(plainTagText(tag.mid(33, 30)))};
 }
 
 Tag readWavTag(const SourceFile& file, const WavHeader& header)
 {
-    Tag tag{plainTagText(header.title), plainTagText(header.artist)};
+    Tag tag{shown(plainTagText(header.title)), shown(plainTagText(header.artist))};
     if (header.id3Offset == 0 || (!tag.title.isEmpty() && !tag.artist.isEmpty()))
         return tag;
     const Tag other = readId3v2At(file, header.id3Offset, header.id3Bytes);

@@ -109,6 +109,13 @@ private slots:
         }
         QTest::newRow("2.4 UTF-16BE") << 4 << 2 << utf16(kMixed, true, false) << kMixed;
         QTest::newRow("2.4 UTF-8") << 4 << 3 << kMixed.toUtf8() << kMixed;
+        QTest::newRow("a megabyte") << 4 << 3 << QByteArray(1 << 20, 'x') << QString(1000, 'x');
+        QTest::newRow("a thousand letters of two units each")
+            << 4 << 3 << "x" + QString::fromUtf8("\U0001D11E").repeated(600).toUtf8()
+            << "x" + QString::fromUtf8("\U0001D11E").repeated(499);
+        QTest::newRow("several lines") << 4 << 3 << QByteArray("\n First \r\nSecond") << "First";
+        QTest::newRow("several paragraphs")
+            << 4 << 3 << QString("First" + QString(QChar::ParagraphSeparator) + "Second").toUtf8() << "First";
         QTest::newRow("Cyrillic called Latin-1 stays unharmed")
             << 3 << 0 << QByteArray("\xCF\xF0\xE8") << QString::fromUtf8("Ïðè");
     }
