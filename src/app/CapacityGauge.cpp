@@ -1,5 +1,6 @@
 #include "app/CapacityGauge.h"
 
+#include "app/GaugeReader.h"
 #include "common/GenralMacro.h"
 #include "common/Twips.h"
 
@@ -61,6 +62,15 @@ CapacityGauge::CapacityGauge(QWidget* parent) : QFrame(parent)
 {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     chooseFont();
+    GaugeReader::install();
+}
+
+void CapacityGauge::showTotal()
+{
+    update();
+    setToolTip(GaugeReader::valueText());
+    QAccessibleValueChangeEvent news(this, TotalMinutes);
+    QAccessible::updateAccessibility(&news);
 }
 
 QSize CapacityGauge::sizeHint() const

@@ -17,6 +17,8 @@ public:
     explicit CapacityGauge(QWidget* parent = nullptr);
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
+    /// Shows TotalMinutes anew, to the eye and to a screen reader.
+    void showTotal();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

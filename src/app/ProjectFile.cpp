@@ -4,12 +4,14 @@
 #include "common/Platform.h"
 
 #include <QFileInfo>
+#include <QStorageInfo>
 
 namespace zib {
 
 namespace {
 
-constexpr int kPathBytes = 32768; // Eight times the longest path the system takes.
+constexpr int kPathBytes = 32768;           // Eight times the longest path the system takes.
+constexpr qint64 kSmallestRoom = 64 * 1024; // A project takes no more, unless its paths are very long.
 const QString kGeneral = QStringLiteral("General");
 const QString kFileCount = QStringLiteral("FileCount");
 const QByteArray kFiles = "Files";
@@ -45,6 +47,21 @@ IniChange changeOf(int number, const QString& path)
     return change;
 }
 
+/// Why a file could not be written, as far as the place tells.
+Failure::Kind reasonOf(const QString& path)
+{
+    const QFileInfo file(path);
+    const QFileInfo folder(file.path());
+    if (!folder.isDir())
+        return Failure::Kind::NotFound;
+    if (file.isDir())
+        return Failure::Kind::BadValue;
+    if (!folder.isWritable() || (file.exists() && !file.isWritable()))
+        return Failure::Kind::NoPermission;
+    const bool full = QStorageInfo(folder.filePath()).bytesAvailable() < kSmallestRoom;
+    return full ? Failure::Kind::MediumTooSmall : Failure::Kind::WriteFailed;
+}
+
 } // namespace
 
 /// @returns the path of a track, or an empty text when there is none or no such file.
@@ -63,6 +80,8 @@ Outcome<QStringList> ProjectFile::read() const
     const Failure refused{Failure::Kind::BadValue, m_path};
     if (!platform().ini)
         return refused;
+    if (const QFileInfo file(m_path); !file.exists() || file.isDir())
+        return Failure{Failure::Kind::NotFound, m_path};
     bool numeric = false;
     const int count =
         GeneralAPI::ReadIniString(kGeneral, kFileCount, QStringLiteral("0"), m_path).toInt(&numeric);
@@ -85,7 +104,7 @@ Outcome<QStringList> ProjectFile::write(const QStringList& paths) const
             refused << path;
     }
     if (!platform().ini || !platform().ini->writeAll(changes, m_path))
-        return Failure{Failure::Kind::WriteFailed, m_path};
+        return Failure{reasonOf(m_path), m_path};
     return refused;
 }
 

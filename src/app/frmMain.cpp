@@ -2,10 +2,8 @@
 
 #include "ui_frmMain.h"
 
-#include "app/ProjectFile.h"
 #include "app/ToolbarLook.h"
-#include "app/totals.h"
-#include "common/Colors.h"
+#include "common/BoxedRows.h"
 #include "common/FileDrop.h"
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
@@ -18,52 +16,26 @@
 
 #include <QAction>
 #include <QCloseEvent>
-#include <QDateTime>
-#include <QFileInfo>
 #include <QHeaderView>
-#include <QLocale>
-#include <QScopedValueRollback>
 #include <QShortcut>
 
 using zib::CompilationModel;
-using zib::FileDialogRequest;
+
+// The start of the main window, and where its commands lead. What they do stands in frmMainFiles.cpp,
+// frmMainList.cpp, frmMainProjects.cpp and frmMainView.cpp.
 
 namespace {
 
 constexpr int kTipDelayMs = 200;
-constexpr int kYieldMs = 40; ///< Longest stretch of adding files without a look at the window's events.
-constexpr int kFileNameBuffer = 32767;
-constexpr int kHintMs = 10000;
+constexpr int kSaidMs = 200;    ///< What lasts longer is said.
+constexpr int kMostTracks = 99; ///< Of an audio CD (IEC 60908).
 constexpr std::array<int, CompilationModel::ColumnCount> kColumnTwips{1129, 3598, 2540, 2540,
                                                                       1835, 1834, 2540};
-constexpr std::array<int, 6> kPanelTwips{3598, 2540, 3950, 2822, 1834, 1482};
 
-const QString kNotAudio = QStringLiteral("The following file could not be added, it is not audio file \n"
-                                         "or the audio type is not supported.\n\n");
-const QString kAddSomeFiles = QStringLiteral("There are no files in the list!\nPlease add some files first!");
-const QString kAtTop =
-    QStringLiteral("The current selected row is already at the top,\nCan not move up any more!");
-const QString kAtBottom =
-    QStringLiteral("The current selected row is already at the bottom,\nCan not move down any more!");
 const QString kNothingToWrite = QStringLiteral("There are no files in the list to write!");
-const QString kNothingToPlay = QStringLiteral("There are no files in the list to play.");
-const QString kNothingToSave = QStringLiteral("There are no files in the list, need not to save.");
-const QString kSaveProject = QStringLiteral("Would you like to save this project?");
-const QString kNotWritten = QStringLiteral("The project could not be written. The file is as it was before.");
-const QString kLeftOut = QStringLiteral("%1 of the files have names that a project cannot hold.");
-const QString kProjectFilter = QStringLiteral("Project Files(*.zibp)|*.zibp|All Files(*.*)|*.*");
-
-/// The number behind the last "_" of a control's name.
-int indexOf(const QAction* item)
-{
-    return item->objectName().section(u'_', -1).toInt();
-}
-
-bool isFile(const QString& path)
-{
-    const QFileInfo file(path);
-    return file.exists() && !file.isDir();
-}
+const QString kTooManyTracks =
+    QStringLiteral("An audio CD holds %1 tracks at most, and there are %2 files in the list.\n"
+                   "Only the first %1 can be written.");
 
 } // namespace
 
@@ -113,25 +85,22 @@ frmMain::frmMain(const zib::Services& services, QWidget* parent)
     ui->setupUi(this);
     setUpControls();
     connectControls();
+    connectList();
     Form_Load();
 }
 
 frmMain::~frmMain() = default;
 
-/// What a form file cannot say: the list's model and columns, the panels, keys of buttons, separators.
+/// What a form file cannot say: the list's model and columns, keys of buttons, separators.
 void frmMain::setUpControls()
 {
     ui->ListView1->setModel(&m_list);
+    ui->ListView1->setNameColumn(CompilationModel::FileName);
     for (int column = 0; column < CompilationModel::ColumnCount; ++column)
         ui->ListView1->setColumnWidth(column, zib::wholePixels(kColumnTwips.at(static_cast<size_t>(column))));
     ui->ListView1->horizontalHeader()->setSectionsClickable(false);
     ui->ListView1->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
-
-    const std::array<QLabel*, 6> panels{ui->StatusBar1_1, ui->StatusBar1_2, ui->StatusBar1_3,
-                                        ui->StatusBar1_4, ui->StatusBar1_5, ui->StatusBar1_6};
-    for (size_t i = 0; i < panels.size(); ++i)
-        ui->StatusBar1->addWidget(panels.at(i), kPanelTwips.at(i));
-    setPanel(ui->StatusBar1_4, zib::kHomePage);
+    setUpStatusbar();
 
     for (QAction* button : ui->Toolbar1->actions())
         button->setData(button->objectName().section(u'_', 1));
@@ -151,18 +120,25 @@ void frmMain::connectControls()
     connect(ui->mnuTracks, &QMenu::triggered, this, &frmMain::mnuSub_Click);
     connect(ui->mnuTools, &QMenu::triggered, this, &frmMain::mnuSub_Click);
     connect(ui->mnuHelp, &QMenu::triggered, this, &frmMain::mnuSub_Click);
-    connect(ui->ListView1, &QTableView::doubleClicked, this, [this] { run(&frmMain::PlaySelected); });
     connect(&m_Timer1, &QTimer::timeout, this, &frmMain::Timer1_Timer);
     connect(&m_clock, &QTimer::timeout, this, &frmMain::showClock);
 
+    m_escape = new QShortcut(Qt::Key_Escape, this);
+    m_escape->setEnabled(false);
+    connect(m_escape, &QShortcut::activated, this, [this] { m_stopped = true; });
+    new zib::FileDrop(
+        this, [this] { return !m_busy; }, [this](const QStringList& paths) { addDropped(paths); });
+}
+
+void frmMain::connectList()
+{
+    new zib::BoxedRows(ui->ListView1, zib::BoxedRows::DoubleClick::IsTheOwners);
+    connect(ui->ListView1, &QTableView::doubleClicked, this, [this] { run(&frmMain::PlaySelected); });
     const auto listKey = [this](Qt::Key key, Handler handler) {
         auto* shortcut = new QShortcut(key, ui->ListView1);
         shortcut->setContext(Qt::WidgetShortcut);
         connect(shortcut, &QShortcut::activated, this, [this, handler] { run(handler); });
     };
-    new zib::FileDrop(
-        this, [this] { return !m_adding; }, [this](const QStringList& paths) { addDropped(paths); });
-    listKey(Qt::Key_Space, &frmMain::ListView1_Space);
     listKey(Qt::Key_Delete, &frmMain::RemoveCheckedTracks);
     listKey(Qt::Key_Return, &frmMain::PlaySelected);
     listKey(Qt::Key_Enter, &frmMain::PlaySelected);
@@ -173,8 +149,7 @@ void frmMain::Form_Load()
     zib::setSettingsFile(GeneralAPI::JoinPath(zib::applicationFolder(), QStringLiteral("settings.ini")));
     OptionsFunc::LoadSettings();
     m_look = new zib::ToolbarLook(ui->Toolbar1, this);
-    if (m_services.components.makeInformation)
-        m_AInfo = m_services.components.makeInformation();
+    makeInformation();
     if (m_services.components.makeWriter)
         m_DVDWriterPro1 = m_services.components.makeWriter();
     if (gOptions.ShowSplashScreen)
@@ -201,72 +176,14 @@ void frmMain::Timer1_Timer()
         m_services.windows.showTip(this);
 }
 
+/// While the project is being saved the window stays, so that a failure can be told; it closes afterwards.
 void frmMain::closeEvent(QCloseEvent* event)
 {
     m_closed = true;
-    QMainWindow::closeEvent(event);
-}
-
-// View settings
-
-void frmMain::RefreshMain()
-{
-    ui->mnuViewSub_1->setChecked(gOptions.ShowToolBar);
-    ui->mnuViewSub_2->setChecked(gOptions.ToolbarStyleFlat);
-    ui->mnuViewSub_3->setChecked(!gOptions.ToolbarStyleFlat);
-    ui->mnuViewSub_4->setChecked(gOptions.ShowTipsOnToolbar); // Captions follow the setting of the tips.
-    ui->mnuViewSub_5->setChecked(gOptions.ShowTipsOnToolbar);
-    ui->mnuViewSub_7->setChecked(gOptions.ShowStatusbar);
-    ui->mnuViewSub_9->setChecked(gOptions.ShowGridLines);
-
-    showToolbar(ui->mnuViewSub_1->isChecked());
-    m_look->ShowToolbarText(ui->mnuViewSub_4->isChecked());
-    m_look->ShowToolbarTips(ui->mnuViewSub_5->isChecked());
-    ui->StatusBar1->setVisible(ui->mnuViewSub_7->isChecked());
-    ui->ListView1->setShowGrid(ui->mnuViewSub_9->isChecked());
-    QPalette colors;
-    colors.setColor(QPalette::Base, zib::colorFromNumber(gOptions.GridBackColor));
-    colors.setColor(QPalette::Text, zib::colorFromNumber(gOptions.GridTextColor));
-    ui->ListView1->setPalette(colors);
-    m_look->setFlat(ui->mnuViewSub_2->isChecked());
-}
-
-void frmMain::mnuViewSub_Click(const QAction* item)
-{
-    const bool on = item->isChecked(); // The menu has inverted it already.
-    switch (indexOf(item)) {
-    case 1:
-        showToolbar(on);
-        break;
-    case 2:
-        ui->mnuViewSub_3->setChecked(!on);
-        break;
-    case 3:
-        ui->mnuViewSub_2->setChecked(!on);
-        break;
-    case 4:
-        m_look->ShowToolbarText(on);
-        break;
-    case 5:
-        m_look->ShowToolbarTips(on);
-        break;
-    case 7:
-        ui->StatusBar1->setVisible(on);
-        break;
-    case 9:
-        ui->ListView1->setShowGrid(on);
-        break;
-    default:
-        break;
-    }
-    m_look->setFlat(ui->mnuViewSub_2->isChecked());
-}
-
-void frmMain::showToolbar(bool on)
-{
-    ui->Toolbar1->setVisible(on);
-    for (QAction* item : {ui->mnuViewSub_2, ui->mnuViewSub_3, ui->mnuViewSub_4, ui->mnuViewSub_5})
-        item->setEnabled(on);
+    if (m_saving)
+        event->ignore();
+    else
+        QMainWindow::closeEvent(event);
 }
 
 // Commands
@@ -285,10 +202,9 @@ void frmMain::mnuSub_Click(const QAction* item)
             return run(command.handler);
 }
 
-/// Files that are being added leave the window alive, so its commands wait until the list is whole again.
 void frmMain::run(Handler command)
 {
-    if (!m_adding)
+    if (!m_busy)
         (this->*command)();
 }
 
@@ -298,6 +214,8 @@ void frmMain::WriteFiles()
         m_services.messages.information(this, kNothingToWrite);
         return;
     }
+    if (m_list.count() > kMostTracks)
+        m_services.messages.information(this, kTooManyTracks.arg(kMostTracks).arg(m_list.count()));
     const QStringList tracks = m_services.windows.showPrepare(this, m_list.rows());
     m_services.windows.showWrite(this, tracks);
 }
@@ -322,299 +240,32 @@ void frmMain::showHomePage()
     GeneralAPI::OpenHomePage();
 }
 
-// Adding files
+// Slow work: the window answers its user, but its commands wait, so that nothing changes the list meanwhile.
 
-bool frmMain::IsFileInList(const QString& path) const
+void frmMain::beginBusy()
 {
-    return m_list.contains(path);
+    m_busy = true;
+    m_stopped = false;
+    m_escape->setEnabled(true);
+    m_busySince.start();
 }
 
-void frmMain::AddOneFileToList(const QString& path)
+/// Says what is waited for once that lasts.  @returns whether to go on waiting.
+bool frmMain::stayBusy(const QString& text)
 {
-    if (IsFileInList(path))
-        return;
-    if (!m_AInfo || !m_AInfo->isAudioFile(path)) {
-        m_list.flush();
-        m_services.messages.critical(this, kNotAudio + path);
-        m_sinceYield.start();
-        return;
+    if (m_busySince.hasExpired(kSaidMs)) {
+        ui->menubar->setEnabled(false);
+        ui->Toolbar1->setEnabled(false);
+        showProgress(text + QStringLiteral(" - press Esc to stop"));
     }
-    m_AInfo->open(path); // A file that went away meanwhile is listed without title and time.
-    zib::CompilationRow row;
-    row.number = QString::number(m_list.count() + 1);
-    row.fileName = GeneralAPI::GetFileNameOfPath(path);
-    row.title = m_AInfo->title();
-    row.artist = m_AInfo->artist();
-    row.time = GeneralAPI::FormatDuration(m_AInfo->durationMs());
-    row.fileSize = zib::fileSizeText(m_AInfo->fileBytes().value_or(QFileInfo(path).size()));
-    row.location = GeneralAPI::GetFolderOfPath(path);
-    m_list.append(row);
+    return !m_stopped && (m_saving || !m_closed);
 }
 
-void frmMain::AddFilesDialog()
+void frmMain::endBusy()
 {
-    m_dlgFile.flags |= FileDialogRequest::AllowMultiselect | FileDialogRequest::Explorer |
-                       FileDialogRequest::FileMustExist | FileDialogRequest::LongNames;
-    m_dlgFile.maxFileSize = kFileNameBuffer;
-    m_dlgFile.title = QStringLiteral("Open Audio Files MP3 and WAV");
-    m_dlgFile.filter = QStringLiteral("MP3 and WAV Files(*.mp3;*.wav)|*.wav;*.mp3|MP3 Files(*.mp3)|*.mp3|"
-                                      "WAV Files(*.wav)|*.wav|All Files(*.*)|*.*");
-    const auto chosen = m_services.dialogs.openFile(this, m_dlgFile);
-    if (chosen)
-        addFiles(zib::chosenPaths(*chosen));
-    else if (chosen.error().kind != zib::Failure::Kind::Cancelled)
-        showHint(zib::kTooManyNames);
-    RefreshTotals();
-}
-
-void frmMain::addFiles(const QStringList& paths)
-{
-    const QScopedValueRollback adding(m_adding, true);
-    const CompilationModel::Batch batch(m_list);
-    m_sinceYield.start();
-    for (qsizetype i = 0; i < paths.size() && !m_closed; ++i) {
-        AddOneFileToList(paths.at(i));
-        if (m_sinceYield.hasExpired(kYieldMs))
-            letWindowLive(i + 1, paths.size());
-    }
+    m_busy = false;
+    m_escape->setEnabled(false);
     ui->menubar->setEnabled(true);
     ui->Toolbar1->setEnabled(true);
-    ui->StatusBar1->clearMessage();
-}
-
-/// Shows how far adding has come and answers what the user does meanwhile: scrolling, resizing, closing.
-void frmMain::letWindowLive(qsizetype done, qsizetype all)
-{
-    m_list.flush();
-    ui->menubar->setEnabled(false);
-    ui->Toolbar1->setEnabled(false);
-    ui->StatusBar1->showMessage(QStringLiteral("Adding files: %1 of %2").arg(done).arg(all));
-    QCoreApplication::processEvents();
-    m_sinceYield.start();
-}
-
-void frmMain::addDropped(const QStringList& paths)
-{
-    if (m_adding)
-        return;
-    addFiles(paths);
-    RefreshTotals();
-}
-
-// The list
-
-void frmMain::RefreshTotals()
-{
-    m_list.renumber();
-    double minutes = m_list.count() * zib::kGapSeconds / 60.0;
-    for (const zib::CompilationRow& row : m_list.rows())
-        minutes += DurationTextToMinutes(row.time).value_or(0);
-    zib::setTotalMinutes(minutes);
-    setPanel(ui->StatusBar1_1, QStringLiteral("Total Time: ") + zib::totalTimeText(TotalMinutes));
-    setPanel(ui->StatusBar1_2, QStringLiteral("Total Files: %1").arg(m_list.count()));
-    ui->picPanel->update();
-}
-
-bool frmMain::refuseEmptyList(const QString& text)
-{
-    if (m_list.count() > 0)
-        return false;
-    m_services.messages.information(this, text);
-    return true;
-}
-
-void frmMain::MoveSelectedUp()
-{
-    if (refuseEmptyList(kAddSomeFiles))
-        return;
-    const int row = selectedRow();
-    if (row < 1)
-        m_services.messages.information(this, kAtTop);
-    else
-        swapSelected(row, row - 1);
-}
-
-void frmMain::MoveSelectedDown()
-{
-    if (refuseEmptyList(kAddSomeFiles))
-        return;
-    const int row = selectedRow();
-    if (row == m_list.count() - 1)
-        m_services.messages.information(this, kAtBottom);
-    else if (row >= 0)
-        swapSelected(row, row + 1);
-}
-
-void frmMain::swapSelected(int from, int to)
-{
-    m_list.swapFiles(from, to);
-    selectRow(to);
-}
-
-void frmMain::SetAllChecked(bool on)
-{
-    m_list.setAllChecked(on);
-}
-
-void frmMain::ListView1_Space()
-{
-    if (const int row = selectedRow(); row >= 0)
-        m_list.setData(m_list.index(row, CompilationModel::Number),
-                       m_list.isChecked(row) ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
-}
-
-void frmMain::RemoveCheckedTracks()
-{
-    if (refuseEmptyList(zib::kNoFilesInList))
-        return;
-    const int row = selectedRow();
-    if (m_list.removeChecked() == 0)
-        m_services.messages.information(this, zib::kNothingChecked);
-    else if (row >= 0 && selectedRow() < 0 && m_list.count() > 0)
-        selectRow(std::min(row, m_list.count() - 1));
-    RefreshTotals();
-}
-
-/// Totals and gauge keep showing the old list until its next change.
-void frmMain::clearTracks()
-{
-    m_list.clear();
-}
-
-void frmMain::PlaySelected()
-{
-    if (refuseEmptyList(kNothingToPlay))
-        return;
-    const int row = selectedRow();
-    if (row < 0)
-        return;
-    zib::setCurrentFile(m_list.rows().at(row).path());
-    m_services.windows.showPlay(this);
-}
-
-int frmMain::selectedRow() const
-{
-    const QModelIndexList rows = ui->ListView1->selectionModel()->selectedRows();
-    return rows.isEmpty() ? -1 : rows.first().row();
-}
-
-void frmMain::selectRow(int row)
-{
-    ui->ListView1->selectRow(row);
-    ui->ListView1->scrollTo(m_list.index(row, CompilationModel::Number));
-}
-
-// Projects
-
-void frmMain::NewProject()
-{
-    if (m_list.count() > 0) {
-        const auto answer = m_services.messages.askYesNoCancel(this, kSaveProject);
-        if (answer == zib::Messages::Answer::Cancel)
-            return;
-        if (answer == zib::Messages::Answer::Yes)
-            SaveProject();
-    }
-    ProjectFileName.clear();
-    m_list.clear();
-    setWindowTitle(zib::kApplicationTitle);
-    RefreshTotals();
-}
-
-void frmMain::OpenProject()
-{
-    m_dlgProj.title = QStringLiteral("Open Project");
-    m_dlgProj.filter = kProjectFilter;
-    m_dlgProj.flags = FileDialogRequest::PathMustExist | FileDialogRequest::FileMustExist |
-                      FileDialogRequest::Explorer | FileDialogRequest::LongNames;
-    const auto chosen = m_services.dialogs.openFile(this, m_dlgProj);
-    const QString name = chosen ? chosen->trimmed() : QString();
-    if (name.isEmpty() || !isFile(name))
-        return;
-    ProjectFileName = name;
-    const auto files = zib::ProjectFile(name).read();
-    if (!files)
-        return;
-    m_list.clear();
-    addFiles(*files);
-    if (m_list.count() > 0)
-        showProjectName();
-    RefreshTotals();
-}
-
-void frmMain::saveProjectCommand()
-{
-    if (!refuseEmptyList(kNothingToSave))
-        SaveProject();
-}
-
-void frmMain::saveProjectAsCommand()
-{
-    if (!refuseEmptyList(kNothingToSave))
-        SaveProjectAs();
-}
-
-void frmMain::SaveProject()
-{
-    ProjectFileName = ProjectFileName.trimmed();
-    if (ProjectFileName.isEmpty()) {
-        SaveProjectAs(); // It comes back here with a name.
-        return;
-    }
-    QStringList paths;
-    for (const zib::CompilationRow& row : m_list.rows())
-        paths << row.path();
-    const auto left = zib::ProjectFile(ProjectFileName).write(paths);
-    if (!left)
-        showHint(kNotWritten);
-    else if (!left->isEmpty())
-        showHint(kLeftOut.arg(left->size()));
-}
-
-bool frmMain::SaveProjectAs()
-{
-    m_dlgProj.title = QStringLiteral("Save Project As");
-    m_dlgProj.filter = kProjectFilter;
-    m_dlgProj.flags =
-        FileDialogRequest::PathMustExist | FileDialogRequest::Explorer | FileDialogRequest::LongNames;
-    const auto chosen = m_services.dialogs.saveFile(this, m_dlgProj);
-    const QString name = chosen ? chosen->trimmed() : QString();
-    if (name.isEmpty())
-        return false;
-    ProjectFileName = name;
-    showProjectName();
-    SaveProject();
-    return true;
-}
-
-void frmMain::showProjectName()
-{
-    QString name = ProjectFileName;
-    name.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // Alone it marks a changed document.
-    setWindowTitle(zib::kApplicationTitle + QStringLiteral(" - ") + name);
-}
-
-// Status bar
-
-void frmMain::setPanel(QLabel* panel, const QString& text)
-{
-    panel->setText(text);
-    panel->setToolTip(text);
-}
-
-/// What went wrong without a box of its own; the panels come back after a while.
-void frmMain::showHint(const QString& text)
-{
-    ui->StatusBar1->showMessage(text, kHintMs);
-}
-
-/// Date and time of the system; wakes at the next full minute.
-void frmMain::showClock()
-{
-    const QDateTime now = QDateTime::currentDateTime();
-    ui->StatusBar1_5->setText(QLocale().toString(now.date(), QLocale::ShortFormat));
-    QString format = QLocale().timeFormat(QLocale::ShortFormat);
-    ui->StatusBar1_6->setText(QLocale().toString(now.time(), format.remove(QStringLiteral(":ss"))));
-    m_clock.start(std::chrono::minutes(1) -
-                  std::chrono::milliseconds(now.time().msecsSinceStartOfDay() % 60000));
+    showProgress({});
 }

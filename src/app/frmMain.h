@@ -9,18 +9,22 @@
 #include <QTimer>
 
 #include <array>
+#include <functional>
 #include <memory>
 
 class AudioInformation;
 class DVDWriterPro;
 class QAction;
 class QLabel;
+class QShortcut;
 
 namespace Ui {
 class frmMain;
 }
 
 namespace zib {
+class FileIntake;
+struct FoundFile;
 class ToolbarLook;
 class Windows;
 } // namespace zib
@@ -38,13 +42,14 @@ public:
     /// Applies the view settings of gOptions.
     void RefreshMain();
     /// Adds one file unless it is listed already; a file that is no audio is told in a box. Totals stay as
-    /// they are.
+    /// they are. The window answers its user meanwhile.
     void AddOneFileToList(const QString& path);
     /// Prepares and writes the compilation.
     void WriteFiles();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     using Handler = void (frmMain::*)();
@@ -53,12 +58,12 @@ private:
 
     void setUpControls();
     void connectControls();
+    void connectList();
     void Form_Load();
     void Timer1_Timer();
     void Toolbar1_ButtonClick(const QString& key);
     void mnuSub_Click(const QAction* item);
     void mnuViewSub_Click(const QAction* item);
-    void ListView1_Space();
 
     // The commands, in the order of the menus.
     void AddFilesDialog();
@@ -81,27 +86,45 @@ private:
     void showHelp();
     void showHomePage();
 
-    void SaveProject();
-    bool SaveProjectAs();
-    void RefreshTotals();
+    // Adding: frmMainFiles.cpp
+    using Intake = std::function<void(zib::FileIntake&)>;
     bool IsFileInList(const QString& path) const;
     void addFiles(const QStringList& paths);
     void addDropped(const QStringList& paths);
-    void letWindowLive(qsizetype done, qsizetype all);
-    void run(Handler command);
+    QList<zib::FoundFile> takeIn(const Intake& work, qsizetype all, bool tellEach);
+    QList<zib::FoundFile> listFound(const QList<zib::FoundFile>& found, bool tellEach);
+    void makeInformation();
+
+    // Projects: frmMainProjects.cpp
+    using ProjectWork = std::function<zib::Outcome<QStringList>()>;
+    bool SaveProject();
+    bool SaveProjectAs();
+    QString writeProject();
+    zib::Outcome<QStringList> openNamedProject(const QString& chosen);
+    zib::Outcome<QStringList> projectAside(const QString& text, const QString& name, const ProjectWork& work);
+    void showProjectName();
+
+    // The list: frmMainList.cpp
+    void RefreshTotals();
     bool refuseEmptyList(const QString& text);
     void swapSelected(int from, int to);
-    int selectedRow() const;
-    void selectRow(int row);
-    void showProjectName();
+
+    // The look: frmMainView.cpp
     void showToolbar(bool on);
+    void setUpStatusbar();
     void showClock();
-    void showHint(const QString& text);
     static void setPanel(QLabel* panel, const QString& text);
+    void showProgress(const QString& text);
+
+    // Slow work beside which the window stays alive while its commands wait.
+    void run(Handler command);
+    void beginBusy();
+    bool stayBusy(const QString& text);
+    void endBusy();
 
     std::unique_ptr<Ui::frmMain> ui;
     zib::Services m_services;
-    std::unique_ptr<AudioInformation> m_AInfo;
+    std::shared_ptr<AudioInformation> m_AInfo; ///< Used by the thread that adds files while one does.
     std::unique_ptr<DVDWriterPro> m_DVDWriterPro1;
     zib::CompilationModel m_list;
     zib::ToolbarLook* m_look = nullptr;
@@ -109,8 +132,11 @@ private:
     zib::FileDialogRequest m_dlgProj;
     QTimer m_Timer1;
     QTimer m_clock;
-    QElapsedTimer m_sinceYield;
+    QShortcut* m_escape = nullptr; ///< Stops what is waited for.
+    QElapsedTimer m_busySince;
     QString ProjectFileName;
-    bool m_adding = false; ///< Files are being added: commands wait until that is done.
+    bool m_busy = false; ///< Commands wait until what runs is done.
+    bool m_stopped = false;
+    bool m_saving = false;
     bool m_closed = false;
 };

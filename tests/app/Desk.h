@@ -7,15 +7,35 @@
 #include "platform/IniFile.h"
 
 #include <QAction>
+#include <QDropEvent>
 #include <QFile>
+#include <QMimeData>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
+
+/// Drops files on a window, as a file manager does.
+inline void drop(QWidget& window, const QStringList& paths)
+{
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls << QUrl::fromLocalFile(path);
+    data.setUrls(urls);
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window, &enter);
+    if (!enter.isAccepted())
+        return;
+    QDropEvent event(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window, &event);
+}
 
 /// A main window with every outside thing faked, in an application folder of its own with real files.
 struct Desk
 {
-    Desk()
+    /// @param service what the program takes for its INI files, if not the real one.
+    explicit Desk(zib::IniService* service = nullptr) : desk(service ? service : &ini)
     {
         zib::setApplicationFolder(folder.path());
         desk.components.makeInformation = [this] {
@@ -80,6 +100,13 @@ struct Desk
         return found;
     }
     QAction* action(const QString& name) { return control<QAction>(name); }
+    /// Makes the window the active one, with the list under the keys.
+    bool focusList()
+    {
+        window().activateWindow();
+        list()->setFocus();
+        return QTest::qWaitForWindowActive(&window(), 30000);
+    }
     void trigger(const QString& name) { action(name)->trigger(); }
     QTableView* list() { return control<QTableView>("ListView1"); }
     QString cell(int row, int column) { return list()->model()->index(row, column).data().toString(); }
@@ -106,7 +133,7 @@ struct Desk
 
     QTemporaryDir folder;
     zib::IniFile ini;
-    zib::FakeDesk desk{&ini};
+    zib::FakeDesk desk;
     zib::FakeAudioShelf shelf;
 
 private:

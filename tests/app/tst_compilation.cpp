@@ -1,14 +1,11 @@
 #include "app/Desk.h"
 #include "app/totals.h"
 
-#include <QDropEvent>
 #include <QElapsedTimer>
-#include <QMimeData>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTextDocument>
 #include <QThread>
-#include <QUrl>
 
 namespace {
 
@@ -52,21 +49,6 @@ QStringList names(int count)
     for (int i = 0; i < count; ++i)
         paths << QString("/music/%1.wav").arg(i, 5, 10, QChar('0'));
     return paths;
-}
-
-void drop(QWidget& window, const QStringList& paths)
-{
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const QString& path : paths)
-        urls << QUrl::fromLocalFile(path);
-    data.setUrls(urls);
-    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&window, &enter);
-    if (!enter.isAccepted())
-        return;
-    QDropEvent event(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&window, &event);
 }
 
 } // namespace
@@ -411,7 +393,7 @@ private slots:
         const QRect cell = desk.list()->visualRect(desk.list()->model()->index(1, 0));
         QTest::mouseClick(desk.list()->viewport(), Qt::LeftButton, {}, {cell.left() + 10, cell.center().y()});
         QVERIFY(desk.ticked(1));
-        focusList(desk);
+        QVERIFY(desk.focusList());
         desk.list()->setCurrentIndex(desk.list()->model()->index(2, FileName));
         QTest::keyClick(desk.list(), Qt::Key_Space);
         QVERIFY(desk.ticked(2));
@@ -476,7 +458,7 @@ private slots:
         Desk desk;
         desk.addThree();
         desk.tick(2);
-        focusList(desk);
+        QVERIFY(desk.focusList());
         QTest::keyClick(desk.list(), Qt::Key_Delete);
         QCOMPARE(desk.column(FileName), (QStringList{"a.wav", "b.wav"}));
     }
@@ -538,7 +520,7 @@ private slots:
     {
         Desk desk;
         desk.addThree();
-        focusList(desk);
+        QVERIFY(desk.focusList());
         desk.list()->selectRow(0);
         QTest::keyClick(desk.list(), Qt::Key_Return);
         QCOMPARE(desk.desk.windows.shown, QStringList{"play"});
@@ -618,12 +600,6 @@ private slots:
     }
 
 private:
-    static void focusList(Desk& desk)
-    {
-        desk.window().activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&desk.window(), 30000));
-        desk.list()->setFocus();
-    }
     static void addMany(Desk& desk, int count)
     {
         QStringList parts{"/music"};

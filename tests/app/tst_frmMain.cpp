@@ -389,6 +389,23 @@ private slots:
         desk.trigger("mnuHelpSub_4");
         QCOMPARE(desk.desk.shell.calls, QStringList{"open IExplore.exe " + zib::kHomePage});
     }
+    void panelOfTheAddress_whenClicked_opensTheHelp()
+    {
+        Desk desk;
+        QTest::mouseClick(desk.control<QLabel>("StatusBar1_4"), Qt::LeftButton);
+        QCOMPARE(desk.desk.shell.calls, QStringList{"open " + desk.folder.filePath("zibburn.chm")});
+    }
+    void rightClick_onBars_bringsNoMenuOfTheToolkit()
+    {
+        Desk desk;
+        for (const char* name : {"menubar", "Toolbar1", "StatusBar1", "picPanel"}) {
+            auto* bar = desk.control<QWidget>(name);
+            QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), bar->mapToGlobal(QPoint(5, 5)));
+            QApplication::sendEvent(bar, &event);
+            QVERIFY2(!QApplication::activePopupWidget(), name);
+        }
+        QCOMPARE(desk.window().findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly).size(), 0);
+    }
     void toolbarButton_withAnUnknownKey_doesNothing()
     {
         Desk desk;
@@ -421,6 +438,23 @@ private slots:
         QCOMPARE(desk.desk.windows.rows.at(2).path(), desk.folder.filePath("c.wav"));
         QCOMPARE(desk.desk.windows.rows.at(2).time, QString("01:00:00"));
         QCOMPARE(desk.desk.windows.trackFiles, desk.desk.windows.preparedFiles);
+    }
+    void write_ofMoreTracksThanADiscHolds_saysTheLimitOnceBefore()
+    {
+        Desk desk;
+        QStringList sounds;
+        for (int i = 0; i < 100; ++i)
+            sounds << desk.sound(QString("%1.wav").arg(i));
+        desk.add(sounds.mid(0, 99));
+        desk.trigger("Toolbar1_write");
+        QCOMPARE(desk.desk.messages.shown, QStringList());
+        desk.add(sounds);
+        desk.desk.windows.onShow = [&](const QString&) { QCOMPARE(desk.desk.messages.shown.size(), 1); };
+        desk.trigger("Toolbar1_write");
+        QCOMPARE(desk.desk.messages.shown,
+                 QStringList{"i: An audio CD holds 99 tracks at most, and there are 100 files in the list.\n"
+                             "Only the first 99 can be written."});
+        QCOMPARE(desk.desk.windows.shown, (QStringList{"prepare", "write", "prepare", "write"}));
     }
     void write_whenNothingWasPrepared_stillShowsTheWritingWindow()
     {
@@ -467,9 +501,10 @@ private slots:
     {
         Desk desk;
         desk.addThree();
-        desk.list()->setFocus();
+        QVERIFY(desk.focusList());
+        const QModelIndex before = desk.list()->currentIndex();
         QTest::keyClick(desk.list(), Qt::Key_Tab);
-        QVERIFY(desk.list()->selectionModel()->currentIndex().column() <= 0);
+        QCOMPARE(desk.list()->currentIndex(), before);
     }
 
 private:

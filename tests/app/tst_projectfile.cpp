@@ -367,7 +367,7 @@ void TestProjectFile::write_intoAMissingFolder_fails()
     Desk desk;
     const auto result = zib::ProjectFile(desk.folder.filePath("none/a.zibp")).write({"/a"});
     QVERIFY(!result);
-    QCOMPARE(result.error().kind, zib::Failure::Kind::WriteFailed);
+    QCOMPARE(result.error().kind, zib::Failure::Kind::NotFound);
     QCOMPARE(result.error().detail, desk.folder.filePath("none/a.zibp"));
 }
 

@@ -1,11 +1,41 @@
 #include "app/Desk.h"
 
-#include <QStatusBar>
+#include <QSemaphore>
+#include <QTimer>
 #include <QWindow>
 
 namespace {
 
 constexpr int kFileName = 1;
+
+/// Writes only when it is let go.
+class SlowDisk final : public zib::IniService
+{
+public:
+    QByteArray GetPrivateProfileStringA(const QByteArray& section, const QByteArray& key,
+                                        const QByteArray& fallback, int size, const QString& file) override
+    {
+        return m_files.GetPrivateProfileStringA(section, key, fallback, size, file);
+    }
+    bool WritePrivateProfileStringA(const QByteArray&, const std::optional<QByteArray>&,
+                                    const std::optional<QByteArray>&, const QString&) override
+    {
+        return false;
+    }
+    bool writeAll(const QList<zib::IniChange>& changes, const QString& file) override
+    {
+        go.acquire();
+        const bool written = m_files.writeAll(changes, file);
+        done.release();
+        return written;
+    }
+
+    QSemaphore go;
+    QSemaphore done;
+
+private:
+    zib::IniFile m_files;
+};
 const QString kFilter = "Project Files(*.zibp)|*.zibp|All Files(*.*)|*.*";
 
 } // namespace
@@ -110,15 +140,88 @@ private slots:
         open(desk, project);
         QCOMPARE(desk.rows(), 3);
     }
-    void save_intoAMissingFolder_saysSoInTheStatusBar()
+    void save_thatFails_saysWhy_data()
     {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("missing folder") << "missing/a.zibp"
+                                        << "Its folder does not exist.";
+        QTest::newRow("a folder") << "sub"
+                                  << "There is a folder of this name.";
+    }
+    void save_thatFails_saysWhy()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, reason);
         Desk desk;
         desk.addThree();
-        desk.desk.dialogs.files << desk.folder.filePath("missing/a.zibp");
+        QDir(desk.folder.path()).mkdir("sub");
+        desk.trigger("mnuViewSub_7"); // Without the status bar too.
+        desk.desk.dialogs.files << desk.folder.filePath(name);
         desk.trigger("mnuFileSub_7");
-        QVERIFY(desk.control<QStatusBar>("StatusBar1")->currentMessage().contains("could not be written"));
-        QCOMPARE(desk.desk.messages.shown, QStringList());
+        QCOMPARE(desk.desk.messages.shown,
+                 QStringList{"c: The project could not be written. The file is as it was before.\n\n" +
+                             desk.folder.filePath(name) + '\n' + reason});
         QCOMPARE(desk.rows(), 3);
+    }
+    void save_ofMoreThanCanBeOpened_saysHowMany()
+    {
+        Desk desk;
+        QStringList sounds;
+        for (int i = 0; i < 201; ++i)
+            sounds << desk.sound(QString("%1.wav").arg(i));
+        desk.add(sounds);
+        const QString project = desk.folder.filePath("long.zibp");
+        desk.desk.dialogs.files << project;
+        desk.trigger("mnuFileSub_6");
+        QCOMPARE(read(desk, project, "General", "FileCount"), QString("201"));
+        QCOMPARE(desk.desk.messages.shown,
+                 QStringList{"c: The project was saved, but it cannot be opened again: "
+                             "it holds 201 files, and a project is opened with 200 at most."});
+        desk.desk.messages.answer = zib::Messages::Answer::Yes;
+        desk.trigger("mnuFileSub_4"); // What cannot be had again is not thrown away.
+        QCOMPARE(desk.rows(), 201);
+    }
+    void save_onASlowDisk_leavesTheWindowAliveAndClosesAfterwards()
+    {
+        SlowDisk disk;
+        Desk desk(&disk);
+        desk.addThree();
+        desk.desk.dialogs.files << desk.folder.filePath("slow.zibp");
+        int beats = 0;
+        QTimer heart;
+        connect(&heart, &QTimer::timeout, this, [&] {
+            if (++beats == 1) {
+                desk.trigger("mnuTracksSub_8"); // Commands wait.
+                desk.window().close();
+            }
+            if (beats == 10)
+                disk.go.release();
+        });
+        heart.start(10);
+        desk.trigger("mnuFileSub_6");
+        QVERIFY2(beats >= 10, qPrintable(QString::number(beats)));
+        QCOMPARE(desk.rows(), 3);
+        QVERIFY(!desk.window().isVisible());
+    }
+    void save_onADiskThatDoesNotAnswer_canBeLeftAndKeepsTheList()
+    {
+        SlowDisk disk;
+        {
+            Desk desk(&disk);
+            QVERIFY(desk.focusList());
+            desk.addThree();
+            desk.desk.dialogs.files << desk.folder.filePath("hung.zibp");
+            desk.desk.messages.answer = zib::Messages::Answer::Yes;
+            QTimer::singleShot(50, this, [&] { QTest::keyClick(&desk.window(), Qt::Key_Escape); });
+            desk.trigger("mnuFileSub_4");
+            QCOMPARE(desk.rows(), 3);
+            QCOMPARE(desk.desk.messages.shown.size(), 2);
+            QVERIFY(desk.desk.messages.shown.last().startsWith("c: The disk does not answer"));
+            QVERIFY(desk.window().isVisible());
+            disk.go.release();
+            QVERIFY(disk.done.tryAcquire(1, 30000));
+        }
     }
 
     void open_aProject_replacesTheList()
@@ -268,14 +371,18 @@ private slots:
         QCOMPARE(read(desk, project, "General", "FileCount"), QString("4"));
         QCOMPARE(desk.rows(), 0);
     }
-    void newProject_answeredYesAndNotNamed_goesOn()
+    void newProject_answeredYesAndNotSaved_keepsTheList()
     {
         Desk desk;
         desk.addThree();
         desk.desk.messages.answer = zib::Messages::Answer::Yes;
-        desk.trigger("mnuFileSub_4");
+        desk.trigger("mnuFileSub_4"); // No name is given.
         QCOMPARE(desk.desk.dialogs.saved.size(), 1);
-        QCOMPARE(desk.rows(), 0);
+        QCOMPARE(desk.rows(), 3);
+        desk.desk.dialogs.files << desk.folder.filePath("missing/a.zibp");
+        desk.trigger("mnuFileSub_4");
+        QCOMPARE(desk.rows(), 3);
+        QVERIFY(desk.desk.messages.shown.last().startsWith("c: The project could not be written."));
     }
     void newProject_answeredCancel_keepsEverything()
     {
