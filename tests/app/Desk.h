@@ -15,6 +15,22 @@
 #include <QTest>
 #include <QUrl>
 
+/// Takes every file for a sound of one second.
+class AnySound : public AudioInformation
+{
+public:
+    bool isAudioFile(const QString&) override { return true; }
+    bool open(const QString&) override { return true; }
+    QString title() const override { return {}; }
+    QString tagTitle(TagKind) const override { return {}; }
+    QString artist() const override { return {}; }
+    qint32 durationMs() const override { return 1000; }
+    int sampleRate() const override { return 44100; }
+    int channels() const override { return 2; }
+    int bitsPerSample() const override { return 16; }
+    bool isPcm() const override { return true; }
+};
+
 /// Drops files on a window, as a file manager does.
 inline void drop(QWidget& window, const QStringList& paths)
 {

@@ -21,7 +21,7 @@ enum Column
 };
 
 /// Takes its time over every file.
-class SlowInformation final : public AudioInformation
+class SlowInformation final : public AnySound
 {
 public:
     bool isAudioFile(const QString&) override
@@ -29,15 +29,6 @@ public:
         QThread::msleep(5);
         return true;
     }
-    bool open(const QString&) override { return true; }
-    QString title() const override { return {}; }
-    QString tagTitle(TagKind) const override { return {}; }
-    QString artist() const override { return {}; }
-    qint32 durationMs() const override { return 1000; }
-    int sampleRate() const override { return 44100; }
-    int channels() const override { return 2; }
-    int bitsPerSample() const override { return 16; }
-    bool isPcm() const override { return true; }
 };
 
 const QString kNotAudio = "c: The following file could not be added, it is not audio file \n"

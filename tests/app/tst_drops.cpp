@@ -54,7 +54,7 @@ qint64 waitOfTheMachine()
 }
 
 /// Answers for files of the name "hung" only when it is let go.
-class StuckInformation final : public AudioInformation
+class StuckInformation final : public AnySound
 {
 public:
     explicit StuckInformation(std::shared_ptr<QSemaphore> go) : m_go(std::move(go)) {}
@@ -64,15 +64,6 @@ public:
             m_go->acquire();
         return true;
     }
-    bool open(const QString&) override { return true; }
-    QString title() const override { return {}; }
-    QString tagTitle(TagKind) const override { return {}; }
-    QString artist() const override { return {}; }
-    qint32 durationMs() const override { return 1000; }
-    int sampleRate() const override { return 44100; }
-    int channels() const override { return 2; }
-    int bitsPerSample() const override { return 16; }
-    bool isPcm() const override { return true; }
 
 private:
     std::shared_ptr<QSemaphore> m_go;

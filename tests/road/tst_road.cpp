@@ -81,6 +81,46 @@ private slots:
         exitProgram(screen, run, main);
     }
 
+    void list_byTheKeyboardAlone_isOrderedTickedPlayedAndSaved()
+    {
+        Screen screen;
+        QVERIFY(screen.isOn());
+        QTemporaryDir home;
+        QProcess run;
+        start(run, screen, copiedProgram(home.path()), {"SDL_AUDIODRIVER=dummy"});
+        const QString main = startedWithTip(screen);
+        QVERIFY(!main.isEmpty());
+        const QString ready = cdFormatFile(home.path());
+        const QString morning = home.filePath("Morning Light.mp3");
+        const QString night = home.filePath("Night Train.wav");
+        const QString wave = home.filePath("Short Wave.wav");
+        for (const QString& file : {morning, night, wave})
+            QVERIFY(QFile::copy(kSamples + QFileInfo(file).fileName(), file));
+        addFiles(screen, main, {morning, night, wave, ready});
+        const QString save = openedBy(screen, main, "ctrl+s", "^Save Project As$"); // The list is there now.
+        screen.press(save, "Escape");
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Save Project As$"), 60000);
+
+        // The last one up, the first one down; then the new first one is ticked and removed.
+        for (const char* key : {"End", "ctrl+u", "Home", "ctrl+d", "Home", "space", "Delete"})
+            screen.press(main, key);
+        screen.press(main, "Down"); // The selection stood on the row that followed.
+        const QString player = openedBy(screen, main, "Return", "^Play...$");
+        QVERIFY(!player.isEmpty());
+        screen.press(player, "Escape");
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.hasWindow("^Play...$"), 60000);
+        screen.press(main, "ctrl+d");
+
+        const QString project = home.filePath("keys.zibp");
+        saveProject(screen, main, project);
+        QByteArray expected = "[General]\nFileCount=3\n[Files]\n";
+        const QStringList order{morning, wave, ready};
+        for (qsizetype i = 0; i < order.size(); ++i)
+            expected += "File" + QByteArray::number(i + 1) + '=' + order[i].toUtf8() + '\n';
+        QCOMPARE(content(project), expected);
+        exitProgram(screen, run, main);
+    }
+
     void kill_inTheMiddle_leavesNothingThatLooksFinished_data()
     {
         QTest::addColumn<QString>("rate"); // Of the source: another one than a disc's is prepared first.
