@@ -111,7 +111,7 @@ void TestWriteMode::testMode_onADriveThatDropsTheBit_isRefusedInWords()
     QFETCH(QString, sao);
     BurnBench bench;
     bench.recorder.set("sao", sao);
-    bench.recorder.set("keeps-test-bit", "no");
+    bench.recorder.set("test-bit", "dropped");
     addPair(bench);
     QVERIFY(bench.takeDrive());
     bench.configure();

@@ -23,7 +23,7 @@ int errnoOf(const Answer& answer)
     if (answer.error != 0) {
         return -answer.error;
     }
-    if (answer.transport || answer.timedOut) {
+    if (answer.hostStatus != 0) {
         return -EIO;
     }
     if (answer.sense.good()) {

@@ -49,6 +49,15 @@ bool readKind(const std::string& text, DiscKind& value)
     return found != kWords.end();
 }
 
+bool readTestBit(const std::string& text, TestBit& value)
+{
+    static const std::map<std::string, TestBit> kWords{
+        {"kept", TestBit::Kept}, {"dropped", TestBit::Dropped}, {"ignored", TestBit::Ignored}};
+    const auto found = kWords.find(text);
+    value = found == kWords.end() ? TestBit::Kept : found->second;
+    return found != kWords.end();
+}
+
 bool readSpeeds(const std::string& text, std::vector<int>& speeds)
 {
     std::istringstream words{text};
@@ -139,7 +148,7 @@ private:
             {"sao", [&] { return readYesNo(value, drive.sao); }},
             {"tao", [&] { return readYesNo(value, drive.tao); }},
             {"simulation", [&] { return readYesNo(value, drive.simulation); }},
-            {"keeps-test-bit", [&] { return readYesNo(value, drive.keepsTestBit); }},
+            {"test-bit", [&] { return readTestBit(value, drive.testBit); }},
             {"buffer-protection", [&] { return readYesNo(value, drive.bufferProtection); }},
             {"writes-cd-r", [&] { return readYesNo(value, drive.writesCdR); }},
             {"writes-cd-rw", [&] { return readYesNo(value, drive.writesCdRw); }},

@@ -27,6 +27,14 @@ enum class NodeAccess : std::uint8_t
     Missing
 };
 
+/// What becomes of the test bit of the write parameters.
+enum class TestBit : std::uint8_t
+{
+    Kept,    ///< taken, shown and obeyed
+    Dropped, ///< taken without a word, and not kept
+    Ignored  ///< taken and shown, and written for real
+};
+
 /// One section of the configuration: a drive and the disc in it. README.md describes every key.
 struct DriveConfig
 {
@@ -44,7 +52,7 @@ struct DriveConfig
     bool sao = true;
     bool tao = true;
     bool simulation = true;
-    bool keepsTestBit = true; ///< whether the mode page keeps the test bit it was given
+    TestBit testBit = TestBit::Kept;
     bool bufferProtection = true;
     bool writesCdR = true;
     bool writesCdRw = true;

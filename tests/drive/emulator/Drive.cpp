@@ -31,17 +31,34 @@ void initialiseMutex(pthread_mutex_t& mutex)
     ::pthread_mutexattr_destroy(&attributes);
 }
 
-void initialiseState(DriveState& state, const DriveConfig& config)
+void initialiseModes(DriveState& state, const DriveConfig& config)
 {
-    state.version = kStateVersion;
-    initialiseMutex(state.mutex);
     state.errorRecovery = {0x01, kErrorRecoveryBytes - 2, 0, 16};
+    state.writeParameters = {};
     state.writeParameters[0] = 0x05;
     state.writeParameters[1] = kWriteParameterBytes - 2;
     state.writeParameters[2] = config.tao ? kTrackAtOnce : kSessionAtOnce;
     state.writeParameters[15] = kPregapFrames;
     state.readSpeed = kilobytesPerSecond(config.readSpeed);
     state.writeSpeed = config.writeSpeeds.empty() ? 0 : kilobytesPerSecond(config.writeSpeeds.front());
+}
+
+void initialiseState(DriveState& state, const DriveConfig& config)
+{
+    state.version = kStateVersion;
+    initialiseMutex(state.mutex);
+    initialiseModes(state, config);
+}
+
+// A drive that was unplugged comes back as if just switched on.
+void losePower(DriveState& state, const DriveConfig& config)
+{
+    state.doorLocked = false;
+    state.sessionRunning = false;
+    state.simulatedTracks = 0;
+    state.simulatedOpen = false;
+    state.busyUntilMs = 0;
+    initialiseModes(state, config);
 }
 
 void sleepMs(std::int64_t milliseconds)
@@ -67,8 +84,10 @@ std::string describe(const Answer& answer)
     if (answer.error != 0) {
         return answer.error == ENODEV ? "ENODEV" : "errno" + std::to_string(answer.error);
     }
-    if (answer.transport || answer.timedOut) {
-        return answer.transport ? "transport" : "timeout";
+    if (answer.hostStatus != 0) {
+        return answer.hostStatus == kHostError     ? "transport"
+               : answer.hostStatus == kHostTimeOut ? "timeout"
+                                                   : "host" + std::to_string(answer.hostStatus);
     }
     std::array<char, 16> text{};
     std::snprintf(text.data(), text.size(), "%X/%02X/%02X", answer.sense.key, answer.sense.asc,
@@ -85,6 +104,15 @@ std::size_t commandLength(std::uint8_t operation)
 bool tellsByData(int operation)
 {
     return operation == 0x15 || operation == 0x55 || operation == 0x5D || operation == 0xB6;
+}
+
+void flipBits(Bytes& reply, const std::vector<FaultRule>& rules)
+{
+    for (const FaultRule& rule : rules) {
+        if (rule.kind == FaultKind::Flip && rule.flipAt < reply.size()) {
+            reply[rule.flipAt] ^= rule.flipMask;
+        }
+    }
 }
 
 // Changes a handful of samples, and other ones each time, so that only an undisturbed read can be confirmed.
@@ -281,7 +309,7 @@ void Drive::applyReadFaults(Answer& answer, const Request& request, const FaultV
     const std::size_t stride = answer.data.size() / static_cast<std::size_t>(range.count);
     for (std::size_t i = 0; i < verdict.readFaults.size(); ++i) {
         const FaultRule& rule = verdict.readFaults[i];
-        for (std::int32_t frame = 0; frame < range.count; ++frame) {
+        for (std::int32_t frame = 0; frame < range.count && rule.kind != FaultKind::Flip; ++frame) {
             const std::int32_t lba = range.first + frame;
             const bool struck = !rule.ranged || (lba >= rule.firstLba && lba <= rule.lastLba);
             const std::span bytes{answer.data.data() + static_cast<std::size_t>(frame) * stride, stride};
@@ -299,20 +327,21 @@ Answer Drive::answerTo(const Request& request, const FaultVerdict& verdict)
 {
     Answer answer;
     const auto& failure = verdict.failure;
-    if (failure && failure->kind == FaultKind::Ignored) {
-        return answer;
-    }
     if (!failure || failure->after) {
         answer = commanded(request);
         applyReadFaults(answer, request, verdict);
+        flipBits(answer.data, verdict.readFaults);
     }
     if (!failure) {
         return answer;
     }
     answer.data.clear();
     answer.sense = failure->kind == FaultKind::Pull ? kNoMedium : failure->sense;
-    answer.transport = failure->kind == FaultKind::Transport;
-    answer.error = failure->kind == FaultKind::Gone ? ENODEV : 0;
+    answer.hostStatus = failure->hostStatus;
+    answer.error = failure->kind == FaultKind::Gone ? ENODEV : failure->error;
+    if (failure->kind == FaultKind::Gone) {
+        losePower(*m_state, *m_config);
+    }
     const CommandRange range = rangeOf(request.cdb);
     if (failure->ranged && range.known) {
         answer.address = std::max(range.first, failure->firstLba);
@@ -342,7 +371,9 @@ void Drive::wait(Answer& answer, const Request& request, std::uint32_t delayMs) 
         sleepMs(slice);
         slept += slice;
     }
-    answer.timedOut = needed > limit && slept >= limit;
+    if (needed > limit && slept >= limit) {
+        answer.hostStatus = kHostTimeOut;
+    }
 }
 
 void Drive::note(std::uint64_t number, const Request& request, const Answer& answer,
@@ -375,8 +406,8 @@ Answer Drive::execute(const Request& request)
     if (struck(FaultKind::Gone)) {
         answer.error = ENODEV;
     } else {
-        verdict = judge(m_config->faults, request.cdb[0], rangeOf(request.cdb), m_state->faultCounters.data(),
-                        kMaxFaults);
+        verdict = judge(m_config->faults, request.cdb[0], subjectOf(request.cdb, request.dataOut),
+                        m_state->faultCounters.data(), kMaxFaults);
         refreshDisc();
         refreshCue();
         answer = answerTo(request, verdict);

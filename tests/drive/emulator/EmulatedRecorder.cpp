@@ -1,10 +1,13 @@
 #include "EmulatedRecorder.h"
 
 #include "Disc.h"
+#include "Station.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+
+#include <algorithm>
 
 namespace zib {
 namespace {
@@ -23,6 +26,19 @@ EmulatedRecorder::Track trackOf(const drive::Track& track)
             track.start,
             track.end,
             text(track.isrc.data(), track.isrc.size())};
+}
+
+/// The drive's own state; nothing before a program has used the drive.
+std::optional<drive::DriveState> driveStateIn(const QString& folder)
+{
+    // Read and not mapped: a drive that no program has used yet must not get an empty state from here.
+    QFile file{folder + QStringLiteral("/sr0.drive")};
+    drive::DriveState state;
+    if (!file.open(QIODevice::ReadOnly) ||
+        file.read(reinterpret_cast<char*>(&state), sizeof state) != sizeof state) {
+        return std::nullopt;
+    }
+    return state;
 }
 
 } // namespace
@@ -134,8 +150,25 @@ int EmulatedRecorder::count(const QString& command, const QString& answer) const
 
 bool EmulatedRecorder::doorLocked() const
 {
-    const QStringList lines = journal();
-    return !lines.isEmpty() && lines.last().contains(QStringLiteral(" door=locked"));
+    const auto state = driveStateIn(folder());
+    return state && state->doorLocked;
+}
+
+bool EmulatedRecorder::faultStruck() const
+{
+    const auto state = driveStateIn(folder());
+    return state && std::ranges::any_of(state->faultCounters, [](const drive::FaultCounter& counter) {
+               return counter.rule != 0 && counter.strikes > 0;
+           });
+}
+
+EmulatedRecorder::DiscEnd EmulatedRecorder::discEnd() const
+{
+    const auto held = content();
+    if (!held) {
+        return m_disc.isEmpty() ? DiscEnd::None : DiscEnd::Blank; // made at the first look at the drive
+    }
+    return held->blank ? DiscEnd::Blank : held->finalized ? DiscEnd::Finished : DiscEnd::Begun;
 }
 
 std::optional<EmulatedRecorder::Content> EmulatedRecorder::content() const

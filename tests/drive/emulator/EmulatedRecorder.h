@@ -32,6 +32,15 @@ public:
         QByteArray isrc;
     };
 
+    /// What has become of the disc in the drive, whoever wrote and however it ended.
+    enum class DiscEnd
+    {
+        None,    ///< there is no disc
+        Blank,   ///< not a frame was written
+        Begun,   ///< something was written and the disc not closed
+        Finished ///< closed: nothing can be added
+    };
+
     /// What the disc in the drive holds.
     struct Content
     {
@@ -68,13 +77,20 @@ public:
     /// Drops all fault rules: an unplugged drive is back, a disc that was pulled is in again.
     void clearFaults();
 
+    /// Whether any of the fault rules has struck; also while the command it holds up still hangs.
+    [[nodiscard]] bool faultStruck() const;
+
     /// All lines of the journal.
     [[nodiscard]] QStringList journal() const;
     void clearJournal();
     /// How many commands named @p command the journal has, with answer @p answer unless that is empty.
     [[nodiscard]] int count(const QString& command, const QString& answer = {}) const;
-    /// Whether the last line of the journal shows a locked door.
+    /// Whether the door is locked now: the drive's own state, which outlives the programs that used it.
     [[nodiscard]] bool doorLocked() const;
+
+    /// What the disc is, out of the drive's own files and not by its commands, so that no fault touches the
+    /// answer; also after the program that wrote was killed.
+    [[nodiscard]] DiscEnd discEnd() const;
 
     /// What the disc in the drive holds; nothing when there is no disc.
     [[nodiscard]] std::optional<Content> content() const;

@@ -3,10 +3,13 @@
 #include "Operations.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <charconv>
 #include <functional>
 #include <span>
 #include <sstream>
+#include <utility>
 
 namespace zib::drive {
 namespace {
@@ -52,6 +55,26 @@ bool readRange(std::string_view text, FaultRule& rule)
     return readNumber(text.substr(0, dash), rule.firstLba) && readNumber(text.substr(dash + 1), rule.lastLba);
 }
 
+bool readErrno(std::string_view text, int& error)
+{
+    constexpr std::array kNames{std::pair{"EIO", EIO}, std::pair{"ENODEV", ENODEV}, std::pair{"EBUSY", EBUSY},
+                                std::pair{"ENOMEM", ENOMEM}};
+    for (const auto& [name, number] : kNames) {
+        if (text == name) {
+            error = number;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool readFlip(std::string_view text, FaultRule& rule)
+{
+    const auto slash = text.find('/');
+    return slash != std::string_view::npos && readNumber(text.substr(0, slash), rule.flipAt) &&
+           readNumber(text.substr(slash + 1), rule.flipMask, 16);
+}
+
 bool readPlainWord(std::string_view word, FaultRule& rule)
 {
     if (word == "after") {
@@ -60,16 +83,35 @@ bool readPlainWord(std::string_view word, FaultRule& rule)
         rule.kind = FaultKind::Gone;
     } else if (word == "pull") {
         rule.kind = FaultKind::Pull;
-    } else if (word == "ignored") {
-        rule.kind = FaultKind::Ignored;
     } else if (word == "noise") {
         rule.kind = FaultKind::Noise;
     } else if (word == "transport") {
         rule.kind = FaultKind::Transport;
+        rule.hostStatus = kHostError;
+    } else if (word == "ignored") {
+        rule.kind = FaultKind::Ignored;
     } else {
         return false;
     }
     return true;
+}
+
+/// The keys that say which commands a rule strikes.
+std::optional<bool> readCondition(std::string_view key, std::string_view value, FaultRule& rule)
+{
+    if (key == "nth") {
+        return readNumber(value, rule.nth) && rule.nth > 0;
+    }
+    if (key == "times") {
+        return readCount(value, rule.times);
+    }
+    if (key == "lba") {
+        return readRange(value, rule);
+    }
+    if (key == "page") {
+        return readNumber(value, rule.page, 16);
+    }
+    return std::nullopt;
 }
 
 bool readWord(std::string_view word, FaultRule& rule)
@@ -80,14 +122,8 @@ bool readWord(std::string_view word, FaultRule& rule)
     }
     const auto key = word.substr(0, equals);
     const auto value = word.substr(equals + 1);
-    if (key == "nth") {
-        return readNumber(value, rule.nth) && rule.nth > 0;
-    }
-    if (key == "times") {
-        return readCount(value, rule.times);
-    }
-    if (key == "lba") {
-        return readRange(value, rule);
+    if (const auto read = readCondition(key, value, rule)) {
+        return *read;
     }
     if (key == "sense") {
         rule.kind = FaultKind::Sense;
@@ -96,6 +132,18 @@ bool readWord(std::string_view word, FaultRule& rule)
     if (key == "delay") {
         rule.kind = FaultKind::Delay;
         return readCount(value, rule.delayMs);
+    }
+    if (key == "host") {
+        rule.kind = FaultKind::Transport;
+        return readNumber(value, rule.hostStatus, 16) && rule.hostStatus > 0;
+    }
+    if (key == "errno") {
+        rule.kind = FaultKind::Error;
+        return readErrno(value, rule.error);
+    }
+    if (key == "flip") {
+        rule.kind = FaultKind::Flip;
+        return readFlip(value, rule);
     }
     if (key == "jitter") {
         rule.kind = FaultKind::Jitter;
@@ -114,8 +162,11 @@ bool matches(const FaultRule& rule, int operation, const CommandRange& range)
 {
     const bool named = rule.operation == kAnyOperation || rule.operation == operation ||
                        (rule.operation == kMediaOperation && needsMedia(operation));
-    if (!named || !rule.ranged) {
-        return named;
+    if (!named || (rule.page != kAnyPage && rule.page != range.page)) {
+        return false;
+    }
+    if (!rule.ranged) {
+        return true;
     }
     return range.known && range.first <= rule.lastLba && range.first + range.count > rule.firstLba;
 }
@@ -133,7 +184,8 @@ void addTo(FaultVerdict& verdict, const FaultRule& rule, const FaultCounter& cou
 {
     if (rule.kind == FaultKind::Delay) {
         verdict.delayMs = std::max(verdict.delayMs, rule.delayMs);
-    } else if (rule.kind == FaultKind::Noise || rule.kind == FaultKind::Jitter) {
+    } else if (rule.kind == FaultKind::Noise || rule.kind == FaultKind::Jitter ||
+               rule.kind == FaultKind::Flip) {
         verdict.readFaults.push_back(rule);
         verdict.readStrikes.push_back(counter.strikes);
     } else if (!verdict.failure) {

@@ -11,6 +11,12 @@
 namespace zib::drive {
 
 inline constexpr std::uint32_t kForever = 0xFFFFFFFF;
+inline constexpr int kAnyOperation = -1;
+inline constexpr int kMediaOperation = -2;
+inline constexpr int kAnyPage = -1;
+/// What the kernel calls these ends of a command (DID_TIME_OUT, DID_ERROR).
+inline constexpr int kHostTimeOut = 0x03;
+inline constexpr int kHostError = 0x07;
 
 /// What a rule does to the command it strikes.
 enum class FaultKind : std::uint8_t
@@ -18,9 +24,11 @@ enum class FaultKind : std::uint8_t
     Sense,     ///< the command fails with this sense data
     Delay,     ///< the command takes longer
     Transport, ///< the host adapter reports an error; nothing is known of the command
+    Error,     ///< the request itself fails with an errno
+    Ignored,   ///< the drive says "good" and has done nothing
+    Flip,      ///< a byte of the reply comes back with other bits
     Gone,      ///< the drive is unplugged from here on
     Pull,      ///< the disc is out of the drive from here on
-    Ignored,   ///< the drive says it has done the command, and has not
     Noise,     ///< frames read come back with changed samples
     Jitter     ///< frames read come back shifted
 };
@@ -30,6 +38,7 @@ struct FaultRule
 {
     std::string text;          ///< the line itself; it identifies the rule's counter
     int operation = -1;        ///< operation code, kAnyOperation or kMediaOperation
+    int page = kAnyPage;       ///< only mode commands about this page
     std::int32_t firstLba = 0; ///< the rule wants an address only if ranged
     std::int32_t lastLba = 0;
     bool ranged = false;
@@ -40,10 +49,11 @@ struct FaultRule
     Sense sense;
     std::uint32_t delayMs = 0; ///< kForever hangs until the caller's time limit
     int shiftSamples = 0;
+    int hostStatus = 0;       ///< of a Transport rule, as the kernel's DID_ codes
+    int error = 0;            ///< of an Error rule
+    std::uint32_t flipAt = 0; ///< of a Flip rule: the byte, and the bits in it
+    std::uint8_t flipMask = 0;
 };
-
-inline constexpr int kAnyOperation = -1;
-inline constexpr int kMediaOperation = -2;
 
 /// How often a rule has matched; lives in the drive's shared state.
 struct FaultCounter
@@ -56,18 +66,19 @@ struct FaultCounter
 /// What the rules say about one command.
 struct FaultVerdict
 {
-    std::optional<FaultRule> failure; ///< a Sense, Transport, Gone, Pull or Ignored rule
+    std::optional<FaultRule> failure; ///< a rule that ends the command
     std::uint32_t delayMs = 0;
-    std::vector<FaultRule> readFaults; ///< Noise and Jitter rules
+    std::vector<FaultRule> readFaults; ///< Noise, Jitter and Flip rules
     std::vector<std::uint32_t> readStrikes;
 };
 
-/// The address range a command works on.
+/// The address range a command works on, or the mode page.
 struct CommandRange
 {
     bool known = false;
     std::int32_t first = 0;
     std::int32_t count = 0;
+    int page = kAnyPage;
 };
 
 /// Reads one rule.

@@ -111,8 +111,8 @@ Sense selectWriteParameters(Station& station, ByteView page)
     DriveState& state = station.state;
     std::ranges::copy(page.first(kWriteParameterBytes), state.writeParameters.begin());
     state.writeParameters[0] = kWriteParametersPage;
-    if (!station.config.keepsTestBit) {
-        state.writeParameters[2] &= 0xEFU;
+    if (station.config.testBit == TestBit::Dropped) {
+        state.writeParameters[2] &= static_cast<std::uint8_t>(~0x10U);
     }
     if (!station.testWrite()) {
         state.simulatedTracks = 0;

@@ -115,4 +115,17 @@ CommandRange rangeOf(ByteView cdb)
     }
 }
 
+CommandRange subjectOf(ByteView cdb, ByteView data)
+{
+    CommandRange subject = rangeOf(cdb);
+    if (cdb[0] == 0x1A || cdb[0] == 0x5A) {
+        subject.page = cdb[2] & 0x3F;
+    } else if (cdb[0] == 0x15 || cdb[0] == 0x55) {
+        const bool six = cdb[0] == 0x15;
+        const std::size_t at = six ? 4 + bigEndian(data, 3, 1) : 8 + bigEndian(data, 6, 2);
+        subject.page = at < data.size() ? data[at] & 0x3F : kAnyPage;
+    }
+    return subject;
+}
+
 } // namespace zib::drive

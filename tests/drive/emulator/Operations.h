@@ -21,4 +21,7 @@ namespace zib::drive {
 /// The addresses that a reading or writing command names.
 [[nodiscard]] CommandRange rangeOf(ByteView cdb);
 
+/// The same, and the page that a mode command is about; that of a mode select stands in its @p data.
+[[nodiscard]] CommandRange subjectOf(ByteView cdb, ByteView data);
+
 } // namespace zib::drive

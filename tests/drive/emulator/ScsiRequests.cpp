@@ -17,8 +17,6 @@ constexpr int kReservedBytes = 256 * 1024;
 constexpr int kDefaultTimeoutTicks = 6000;
 constexpr unsigned long kGetIdLun = 0x5382;
 constexpr unsigned long kGetBusNumber = 0x5386;
-constexpr unsigned short kHostTimeOut = 0x03;
-constexpr unsigned short kHostError = 0x07;
 constexpr unsigned short kDriverSense = 0x08;
 constexpr unsigned char kCheckCondition = 0x02;
 constexpr std::size_t kSenseBytes = 18;
@@ -116,7 +114,7 @@ int execute(Drive& drive, sg_io_hdr_t& header)
         return -answer.error;
     }
     header.status = header.masked_status = header.msg_status = header.sb_len_wr = 0;
-    header.host_status = answer.timedOut ? kHostTimeOut : answer.transport ? kHostError : 0;
+    header.host_status = static_cast<unsigned short>(answer.hostStatus);
     header.driver_status = 0;
     header.info = header.host_status != 0 ? SG_INFO_CHECK : SG_INFO_OK;
     header.duration = 0;

@@ -64,9 +64,8 @@ struct Answer
 {
     Sense sense;
     Bytes data;
-    int error = 0;          ///< errno for the caller; the command was not executed
-    bool transport = false; ///< the host adapter reports a bus error
-    bool timedOut = false;
+    int error = 0;      ///< errno for the caller; the command was not executed
+    int hostStatus = 0; ///< what the host adapter reports, 0 when all is well
     std::int64_t takesMs = 0;
     std::optional<std::int32_t> address; ///< the information field of the sense data
 
@@ -84,7 +83,10 @@ struct Station
     CueSheet& cue; ///< the accepted cue sheet
 
     [[nodiscard]] std::uint8_t writeType() const { return state.writeParameters[2] & 0xFU; }
-    [[nodiscard]] bool testWrite() const { return (state.writeParameters[2] & 0x10U) != 0; }
+    [[nodiscard]] bool testWrite() const
+    {
+        return (state.writeParameters[2] & 0x10U) != 0 && config.testBit != TestBit::Ignored;
+    }
     [[nodiscard]] bool multiSession() const { return (state.writeParameters[3] & 0xC0U) == 0xC0U; }
     [[nodiscard]] bool writable() const
     {

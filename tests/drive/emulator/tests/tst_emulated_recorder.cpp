@@ -44,7 +44,10 @@ private slots:
     void fault_noise_isToldByErrorPointers();
     void fault_jitter_shiftsSamples();
     void fault_delay_pastTheLimit_timesOut();
+    void fault_ignored_saysGoodAndDoesNothing();
+    void fault_flip_liesAboutOnePageOnly();
     void fault_gone_takesTheNodeAway();
+    void fault_gone_unlocksTheDoor();
     void fault_pull_takesTheDiscOut();
     void journal_tellsEveryCommand();
     void threads_mayShareTheDrive();
@@ -173,6 +176,11 @@ void TestEmulatedRecorder::fault_strikesAsCounted_data()
     QTest::newRow("for good") << "ANY nth=3 times=forever sense=2/04/01"
                               << QStringList{"good", "good", "2/04/01", "2/04/01"};
     QTest::newRow("transport") << "ANY transport" << QStringList{"host7", "good", "good", "good"};
+    QTest::newRow("transport, by its code") << "ANY host=7" << QStringList{"host7", "good", "good", "good"};
+    QTest::newRow("timed out at once")
+        << "ANY times=2 host=3" << QStringList{"host3", "host3", "good", "good"};
+    QTest::newRow("EIO") << "ANY nth=2 errno=EIO" << QStringList{"good", "errno5", "good", "good"};
+    QTest::newRow("ENODEV once") << "ANY errno=ENODEV" << QStringList{"errno19", "good", "good", "good"};
     QTest::newRow("another command") << "WRITE_10 sense=3/0C/00"
                                      << QStringList{"good", "good", "good", "good"};
 }
@@ -269,6 +277,44 @@ void TestEmulatedRecorder::fault_delay_pastTheLimit_timesOut()
     QCOMPARE(client.write({0x1E, 0, 0, 0, 1, 0}, {}, 100), "host3");
     QVERIFY(recorder.doorLocked());
     QCOMPARE(client.write({0x1E, 0, 0, 0, 0, 0}), "good");
+}
+
+void TestEmulatedRecorder::fault_ignored_saysGoodAndDoesNothing()
+{
+    EmulatedRecorder recorder;
+    recorder.addFault("PREVENT_ALLOW ignored");
+    ScsiClient client;
+    QCOMPARE(client.write({0x1E, 0, 0, 0, 1, 0}), "good");
+    QVERIFY(!recorder.doorLocked());
+    QCOMPARE(client.write({0x1E, 0, 0, 0, 1, 0}), "good");
+    QVERIFY(recorder.doorLocked());
+}
+
+void TestEmulatedRecorder::fault_flip_liesAboutOnePageOnly()
+{
+    EmulatedRecorder recorder;
+    recorder.addFault("MODE_SENSE_10 page=05 flip=10/10");
+    recorder.addFault("MODE_SELECT_10 page=01 sense=5/26/00");
+    ScsiClient client;
+    QCOMPARE(client.selectWriteParameters(0x12), "good");
+    QByteArray reply;
+    QCOMPARE(client.read({0x5A, 8, 0x2A, 0, 0, 0, 0, 0, 60, 0}, reply, 60), "good");
+    QCOMPARE(client.read({0x5A, 8, 0x05, 0, 0, 0, 0, 0, 60, 0}, reply, 60), "good");
+    QCOMPARE(int(reply[10]), 0x02);
+    QCOMPARE(client.read({0x5A, 8, 0x05, 0, 0, 0, 0, 0, 60, 0}, reply, 60), "good");
+    QCOMPARE(int(reply[10]), 0x12);
+    QCOMPARE(recorder.count("MODE_SELECT_10", "5/26/00"), 0);
+}
+
+void TestEmulatedRecorder::fault_gone_unlocksTheDoor()
+{
+    EmulatedRecorder recorder;
+    ScsiClient client;
+    QCOMPARE(client.write({0x1E, 0, 0, 0, 1, 0}), "good");
+    QVERIFY(recorder.doorLocked());
+    recorder.addFault("TEST_UNIT_READY gone");
+    QCOMPARE(client.ready(), "errno19");
+    QVERIFY(!recorder.doorLocked());
 }
 
 void TestEmulatedRecorder::fault_gone_takesTheNodeAway()

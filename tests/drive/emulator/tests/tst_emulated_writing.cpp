@@ -76,6 +76,9 @@ private slots:
     void sessionAtOnce_writesEveryFrame();
     void sessionAtOnce_outOfOrder_isRefused();
     void sessionAtOnce_interrupted_leavesUnreadableFrames();
+    void testBit_isTakenAsConfigured_data();
+    void testBit_isTakenAsConfigured();
+    void discEnd_followsTheDisc();
     void trackAtOnce_leavesGapBetweenTracks();
     void trackAtOnce_shortTrack_isPadded();
     void trackAtOnce_pastTheEnd_isRefused();
@@ -340,6 +343,50 @@ void TestEmulatedWriting::recipe_makesMixedDisc()
     QCOMPARE(content.tracks[1].control, 3);
     QCOMPARE(content.tracks[1].isrc, "ABCDE1234567");
     QCOMPARE(content.catalogNumber, "1234567890123");
+}
+
+void TestEmulatedWriting::testBit_isTakenAsConfigured_data()
+{
+    QTest::addColumn<QString>("testBit");
+    QTest::addColumn<int>("shown");
+    QTest::addColumn<int>("end");
+    QTest::newRow("kept") << "kept" << 0x12 << int(EmulatedRecorder::DiscEnd::Blank);
+    QTest::newRow("dropped") << "dropped" << 0x02 << int(EmulatedRecorder::DiscEnd::Finished);
+    QTest::newRow("ignored") << "ignored" << 0x12 << int(EmulatedRecorder::DiscEnd::Finished);
+}
+
+void TestEmulatedWriting::testBit_isTakenAsConfigured()
+{
+    QFETCH(QString, testBit);
+    EmulatedRecorder recorder;
+    recorder.set("test-bit", testBit);
+    ScsiClient client;
+    client.ready();
+    QCOMPARE(client.selectWriteParameters(0x12), "good");
+    QByteArray page;
+    QCOMPARE(client.read({0x5A, 8, 0x05, 0, 0, 0, 0, 0, 60, 0}, page, 60), "good");
+    QTEST(int(page[10]), "shown");
+    QCOMPARE(client.sendCueSheet(oneTrack(300)), "good");
+    QCOMPARE(writeAll(client, -150, frames(450)), "good");
+    QTEST(int(recorder.discEnd()), "end");
+}
+
+void TestEmulatedWriting::discEnd_followsTheDisc()
+{
+    using enum EmulatedRecorder::DiscEnd;
+    EmulatedRecorder recorder;
+    QVERIFY(recorder.discEnd() == Blank);
+    ScsiClient client;
+    client.ready();
+    client.selectWriteParameters(0x02);
+    QCOMPARE(client.sendCueSheet(oneTrack(300)), "good");
+    QVERIFY(recorder.discEnd() == Blank);
+    QCOMPARE(writeAll(client, -150, frames(25)), "good");
+    QVERIFY(recorder.discEnd() == Begun);
+    QCOMPARE(writeAll(client, -125, frames(425)), "good");
+    QVERIFY(recorder.discEnd() == Finished);
+    recorder.removeDisc();
+    QVERIFY(recorder.discEnd() == None);
 }
 
 QTEST_GUILESS_MAIN(TestEmulatedWriting)
