@@ -48,7 +48,9 @@ void WindowBook::showOptions(QWidget* owner)
 {
     frmOptions window(m_services, owner);
     if (m_main)
-        QObject::connect(&window, &frmOptions::applied, m_main, &frmMain::RefreshMain);
+        QObject::connect(&window.saver(), &SettingsSaver::applied, m_main, &frmMain::RefreshMain);
+    QObject::connect(&window.saver(), &SettingsSaver::refused, &window.saver(),
+                     [this](const QString& text) { m_services.messages.critical(nullptr, text); });
     window.exec();
 }
 

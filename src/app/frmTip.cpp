@@ -52,9 +52,9 @@ void frmTip::chkLoadTipsAtStartup_Click()
 {
     OptionsData options = gOptions;
     options.ShowTipsOfDay = GeneralAPI::IsChecked(ui->chkLoadTipsAtStartup);
-    GeneralAPI::WriteIniString(QStringLiteral("View"), QStringLiteral("Show Tips Of Day"),
-                               options.ShowTipsOfDay ? QStringLiteral("True") : QStringLiteral("False"),
-                               gSettingsFile);
+    GeneralAPI::WriteIniStringLater(QStringLiteral("View"), QStringLiteral("Show Tips Of Day"),
+                                    options.ShowTipsOfDay ? QStringLiteral("True") : QStringLiteral("False"),
+                                    gSettingsFile);
     zib::setOptions(options);
 }
 

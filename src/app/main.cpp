@@ -13,7 +13,7 @@
 #include "platform/DesktopDialogs.h"
 #include "platform/DesktopFolderPicker.h"
 #include "platform/DesktopShell.h"
-#include "platform/IniFile.h"
+#include "platform/IniQueue.h"
 #include "platform/SystemRegistry.h"
 
 #include <QApplication>
@@ -47,7 +47,8 @@ int main(int argc, char* argv[])
     QGuiApplication::setDesktopFileName(QStringLiteral("zibcdburner"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/zibcdburner.svg")));
 
-    zib::IniFile ini;
+    zib::IniFile disk;
+    zib::IniQueue ini(disk);
     zib::DesktopShell shell;
     zib::DesktopFolderPicker folders;
     zib::SystemRegistry registry;
@@ -60,5 +61,7 @@ int main(int argc, char* argv[])
     frmMain window(windows.services());
     windows.setMainWindow(&window);
     window.show();
-    return QApplication::exec();
+    const int result = QApplication::exec();
+    ini.finish(); // While a failure can still be told.
+    return result;
 }

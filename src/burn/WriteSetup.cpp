@@ -36,7 +36,7 @@ void configureWrite(DVDWriterPro& writer, const OptionsData& options, bool drive
 {
     writer.setCacheLocally(options.CacheFilesLocally);
     if (options.CacheFilesLocally) {
-        const QString folder = options.Temporary.trimmed();
+        const QString folder = GeneralAPI::SettingFolder(options.Temporary);
         GeneralAPI::MakeFolderPath(folder);
         writer.setCacheFolder(folder);
     }

@@ -1,5 +1,7 @@
 #include "common/FileDrop.h"
 
+#include "common/NativeName.h"
+
 #include <QDropEvent>
 #include <QMimeData>
 #include <QUrl>
@@ -13,8 +15,8 @@ QStringList localFiles(const QMimeData* data)
 {
     QStringList paths;
     for (const QUrl& url : data->urls())
-        if (url.isLocalFile())
-            paths << url.toLocalFile();
+        if (const QString path = pathOfUrl(url); !path.isEmpty())
+            paths << path;
     return paths;
 }
 

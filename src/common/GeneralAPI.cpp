@@ -2,17 +2,19 @@
 
 #include "common/GenralMacro.h"
 #include "common/Messages.h"
+#include "common/NativeName.h"
 #include "common/Platform.h"
 #include "common/Texts.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 
 #include <initializer_list>
 
+using zib::nativeBytes;
+using zib::nativeText;
 using zib::platform;
 
 namespace GeneralAPI {
@@ -62,7 +64,15 @@ QString iniPath(const QString& file)
 /// Makes one folder if it is missing. @returns whether it is there now.
 bool ensureFolder(const QString& folder)
 {
-    return QFileInfo(folder).isDir() || QDir().mkdir(folder) || QFileInfo(folder).isDir();
+    return zib::isFolder(folder) || zib::makeOneFolder(folder) || zib::isFolder(folder);
+}
+
+/// A part of a path behind what was made of it so far: as it stands when such a folder is there, else
+/// trimmed.
+QString folderPart(const QString& made, const QString& part, QChar separator)
+{
+    const QString trimmed = trimmedSpaces(part);
+    return (trimmed != part && zib::isFolder(made + part + separator) ? part : trimmed) + separator;
 }
 
 struct ListEntry
@@ -87,8 +97,25 @@ QString ReadIniString(const QString& section, const QString& key, const QString&
     if (!platform().ini)
         return cleaned(fallback);
     const QByteArray value = platform().ini->GetPrivateProfileStringA(
-        section.toUtf8(), key.toUtf8(), fallback.toUtf8(), kIniBufferBytes, iniPath(file));
-    return cleaned(QString::fromUtf8(value));
+        nativeBytes(section), nativeBytes(key), nativeBytes(fallback), kIniBufferBytes, iniPath(file));
+    return cleaned(nativeText(value));
+}
+
+QStringList ReadIniStrings(const QList<IniKey>& keys, const QString& file)
+{
+    QList<zib::IniQuery> queries;
+    QStringList texts;
+    for (const IniKey& key : keys) {
+        queries << zib::IniQuery{nativeBytes(key.section), nativeBytes(key.key), nativeBytes(key.fallback),
+                                 kIniBufferBytes};
+        texts << cleaned(key.fallback);
+    }
+    if (!platform().ini)
+        return texts;
+    const QList<QByteArray> values = platform().ini->readAll(queries, iniPath(file));
+    for (qsizetype i = 0; i < values.size(); ++i)
+        texts[i] = cleaned(nativeText(values[i]));
+    return texts;
 }
 
 bool WriteIniString(const QString& section, const QString& key, const QString& value, const QString& file)
@@ -100,12 +127,19 @@ bool WriteIniString(const QString& section, const QString& key, const QString& v
                                                       iniPath(file));
 }
 
+void WriteIniStringLater(const QString& section, const QString& key, const QString& value,
+                         const QString& file)
+{
+    if (platform().ini)
+        platform().ini->writeLater({IniChangeOf(section, key, value)}, iniPath(file), {});
+}
+
 zib::IniChange IniChangeOf(const QString& section, const QString& key, const QString& value)
 {
-    const QByteArray text = cleaned(value).toUtf8();
-    zib::IniChange change{section.toUtf8(), {}, {}};
+    const QByteArray text = nativeBytes(cleaned(value));
+    zib::IniChange change{nativeBytes(section), {}, {}};
     if (!key.isEmpty())
-        change.key = key.toUtf8();
+        change.key = nativeBytes(key);
     if (!key.isEmpty() && !text.isEmpty())
         change.value = text;
     return change;
@@ -136,7 +170,7 @@ void MakeFolderPath(const QString& path)
     for (const QString& part : path.split(separator)) {
         if (trimmedSpaces(part).isEmpty())
             continue;
-        made += trimmedSpaces(part) + separator;
+        made += folderPart(made, part, separator);
         if (!ensureFolder(made)) {
             if (platform().messages)
                 platform().messages->critical(nullptr, QStringLiteral("Create directory error: ") + path,
@@ -146,9 +180,18 @@ void MakeFolderPath(const QString& path)
     }
 }
 
-QString BrowseForFolder(QWidget* owner)
+QString BrowseForFolder(QWidget* owner, const QString& start)
 {
-    return platform().folders ? platform().folders->SHBrowseForFolderA(owner, kBrowseTitle) : QString();
+    if (!platform().folders)
+        return {};
+    return platform().folders->SHBrowseForFolderA(owner, kBrowseTitle, SettingFolder(start));
+}
+
+QString SettingFolder(const QString& setting)
+{
+    const QString folder = setting.trimmed();
+    const bool relative = !folder.isEmpty() && separatorOf(folder) == u'/' && !folder.startsWith(u'/');
+    return relative ? JoinPath(zib::applicationFolder(), folder) : folder;
 }
 
 QString FormatDuration(qint32 milliseconds)

@@ -3,6 +3,7 @@
 #include "common/Platform.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -18,10 +19,22 @@ namespace GeneralAPI {
 /// bytes. An empty @p file means the program's own default INI file.
 QString ReadIniString(const QString& section, const QString& key, const QString& fallback,
                       const QString& file = {});
+/// A key of an INI file and the text that stands for it while it is missing.
+struct IniKey
+{
+    QString section;
+    QString key;
+    QString fallback{};
+};
+/// @returns what ReadIniString gives for each of these keys, from one reading of the file.
+QStringList ReadIniStrings(const QList<IniKey>& keys, const QString& file = {});
 /// Writes the trimmed value; an empty one deletes the key, an empty key deletes the section.
 /// @returns whether the file holds the change.
 bool WriteIniString(const QString& section, const QString& key, const QString& value,
                     const QString& file = {});
+/// Does so without keeping the caller waiting for a slow disk; a failure is passed over.
+void WriteIniStringLater(const QString& section, const QString& key, const QString& value,
+                         const QString& file = {});
 /// @returns what WriteIniString would write, for a service that makes many changes at once.
 zib::IniChange IniChangeOf(const QString& section, const QString& key, const QString& value);
 
@@ -31,10 +44,15 @@ QString JoinPath(const QString& folder, const QString& name);
 QString GetFolderOfPath(const QString& path);
 /// @returns the part behind the last separator.
 QString GetFileNameOfPath(const QString& path);
-/// Creates a folder with every missing parent; a failure is told in a box and ends it.
+/// Creates a folder with every missing parent; a failure is told in a box and ends it. The parts of the path
+/// are trimmed, but for those that are there with their blanks.
 void MakeFolderPath(const QString& path);
+/// @param start the folder that the picker opens in; a relative one is taken from the application folder.
 /// @returns the folder the user chose, or an empty text.
-QString BrowseForFolder(QWidget* owner);
+QString BrowseForFolder(QWidget* owner, const QString& start = {});
+/// @returns the folder that a setting of the record names: trimmed, a relative one from the application
+/// folder.
+QString SettingFolder(const QString& setting);
 /// @returns "mm:ss:hh" from milliseconds, truncated; minutes grow beyond two digits.
 QString FormatDuration(qint32 milliseconds);
 

@@ -1,7 +1,11 @@
 #include "common/GenralMacro.h"
 
-#include <QCoreApplication>
-#include <QFileInfo>
+#include "common/NativeName.h"
+
+#include <algorithm>
+#include <climits>
+
+#include <unistd.h>
 
 namespace {
 
@@ -51,10 +55,18 @@ void setCurrentFile(const QString& path)
 
 QString applicationFolder()
 {
-    if (state().applicationFolder.isEmpty() && QCoreApplication::instance())
-        state().applicationFolder =
-            QFileInfo(QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath()).path();
+    if (state().applicationFolder.isEmpty())
+        state().applicationFolder = executableFolder();
     return state().applicationFolder;
+}
+
+QString executableFolder()
+{
+    char path[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+    const QByteArray name(path, std::max<ssize_t>(length, 0));
+    const qsizetype slash = name.lastIndexOf('/');
+    return nativeText(slash > 0 ? name.left(slash) : QByteArray("/"));
 }
 
 void setApplicationFolder(const QString& folder)

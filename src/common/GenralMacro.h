@@ -31,6 +31,7 @@ struct OptionsData
     bool BufferProtection = false;
     bool ExploreAfterConverting = true;
     bool ExploreAfterRipping = true;
+    bool VerifyAfterWriting = false;
 
     bool operator==(const OptionsData&) const = default;
 };
@@ -47,10 +48,12 @@ void setSettingsFile(const QString& path);
 void setTotalMinutes(double minutes);
 void setCurrentFile(const QString& path);
 
-/// Folder of the running executable, links resolved, without a trailing separator (a root keeps it).
-/// Before the application object exists, or in tests, whatever setApplicationFolder stored.
+/// The folder that holds the program's files and the user's, without a trailing separator (a root keeps it):
+/// what setApplicationFolder stored, otherwise executableFolder.
 QString applicationFolder();
 void setApplicationFolder(const QString& folder);
+/// Folder of the running executable, links resolved.
+QString executableFolder();
 
 /// Puts every shared value back when a test ends.
 class GlobalsScope

@@ -6,12 +6,28 @@ namespace {
 Platform g_platform;
 }
 
+QList<QByteArray> IniService::readAll(const QList<IniQuery>& queries, const QString& file)
+{
+    QList<QByteArray> values;
+    for (const IniQuery& query : queries)
+        values << GetPrivateProfileStringA(query.section, query.key, query.fallback, query.size, file);
+    return values;
+}
+
 bool IniService::writeAll(const QList<IniChange>& changes, const QString& file)
 {
     for (const IniChange& change : changes)
         if (!WritePrivateProfileStringA(change.section, change.key, change.value, file))
             return false;
     return true;
+}
+
+void IniService::writeLater(const QList<IniChange>& changes, const QString& file,
+                            const std::function<void(bool)>& done)
+{
+    const bool written = writeAll(changes, file);
+    if (done)
+        done(written);
 }
 
 const Platform& platform()

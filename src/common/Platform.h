@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class QWidget;
@@ -18,6 +19,15 @@ struct IniChange
     QByteArray section;
     std::optional<QByteArray> key;
     std::optional<QByteArray> value;
+};
+
+/// One value to read from an INI file: what GetPrivateProfileStringA takes.
+struct IniQuery
+{
+    QByteArray section;
+    QByteArray key;
+    QByteArray fallback{};
+    int size = 2048;
 };
 
 /// INI files with the documented behaviour of the calls named here. Texts are UTF-8.
@@ -35,10 +45,22 @@ public:
     /// @returns whether the file now holds the change.
     virtual bool WritePrivateProfileStringA(const QByteArray& section, const std::optional<QByteArray>& key,
                                             const std::optional<QByteArray>& value, const QString& file) = 0;
+    /// Reads many values. The platform's own service reads the file once for all of them; this plain version
+    /// reads them one by one.
+    /// @returns for each query, in their order, what GetPrivateProfileStringA gives.
+    virtual QList<QByteArray> readAll(const QList<IniQuery>& queries, const QString& file);
     /// Makes many changes in order. The platform's own service makes all of them in one replacement of the
     /// file, or none; this plain version writes them one by one and stops at the first that fails.
     /// @returns whether the file now holds every change.
     virtual bool writeAll(const QList<IniChange>& changes, const QString& file);
+    /// Makes changes as writeAll does, without keeping the caller waiting for a slow disk. They reach the
+    /// disk in the order of the calls; every reading through this service sees them from now on. The plain
+    /// version waits.
+    /// @param done gets whether the file holds every change, on the caller's thread: before this returns when
+    /// the disk answers at once, otherwise from the event loop. After a failure nothing is read of the
+    /// changes any more.
+    virtual void writeLater(const QList<IniChange>& changes, const QString& file,
+                            const std::function<void(bool)>& done);
 };
 
 /// Hands things to the desktop. Calls return at once; failures are the desktop's own affair.
@@ -56,8 +78,9 @@ class FolderPicker
 {
 public:
     virtual ~FolderPicker() = default;
+    /// @param start where it opens; without one, or when it is not there, wherever the last one was.
     /// @returns the chosen folder, or an empty text when the user cancelled.
-    virtual QString SHBrowseForFolderA(QWidget* owner, const QString& title) = 0;
+    virtual QString SHBrowseForFolderA(QWidget* owner, const QString& title, const QString& start) = 0;
 };
 
 /// A read-only registry under HKEY_LOCAL_MACHINE.

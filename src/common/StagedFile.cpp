@@ -1,8 +1,8 @@
 #include "common/StagedFile.h"
 
+#include "common/NativeName.h"
+
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <cstdio>
@@ -21,11 +21,6 @@ const QString kHiddenSuffix = QStringLiteral(".part");
 /// So much is handed to the storage at a time: the last flush then never takes long.
 constexpr qint64 kFlushStepBytes = qint64{8} << 20;
 constexpr mode_t kFileRights = 0666;
-
-QByteArray nativeName(const QString& path)
-{
-    return QFile::encodeName(path);
-}
 
 /// Makes a folder's entries safe: a name is on the storage only after its folder is.
 void flushFolder(const QString& folder)
@@ -55,11 +50,12 @@ bool renameToFree(const QString& from, const QString& to)
 /// Nobody holds the lock of a file whose writer was killed.
 void removeUnlessLocked(const QString& path)
 {
-    const int fd = ::open(nativeName(path).constData(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+    const int fd = ::open(nativeName(path).constData(), O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW);
     if (fd < 0)
         return;
-    if (::flock(fd, LOCK_EX | LOCK_NB) == 0)
-        QFile::remove(path);
+    struct stat info = {};
+    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && ::flock(fd, LOCK_EX | LOCK_NB) == 0)
+        removeFile(path);
     ::close(fd);
 }
 
@@ -155,7 +151,7 @@ Outcome<> StagedFile::named(bool renamed)
 
 void StagedFile::makeNameless()
 {
-    QFile::remove(m_hiddenPath);
+    removeFile(m_hiddenPath);
     m_nameless = true;
 }
 
@@ -169,23 +165,21 @@ QString StagedFile::currentPath() const
 void StagedFile::remove()
 {
     if (!m_nameless)
-        QFile::remove(currentPath());
+        removeFile(currentPath());
     close();
 }
 
 void StagedFile::removeLeftOvers(const QString& folder, const QString& names)
 {
-    const QStringList pattern{kHiddenPrefix + names + kHiddenSuffix};
-    for (const QString& name : QDir(folder).entryList(pattern, QDir::Files | QDir::Hidden | QDir::NoSymLinks))
-        removeUnlessLocked(QDir(folder).filePath(name));
+    const QString pattern = kHiddenPrefix + names + kHiddenSuffix;
+    for (const QString& name : folderEntries(folder))
+        if (QDir::match(pattern, name))
+            removeUnlessLocked(QDir(folder).filePath(name));
 }
 
 void StagedFile::removeLeftOver(const QString& folder, const QString& name)
 {
-    const QString path = QDir(folder).filePath(kHiddenPrefix + name + kHiddenSuffix);
-    const QFileInfo found(path);
-    if (found.isFile() && !found.isSymLink())
-        removeUnlessLocked(path);
+    removeUnlessLocked(QDir(folder).filePath(kHiddenPrefix + name + kHiddenSuffix));
 }
 
 } // namespace zib

@@ -1,8 +1,8 @@
 #include "platform/AtomicFile.h"
 
+#include "common/NativeName.h"
+
 #include <QCryptographicHash>
-#include <QFile>
-#include <QFileInfo>
 #include <QThread>
 
 #include <cerrno>
@@ -94,9 +94,9 @@ bool writeAll(int fd, const QByteArray& bytes)
 /// The name of the file that is written beside; always short, however long the name of the file itself.
 QByteArray besideName(const QString& path)
 {
-    const QByteArray name = QFile::encodeName(path.mid(path.lastIndexOf(u'/') + 1));
+    const QByteArray name = nativeName(path.mid(path.lastIndexOf(u'/') + 1));
     const QByteArray hash = QCryptographicHash::hash(name, QCryptographicHash::Sha1).toHex().left(16);
-    return QFile::encodeName(folderOf(path)) + "/.zib-" + hash + ".tmp";
+    return nativeName(folderOf(path)) + "/.zib-" + hash + ".tmp";
 }
 
 bool mayWrite(const QByteArray& path, const FileSnapshot& before)
@@ -144,7 +144,7 @@ bool writeBeside(const QByteArray& beside, const QByteArray& bytes, const QByteA
 } // namespace
 
 FolderLock::FolderLock(const QString& file)
-    : m_folder(::open(QFile::encodeName(folderOf(file)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    : m_folder(::open(nativeName(folderOf(file)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
 {
     for (int i = 0; m_folder >= 0 && i < kLockTries && ::flock(m_folder, LOCK_EX | LOCK_NB) != 0; ++i) {
         if (errno != EWOULDBLOCK && errno != EINTR)
@@ -172,10 +172,10 @@ std::optional<QString> followLinks(const QString& path)
         return std::nullopt;
     for (int i = 0; i < kMostLinks; ++i) {
         char text[PATH_MAX];
-        const ssize_t n = ::readlink(QFile::encodeName(target).constData(), text, sizeof text);
+        const ssize_t n = ::readlink(nativeName(target).constData(), text, sizeof text);
         if (n < 0)
             return target;
-        const QString next = QFile::decodeName(QByteArray(text, n));
+        const QString next = nativeText(QByteArray(text, n));
         target = next.startsWith(u'/') ? next : folderOf(target) + u'/' + next;
     }
     return std::nullopt;
@@ -186,8 +186,7 @@ std::optional<FileSnapshot> readSnapshot(const QString& path)
     FileSnapshot snapshot;
     if (path.contains(QChar::Null))
         return std::nullopt;
-    const Descriptor file(
-        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const Descriptor file(::open(nativeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file)
         return errno == ENOENT ? std::optional(snapshot) : std::nullopt;
     struct stat info = {};
@@ -202,7 +201,7 @@ std::optional<FileSnapshot> readSnapshot(const QString& path)
 Replaced replaceFile(const QString& path, const QByteArray& bytes, const FileSnapshot& before,
                      const FolderLock& lock)
 {
-    const QByteArray target = QFile::encodeName(path);
+    const QByteArray target = nativeName(path);
     if (!unchanged(target, before))
         return Replaced::Changed;
     if (!mayWrite(target, before))

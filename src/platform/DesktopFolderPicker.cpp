@@ -4,9 +4,9 @@
 
 namespace zib {
 
-QString DesktopFolderPicker::SHBrowseForFolderA(QWidget* owner, const QString& title)
+QString DesktopFolderPicker::SHBrowseForFolderA(QWidget* owner, const QString& title, const QString& start)
 {
-    FileBox box(owner, title, m_lastFolder);
+    FileBox box(owner, title, start.isEmpty() ? m_lastFolder : start);
     box.setFileMode(QFileDialog::Directory);
     box.setOption(QFileDialog::ShowDirsOnly);
     if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty())

@@ -8,7 +8,7 @@ namespace zib {
 class DesktopFolderPicker final : public FolderPicker
 {
 public:
-    QString SHBrowseForFolderA(QWidget* owner, const QString& title) override;
+    QString SHBrowseForFolderA(QWidget* owner, const QString& title, const QString& start) override;
 
 private:
     QString m_lastFolder;

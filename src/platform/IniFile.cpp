@@ -82,6 +82,24 @@ bool applyAll(IniText& text, const QList<IniChange>& changes)
     return true;
 }
 
+/// The text with lists of changes made, but for the lists that cannot be made whole.
+QByteArray changed(const QByteArray& bytes, const QList<QList<IniChange>>& lists)
+{
+    QByteArray result = bytes;
+    for (const QList<IniChange>& changes : lists)
+        if (IniText text(result); applyAll(text, changes))
+            result = text.bytes();
+    return result;
+}
+
+QList<IniName> namesOf(const QList<IniQuery>& queries)
+{
+    QList<IniName> names;
+    for (const IniQuery& query : queries)
+        names.append({query.section, query.key});
+    return names;
+}
+
 Replaced changeOnce(const QList<IniChange>& changes, const QString& target, const FolderLock& lock)
 {
     const auto before = readSnapshot(target);
@@ -100,9 +118,24 @@ Replaced changeOnce(const QList<IniChange>& changes, const QString& target, cons
 QByteArray IniFile::GetPrivateProfileStringA(const QByteArray& section, const QByteArray& key,
                                              const QByteArray& fallback, int size, const QString& file)
 {
+    return readAll({{section, key, fallback, size}}, file).first();
+}
+
+QList<QByteArray> IniFile::readAll(const QList<IniQuery>& queries, const QString& file)
+{
+    return readWith({}, queries, file);
+}
+
+QList<QByteArray> IniFile::readWith(const QList<QList<IniChange>>& changes, const QList<IniQuery>& queries,
+                                    const QString& file) const
+{
     const auto snapshot = readSnapshot(file);
-    const auto value = snapshot ? IniText(snapshot->bytes).value(section, key) : std::nullopt;
-    return fitted(value ? *value : withoutTrailingBlanks(fallback), size);
+    const QByteArray bytes = changed(snapshot ? snapshot->bytes : QByteArray(), changes);
+    const auto found = IniLines(bytes).values(namesOf(queries));
+    QList<QByteArray> values;
+    for (qsizetype i = 0; i < queries.size(); ++i)
+        values << fitted(found[i] ? *found[i] : withoutTrailingBlanks(queries[i].fallback), queries[i].size);
+    return values;
 }
 
 bool IniFile::WritePrivateProfileStringA(const QByteArray& section, const std::optional<QByteArray>& key,

@@ -1,58 +1,10 @@
 #include "platform/IniText.h"
 
-#include <QString>
-#include <QStringDecoder>
-#include <QStringEncoder>
-
-#include <algorithm>
+#include "platform/IniNames.h"
 
 namespace zib {
 
 namespace {
-
-bool isBlank(char16_t letter)
-{
-    return letter == u' ' || letter == u'\t';
-}
-
-QByteArray trimmedBlanks(QByteArray text)
-{
-    qsizetype begin = 0;
-    qsizetype end = text.size();
-    while (begin < end && isBlank(static_cast<uchar>(text[begin])))
-        ++begin;
-    while (end > begin && isBlank(static_cast<uchar>(text[end - 1])))
-        --end;
-    return text.mid(begin, end - begin);
-}
-
-/// The text of valid UTF-8, or nothing.
-std::optional<QString> decoded(const QByteArray& utf8)
-{
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    QString text = decoder(utf8);
-    if (decoder.hasError() || text.toUtf8() != utf8)
-        return std::nullopt;
-    return text;
-}
-
-bool isAscii(const QByteArray& text)
-{
-    return std::all_of(text.begin(), text.end(),
-                       [](char letter) { return static_cast<uchar>(letter) < 0x80; });
-}
-
-/// Names compare without case; names that are not UTF-8 only without the case of ASCII letters.
-bool sameName(const QByteArray& one, const QByteArray& other)
-{
-    if (one.compare(other, Qt::CaseInsensitive) == 0)
-        return true;
-    if (isAscii(one) || isAscii(other))
-        return false;
-    const auto left = decoded(one);
-    const auto right = decoded(other);
-    return left && right && left->compare(*right, Qt::CaseInsensitive) == 0;
-}
 
 bool holdsLineBreak(const QByteArray& text)
 {
@@ -70,65 +22,7 @@ bool usableKey(const QByteArray& name)
            name[0] != '[' && !name.startsWith("\xEF\xBB\xBF");
 }
 
-using KeyPlaces = QHash<QByteArray, qsizetype>;
-
-QByteArray withoutQuotes(const QByteArray& value)
-{
-    const bool quoted =
-        value.size() >= 2 && (value[0] == '"' || value[0] == '\'') && value.back() == value[0];
-    return quoted ? value.mid(1, value.size() - 2) : value;
-}
-
 } // namespace
-
-IniText::IniText(QByteArray bytes) : m_bytes(std::move(bytes))
-{
-    findEncoding();
-}
-
-void IniText::findEncoding()
-{
-    if (m_bytes.startsWith("\xEF\xBB\xBF"))
-        m_begin = 3;
-    m_bigEndian = m_bytes.startsWith("\xFE\xFF");
-    if (m_bigEndian || m_bytes.startsWith("\xFF\xFE")) {
-        m_unit = 2;
-        m_begin = 2;
-    }
-    m_end = m_bytes.size() - (m_bytes.size() - m_begin) % m_unit;
-}
-
-char16_t IniText::at(qsizetype place) const
-{
-    const auto byte = [this](qsizetype i) { return static_cast<char16_t>(static_cast<uchar>(m_bytes[i])); };
-    if (m_unit == 1)
-        return byte(place);
-    const char16_t high = byte(m_bigEndian ? place : place + 1);
-    const char16_t low = byte(m_bigEndian ? place + 1 : place);
-    return static_cast<char16_t>(high << 8 | low);
-}
-
-QByteArray IniText::textOf(qsizetype begin, qsizetype end) const
-{
-    const QByteArray raw = m_bytes.mid(begin, end - begin);
-    if (m_unit == 1)
-        return raw;
-    QStringDecoder decoder(m_bigEndian ? QStringDecoder::Utf16BE : QStringDecoder::Utf16LE,
-                           QStringConverter::Flag::ConvertInitialBom);
-    const QString text = decoder(raw);
-    return text.toUtf8();
-}
-
-std::optional<QByteArray> IniText::encoded(const QByteArray& utf8) const
-{
-    if (m_unit == 1)
-        return utf8;
-    const auto text = decoded(utf8);
-    if (!text)
-        return std::nullopt;
-    QStringEncoder encoder(m_bigEndian ? QStringEncoder::Utf16BE : QStringEncoder::Utf16LE);
-    return QByteArray(encoder(*text));
-}
 
 /// The line end that the file uses first, or a line feed.
 QByteArray IniText::lineEnd() const
@@ -140,74 +34,6 @@ QByteArray IniText::lineEnd() const
             return place + m_unit < m_end && at(place + m_unit) == u'\n' ? "\r\n" : "\r";
     }
     return "\n";
-}
-
-qsizetype IniText::skipBlanks(qsizetype begin, qsizetype end) const
-{
-    while (begin < end && isBlank(at(begin)))
-        begin += m_unit;
-    return begin;
-}
-
-qsizetype IniText::dropBlanks(qsizetype begin, qsizetype end) const
-{
-    while (end > begin && isBlank(at(end - m_unit)))
-        end -= m_unit;
-    return end;
-}
-
-/// @returns the place of a letter, or @p end.
-qsizetype IniText::find(char16_t letter, qsizetype begin, qsizetype end) const
-{
-    while (begin < end && at(begin) != letter)
-        begin += m_unit;
-    return begin;
-}
-
-IniText::Line IniText::lineFrom(qsizetype begin) const
-{
-    Line line{.begin = begin, .end = begin};
-    while (line.end < m_end && at(line.end) != u'\n' && at(line.end) != u'\r')
-        line.end += m_unit;
-    line.next = line.end;
-    if (line.next < m_end && at(line.next) == u'\r')
-        line.next += m_unit;
-    if (line.next < m_end && at(line.next) == u'\n' && (line.next == line.end || at(line.end) == u'\r'))
-        line.next += m_unit;
-    classify(line);
-    return line;
-}
-
-void IniText::classify(Line& line) const
-{
-    const qsizetype first = skipBlanks(line.begin, line.end);
-    if (first == line.end)
-        return;
-    if (at(first) == u';') {
-        line.kind = Kind::Comment;
-        return;
-    }
-    line.kind = Kind::Unknown;
-    const bool header = at(first) == u'[';
-    const qsizetype stop = find(header ? u']' : u'=', first, line.end);
-    if (stop == line.end)
-        return;
-    line.name = trimmedBlanks(textOf(header ? first + m_unit : first, stop));
-    if (header) {
-        line.kind = Kind::Section;
-    } else if (!line.name.isEmpty()) {
-        line.kind = Kind::Key;
-        line.afterEquals = stop + m_unit;
-        line.valueBegin = skipBlanks(line.afterEquals, line.end);
-    }
-}
-
-QList<IniText::Line> IniText::lines() const
-{
-    QList<Line> all;
-    for (qsizetype place = m_begin; place < m_end; place = all.last().next)
-        all.append(lineFrom(place));
-    return all;
 }
 
 qsizetype IniText::findSection(const QList<Line>& lines, const QByteArray& name, qsizetype from)
@@ -235,23 +61,10 @@ qsizetype IniText::findKey(const QList<Line>& lines, qsizetype header, const QBy
     return -1;
 }
 
-std::optional<QByteArray> IniText::value(const QByteArray& section, const QByteArray& key) const
-{
-    const QByteArray sectionName = trimmedBlanks(section);
-    const QByteArray keyName = trimmedBlanks(key);
-    const QList<Line> all = lines();
-    const qsizetype header = sectionName.isEmpty() ? -1 : findSection(all, sectionName);
-    const qsizetype found = header < 0 || keyName.isEmpty() ? -1 : findKey(all, header, keyName);
-    if (found < 0)
-        return std::nullopt;
-    const Line& line = all[found];
-    return withoutQuotes(textOf(line.valueBegin, dropBlanks(line.valueBegin, line.end)));
-}
-
 /// The lines of a section's keys by their names in small letters; of several alike the first one.
 QHash<QByteArray, qsizetype> IniText::asciiKeys(const QList<Line>& lines, qsizetype header)
 {
-    KeyPlaces places;
+    QHash<QByteArray, qsizetype> places;
     for (qsizetype i = sectionEnd(lines, header) - 1; i > header; --i)
         if (lines[i].kind == Kind::Key && isAscii(lines[i].name))
             places.insert(lines[i].name.toLower(), i);
@@ -294,7 +107,8 @@ bool IniText::setAll(const QByteArray& section, const QList<Entry>& entries)
     const QByteArray sectionName = trimmedBlanks(section);
     const QList<Line> all = lines();
     const qsizetype header = findSection(all, sectionName);
-    const KeyPlaces places = header < 0 ? KeyPlaces() : asciiKeys(all, header);
+    const QHash<QByteArray, qsizetype> places =
+        header < 0 ? QHash<QByteArray, qsizetype>() : asciiKeys(all, header);
     const auto placeOf = [&](const QByteArray& key) {
         if (header < 0 || isAscii(key))
             return places.value(key.toLower(), -1);

@@ -61,6 +61,7 @@ const QList<Setting>& settings()
         {misc, QStringLiteral("Explore After Converting"), &OptionsData::ExploreAfterConverting},
         {misc, QStringLiteral("Explore After Ripping"), &OptionsData::ExploreAfterRipping},
         {misc, QStringLiteral("Test Mode"), &OptionsData::TestMode},
+        {misc, QStringLiteral("Verify After Writing"), &OptionsData::VerifyAfterWriting},
     };
     return list;
 }
@@ -74,15 +75,10 @@ QString padded(const QString& folder)
     return text.leftJustified(kFolderCharacters);
 }
 
-OptionsData defaults()
+/// A folder by a name that keeps the blanks at its end when it is trimmed.
+QString endSafe(const QString& folder)
 {
-    const QString folder = zib::applicationFolder();
-    OptionsData options;
-    options.WAVInput = padded(folder);
-    options.WAVOutput = padded(GeneralAPI::JoinPath(folder, QStringLiteral("WAV")));
-    options.MP3Input = padded(folder);
-    options.Temporary = padded(GeneralAPI::JoinPath(folder, QStringLiteral("Temp")));
-    return options;
+    return !folder.isEmpty() && folder.back().isSpace() ? folder + u'/' : folder;
 }
 
 QString textOf(qint32 number)
@@ -130,20 +126,27 @@ std::optional<QString> converted(const QString& text, const QString&)
     return padded(text);
 }
 
-/// Reads one setting into the record, which holds its default. @returns the text that could not be converted.
-std::optional<QString> load(const Setting& setting, OptionsData& options)
+/// Stores the text of one setting in the record. @returns whether it could be converted.
+bool store(const Setting& setting, const QString& text, OptionsData& options)
 {
     return std::visit(
-        [&](auto field) -> std::optional<QString> {
-            const QString text = GeneralAPI::ReadIniString(setting.section, setting.key,
-                                                           textOf(options.*field), gSettingsFile);
+        [&](auto field) {
             const auto value = converted(text, options.*field);
-            if (!value)
-                return text;
-            options.*field = *value;
-            return std::nullopt;
+            if (value)
+                options.*field = *value;
+            return value.has_value();
         },
         setting.field);
+}
+
+/// The texts of all settings as they stand in the file, or their defaults, from one state of the file.
+QStringList storedTexts(const OptionsData& fallbacks)
+{
+    QList<GeneralAPI::IniKey> keys;
+    for (const Setting& setting : settings())
+        keys.append({setting.section, setting.key,
+                     std::visit([&](auto field) { return textOf(fallbacks.*field); }, setting.field)});
+    return GeneralAPI::ReadIniStrings(keys, gSettingsFile);
 }
 
 QString badLine(const Setting& setting, const QString& value)
@@ -165,6 +168,17 @@ void tell(const QStringList& badLines)
 
 } // namespace
 
+OptionsData defaults()
+{
+    const QString folder = zib::applicationFolder();
+    OptionsData options;
+    options.WAVInput = padded(endSafe(folder));
+    options.WAVOutput = padded(GeneralAPI::JoinPath(folder, QStringLiteral("WAV")));
+    options.MP3Input = padded(endSafe(folder));
+    options.Temporary = padded(GeneralAPI::JoinPath(folder, QStringLiteral("Temp")));
+    return options;
+}
+
 void SetDefaultSettings()
 {
     zib::setOptions(defaults());
@@ -174,9 +188,10 @@ void LoadSettings()
 {
     OptionsData options = defaults();
     QStringList badLines;
-    for (const Setting& setting : settings())
-        if (const auto bad = load(setting, options))
-            badLines << badLine(setting, *bad);
+    const QStringList texts = storedTexts(options);
+    for (qsizetype i = 0; i < texts.size(); ++i)
+        if (!store(settings()[i], texts[i], options))
+            badLines << badLine(settings()[i], texts[i]);
     zib::setOptions(options);
     tell(badLines);
 }

@@ -1,7 +1,12 @@
 #pragma once
 
+#include "common/GenralMacro.h"
+
 /// The settings record and its file. GUI thread only.
 namespace OptionsFunc {
+
+/// @returns the built-in defaults.
+OptionsData defaults();
 
 /// Fills the record with the built-in defaults; touches no file.
 void SetDefaultSettings();

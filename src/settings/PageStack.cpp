@@ -5,6 +5,8 @@
 #include <QLayout>
 #include <QTabWidget>
 
+#include <algorithm>
+
 namespace zib {
 
 namespace {
@@ -22,7 +24,8 @@ void PageStack::show() const
         const bool shown = i == m_strip->currentIndex();
         if (!shown && m_pages[i]->isAncestorOf(m_strip->window()->focusWidget()))
             m_strip->setFocus(); // Else a button below would take the focus, and the next key.
-        m_pages[i]->raise();
+        if (shown)
+            m_pages[i]->raise();
         m_pages[i]->move(wholePixels(shown ? kShownTwips : kHiddenTwips), m_pages[i]->y());
         m_pages[i]->setEnabled(shown);
     }
@@ -44,8 +47,11 @@ void PageStack::place() const
     const QWidget* frame = m_strip->currentWidget();
     const int top = frame->mapTo(window, QPoint(0, 0)).y() + kGap;
     const int width = window->width() - 2 * wholePixels(kShownTwips);
-    for (QWidget* page : m_pages)
-        page->setGeometry(page->x(), top, width, frame->height() - 2 * kGap);
+    // A hidden page never reaches into the window, however wide that is.
+    const int hiddenWidth = std::min(width, -wholePixels(kHiddenTwips));
+    for (int i = 0; i < m_pages.size(); ++i)
+        m_pages[i]->setGeometry(m_pages[i]->x(), top, i == m_strip->currentIndex() ? width : hiddenWidth,
+                                frame->height() - 2 * kGap);
 }
 
 } // namespace zib

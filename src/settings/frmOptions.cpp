@@ -9,6 +9,7 @@
 #include "settings/OptionsFunc.h"
 
 #include <QKeyEvent>
+#include <QRegularExpression>
 #include <QScreen>
 
 using GeneralAPI::IniChangeOf;
@@ -53,6 +54,19 @@ QList<zib::IniChange> selectionChange(const QString& key, const QComboBox* combo
     return {IniChangeOf(QStringLiteral("Wave"), key, QString::number(*number))};
 }
 
+const QRegularExpression& lineBreaks()
+{
+    static const QRegularExpression breaks(QStringLiteral("[\n\r\u2028\u2029]"));
+    return breaks;
+}
+
+/// Whether a line of the file can hold a folder.
+bool isStorable(const QString& folder)
+{
+    static const QRegularExpression lineEnds(QStringLiteral("[\n\r]"));
+    return !folder.trimmed().contains(lineEnds) && folder.isValidUtf16();
+}
+
 } // namespace
 
 frmOptions::frmOptions(const zib::Services& services, QWidget* parent)
@@ -81,6 +95,11 @@ void frmOptions::connectControls()
     connect(ui->cmdOK, &QPushButton::clicked, this, &frmOptions::cmdOK_Click);
     connect(ui->cmdCancel, &QPushButton::clicked, this, &frmOptions::cmdCancel_Click);
     connect(ui->cmdApply, &QPushButton::clicked, this, &frmOptions::cmdApply_Click);
+    connect(m_saver.get(), &zib::SettingsSaver::applied, this, &frmOptions::applied);
+    connect(m_saver.get(), &zib::SettingsSaver::takenBack, this, &frmOptions::FillOptionControls);
+    connect(m_saver.get(), &zib::SettingsSaver::refused, this, &frmOptions::refused);
+    for (const Folder& folder : folders())
+        connect(folder.box, &QLineEdit::textEdited, this, [this, box = folder.box] { keepOneLine(box); });
     installEventFilter(this);
     for (QWidget* control : findChildren<QWidget*>())
         control->installEventFilter(this); // The form sees keys before its controls do.
@@ -168,8 +187,10 @@ void frmOptions::cmdDefault_Click()
 
 void frmOptions::cmdOK_Click()
 {
-    cmdApply_Click();
+    const QStringList leftOut = unstorable();
+    const bool saved = SaveOptions();
     accept();
+    m_saver->tell(saved, leftOut); // The window is gone by then: it is the main window's to say.
 }
 
 void frmOptions::cmdCancel_Click()
@@ -179,9 +200,11 @@ void frmOptions::cmdCancel_Click()
 
 void frmOptions::cmdApply_Click()
 {
-    SaveOptions();
-    OptionsFunc::LoadSettings();
-    emit applied();
+    const QStringList leftOut = unstorable();
+    const bool saved = SaveOptions();
+    if (!saved || !leftOut.isEmpty())
+        FillOptionControls(); // They show what is in force.
+    m_saver->tell(saved, leftOut);
 }
 
 /// Every check box with its setting, in the order of the pages.
@@ -205,16 +228,17 @@ QList<frmOptions::Check> frmOptions::checks() const
         {misc, QStringLiteral("Explore After Converting"), ui->chkConvert,
          &OptionsData::ExploreAfterConverting},
         {misc, QStringLiteral("Explore After Ripping"), ui->chkRip, &OptionsData::ExploreAfterRipping},
+        {misc, QStringLiteral("Verify After Writing"), ui->chkVerify, &OptionsData::VerifyAfterWriting},
     };
 }
 
 QList<frmOptions::Folder> frmOptions::folders() const
 {
     return {
-        {QStringLiteral("WAV Input"), ui->txtWAVIn, &OptionsData::WAVInput},
-        {QStringLiteral("MP3 Input"), ui->txtMP3In, &OptionsData::MP3Input},
-        {QStringLiteral("WAV Output"), ui->txtWAVOut, &OptionsData::WAVOutput},
-        {QStringLiteral("Temporary"), ui->txtTemp, &OptionsData::Temporary},
+        {QStringLiteral("WAV Input"), ui->lblWAVIn, ui->txtWAVIn, &OptionsData::WAVInput},
+        {QStringLiteral("MP3 Input"), ui->lblMP3In, ui->txtMP3In, &OptionsData::MP3Input},
+        {QStringLiteral("WAV Output"), ui->lblWAVOut, ui->txtWAVOut, &OptionsData::WAVOutput},
+        {QStringLiteral("Temporary"), ui->lblTemp, ui->txtTemp, &OptionsData::Temporary},
     };
 }
 
@@ -232,21 +256,50 @@ void frmOptions::FillOptionControls()
     showColors();
 }
 
-/// Writes every key from the controls, in one replacement of the file. A file that cannot be written stays as
-/// it is, and the load that follows brings its settings back.
-void frmOptions::SaveOptions()
+/// Writes every key from the controls, in one replacement of the file, and loads the record from it.
+/// @returns false when the file could not be written and stays as it is.
+bool frmOptions::SaveOptions()
 {
     QList<zib::IniChange> changes = selectionChange(QStringLiteral("WAV Frequency"), ui->cboWAVFrequency) +
                                     selectionChange(QStringLiteral("WAV Channels"), ui->cboWAVChannels) +
                                     selectionChange(QStringLiteral("WAV Bits"), ui->cboWAVBits);
     for (const Folder& folder : folders())
-        changes << IniChangeOf(QStringLiteral("Folders"), folder.key, folder.box->text());
+        changes << changeOf(folder);
     for (const Check& check : checks())
         changes << IniChangeOf(check.section, check.key, word(check.box));
     changes << IniChangeOf(QStringLiteral("View"), QStringLiteral("Grid Back Color"), colorText(ui->picBack))
             << IniChangeOf(QStringLiteral("View"), QStringLiteral("Grid Text Color"), colorText(ui->picText));
-    if (zib::platform().ini)
-        zib::platform().ini->writeAll(changes, gSettingsFile);
+    return m_saver->save(changes);
+}
+
+/// The change that stores a folder. One that no line can hold, but is the default, is stored by its absence;
+/// another such one is left out, so that the old value stays.
+QList<zib::IniChange> frmOptions::changeOf(const Folder& folder) const
+{
+    const QString text = folder.box->text();
+    const bool isDefault = text.trimmed() == (OptionsFunc::defaults().*folder.field).trimmed();
+    if (!isStorable(text) && !isDefault)
+        return {};
+    return {IniChangeOf(QStringLiteral("Folders"), folder.key, isStorable(text) ? text : QString())};
+}
+
+/// The names of the folders that cannot be stored.
+QStringList frmOptions::unstorable() const
+{
+    QStringList names;
+    for (const Folder& folder : folders())
+        if (changeOf(folder).isEmpty())
+            names << folder.label->text().remove(u':');
+    return names;
+}
+
+/// Of what was pasted the first line counts that holds anything.
+void frmOptions::keepOneLine(QLineEdit* box)
+{
+    const QStringList lines = box->text().split(lineBreaks(), Qt::SkipEmptyParts);
+    if (lines.size() != 1 || lines.first() != box->text())
+        if (!box->text().isEmpty())
+            box->setText(lines.isEmpty() ? QString() : lines.first());
 }
 
 void frmOptions::PickColor(QFrame* box)
@@ -257,7 +310,8 @@ void frmOptions::PickColor(QFrame* box)
 
 void frmOptions::PickFolder(QLineEdit* box)
 {
-    if (const QString folder = GeneralAPI::BrowseForFolder(this).trimmed(); !folder.isEmpty())
+    const QString folder = GeneralAPI::BrowseForFolder(this, box->text()).trimmed();
+    if (!folder.isEmpty())
         box->setText(folder);
 }
 

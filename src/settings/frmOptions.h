@@ -3,6 +3,7 @@
 #include "common/GenralMacro.h"
 #include "common/Services.h"
 #include "settings/PageStack.h"
+#include "settings/SettingsSaver.h"
 
 #include <QDialog>
 
@@ -11,6 +12,7 @@
 class QCheckBox;
 class QFrame;
 class QKeyEvent;
+class QLabel;
 class QLineEdit;
 
 namespace Ui {
@@ -26,9 +28,14 @@ public:
     explicit frmOptions(const zib::Services& services, QWidget* parent = nullptr);
     ~frmOptions() override;
 
+    /// What saves for this window, and may outlive it.
+    const zib::SettingsSaver& saver() const { return *m_saver; }
+
 signals:
     /// After every Apply and OK, when the record equals the file again.
     void applied();
+    /// What an Apply or OK could not store, in words for the user; this window shows no box.
+    void refused(const QString& text);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -47,6 +54,7 @@ private:
     struct Folder
     {
         QString key;
+        QLabel* label;
         QLineEdit* box;
         QString OptionsData::*field;
     };
@@ -69,7 +77,10 @@ private:
     void cmdApply_Click();
 
     void FillOptionControls();
-    void SaveOptions();
+    bool SaveOptions();
+    QStringList unstorable() const;
+    QList<zib::IniChange> changeOf(const Folder& folder) const;
+    void keepOneLine(QLineEdit* box);
     void PickColor(QFrame* box);
     void PickFolder(QLineEdit* box);
     QList<Check> checks() const;
@@ -80,4 +91,5 @@ private:
     std::unique_ptr<Ui::frmOptions> ui;
     zib::Services m_services;
     zib::PageStack m_pages;
+    std::shared_ptr<zib::SettingsSaver> m_saver = std::make_shared<zib::SettingsSaver>();
 };

@@ -33,7 +33,7 @@ const QString kCompleted = QStringLiteral("Converting Completed.");
 /// A file dialog that starts in a folder of the settings, which is made if it is missing.
 FileDialogRequest requestFor(const QString& title, const QString& filter, const QString& folderSetting)
 {
-    const QString folder = folderSetting.trimmed();
+    const QString folder = GeneralAPI::SettingFolder(folderSetting);
     GeneralAPI::MakeFolderPath(folder);
     return {.title = title,
             .filter = filter,

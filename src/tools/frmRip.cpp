@@ -92,7 +92,7 @@ void frmRip::Form_Load()
     LoadDevices();
     EnableControls(true);
     IsRipping = false;
-    ui->txtSaveTo->setText(QString(gOptions.WAVOutput).trimmed());
+    ui->txtSaveTo->setText(GeneralAPI::SettingFolder(gOptions.WAVOutput));
     GeneralAPI::MakeFolderPath(ui->txtSaveTo->text());
     ui->lvwTracks->setFocus();
 }
@@ -131,7 +131,8 @@ void frmRip::cboSpeeds_Click()
 
 void frmRip::cmdFolder_Click()
 {
-    if (const QString folder = GeneralAPI::BrowseForFolder(this).trimmed(); !folder.isEmpty())
+    if (const QString folder = GeneralAPI::BrowseForFolder(this, ui->txtSaveTo->text()).trimmed();
+        !folder.isEmpty())
         ui->txtSaveTo->setText(folder);
 }
 

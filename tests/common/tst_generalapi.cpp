@@ -21,6 +21,8 @@ private slots:
     void read_withoutAKey_givesTheCleanedDefault();
     void read_ofALongValue_isCutAt2047Bytes();
     void read_withoutAService_givesTheDefault();
+    void readMany_ofKeys_givesWhatEachReadingGives();
+    void values_thatAreNoUtf8_keepTheirBytes();
     void write_ofAValue_isCleaned_data();
     void write_ofAValue_isCleaned();
     void write_ofTheEmptyText_deletesTheKey();
@@ -33,9 +35,13 @@ private slots:
     void makeFolder_ofANativePath_makesEveryParent_data();
     void makeFolder_ofANativePath_makesEveryParent();
     void makeFolder_ofABackslashPath_skipsEmptyParts();
+    void makeFolder_belowAFolderWithBlanks_goesIntoIt();
     void makeFolder_thatExists_saysNothing();
     void makeFolder_thatFails_namesTheWholePathAndKeepsWhatWasMade();
     void browse_always_showsTheSameTitle();
+    void browse_withAFolder_startsThere();
+    void settingFolder_isTakenFromTheApplicationFolder_data();
+    void settingFolder_isTakenFromTheApplicationFolder();
     void duration_ofMilliseconds_isTruncated_data();
     void duration_ofMilliseconds_isTruncated();
     void shell_calls_handOverWhatIsStated();
@@ -445,6 +451,78 @@ void TestGeneralAPI::withoutServices_nothingHappens()
     GeneralAPI::MakeFolderPath("/dev/null/a");
     QCOMPARE(GeneralAPI::BrowseForFolder(nullptr), QString());
     zib::setPlatform(before);
+}
+
+void TestGeneralAPI::readMany_ofKeys_givesWhatEachReadingGives()
+{
+    zib::FakeDesk desk(&m_ini);
+    put("a.ini", "[s]\nk= x \nlong=" + QByteArray(3000, 'y') + "\n");
+    const QString file = m_folder->filePath("a.ini");
+    const QList<GeneralAPI::IniKey> keys{{"S", "K"}, {"s", "long"}, {"s", "none", " def "}, {"t", "k", "2"}};
+    QStringList singly;
+    for (const auto& key : keys)
+        singly << GeneralAPI::ReadIniString(key.section, key.key, key.fallback, file);
+    QCOMPARE(GeneralAPI::ReadIniStrings(keys, file), singly);
+    QCOMPARE(singly, (QStringList{"x", QString(2047, 'y'), "def", "2"}));
+    zib::setPlatform({});
+    QCOMPARE(GeneralAPI::ReadIniStrings(keys, file), (QStringList{"", "", "def", "2"}));
+}
+
+void TestGeneralAPI::values_thatAreNoUtf8_keepTheirBytes()
+{
+    zib::FakeDesk desk(&m_ini);
+    put("a.ini", "[s]\nk=/M\xFCll\n");
+    const QString file = m_folder->filePath("a.ini");
+    const QString value = GeneralAPI::ReadIniString("s", "k", {}, file);
+    QVERIFY(GeneralAPI::WriteIniString("s", "l", value, file));
+    QCOMPARE(content("a.ini"), QByteArray("[s]\nk=/M\xFCll\nl=/M\xFCll\n"));
+}
+
+void TestGeneralAPI::makeFolder_belowAFolderWithBlanks_goesIntoIt()
+{
+    zib::FakeDesk desk(&m_ini);
+    QVERIFY(QDir(m_folder->path()).mkdir(" zib "));
+    GeneralAPI::MakeFolderPath(m_folder->filePath(" zib / Temp /x"));
+    QVERIFY(QFileInfo(m_folder->filePath(" zib /Temp/x")).isDir()); // What is made is trimmed, as ever.
+    QVERIFY(!QFileInfo::exists(m_folder->filePath("zib")));
+    QCOMPARE(desk.messages.shown, QStringList());
+}
+
+void TestGeneralAPI::browse_withAFolder_startsThere()
+{
+    zib::FakeDesk desk(&m_ini);
+    zib::setApplicationFolder("/opt/zib");
+    GeneralAPI::BrowseForFolder(nullptr, " /music ");
+    GeneralAPI::BrowseForFolder(nullptr, "WAV");
+    GeneralAPI::BrowseForFolder(nullptr);
+    QCOMPARE(desk.folders.starts, (QStringList{"/music", "/opt/zib/WAV", ""}));
+}
+
+void TestGeneralAPI::settingFolder_isTakenFromTheApplicationFolder_data()
+{
+    QTest::addColumn<QString>("setting");
+    QTest::addColumn<QString>("folder");
+    QTest::newRow("absolute") << "/a/b"
+                              << "/a/b";
+    QTest::newRow("padded") << QString("/a/b").leftJustified(1024) << "/a/b";
+    QTest::newRow("relative") << "WAV/x"
+                              << "/opt/zib/WAV/x";
+    QTest::newRow("dots") << "../WAV"
+                          << "/opt/zib/../WAV";
+    QTest::newRow("another platform's") << "C:\\Music"
+                                        << "C:\\Music";
+    QTest::newRow("empty") << ""
+                           << "";
+    QTest::newRow("blank") << "   "
+                           << "";
+}
+
+void TestGeneralAPI::settingFolder_isTakenFromTheApplicationFolder()
+{
+    QFETCH(QString, setting);
+    zib::FakeDesk desk(&m_ini);
+    zib::setApplicationFolder("/opt/zib");
+    QTEST(GeneralAPI::SettingFolder(setting), "folder");
 }
 
 QTEST_MAIN(TestGeneralAPI)

@@ -104,9 +104,10 @@ bool RecordingShell::ShellExecuteA(const QString& verb, const QString& file, con
     return true;
 }
 
-QString ScriptedFolderPicker::SHBrowseForFolderA(QWidget*, const QString& title)
+QString ScriptedFolderPicker::SHBrowseForFolderA(QWidget*, const QString& title, const QString& start)
 {
     titles << title;
+    starts << start;
     return answers.isEmpty() ? QString() : answers.takeFirst();
 }
 

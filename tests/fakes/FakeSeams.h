@@ -103,10 +103,11 @@ public:
 class ScriptedFolderPicker final : public FolderPicker
 {
 public:
-    QString SHBrowseForFolderA(QWidget* owner, const QString& title) override;
+    QString SHBrowseForFolderA(QWidget* owner, const QString& title, const QString& start) override;
 
     QStringList answers;
     QStringList titles;
+    QStringList starts;
 };
 
 /// A registry over a list of "key\name" and value.

@@ -1,5 +1,6 @@
 #include "platform/IniFile.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -16,6 +17,8 @@ private slots:
     void read_ofAWideFile_givesUtf8_data();
     void read_ofAWideFile_givesUtf8();
     void read_never_changesTheFile();
+    void readAll_ofManyKeys_givesEachItsOwnAnswer();
+    void readAll_ofABigFile_costsAsMuchAsOneReading();
 
 private:
     QByteArray ask(const QByteArray& content, const QByteArray& section, const QByteArray& key,
@@ -317,6 +320,64 @@ void TestIniReads::read_never_changesTheFile()
     QFile file(m_folder.filePath("a.ini"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), content);
+}
+
+void TestIniReads::readAll_ofManyKeys_givesEachItsOwnAnswer()
+{
+    const QByteArray content =
+        "k=0\n[Files]\nFile1 = a \nfile2='b'\nFILE1=c\nbroken\n;File3=d\nk\xC3\xB6=e\n\xE4=f\n"
+        "File4=\n[Other]\nk=1\n[FILES]\nFile3=late\n[other]\nl=2\n[M\xC3\x9Cll]\nx=3\n";
+    const QList<zib::IniQuery> queries{
+        {"files", "FILE1"},
+        {"Files", "File2"},
+        {"FILES", "File3", "none"},
+        {"Files", "K\xC3\x96", "none"},
+        {"Files", "\xE4"},
+        {"Files", "File4", "x"},
+        {"Other", "k"},
+        {"other", "L", "none"},
+        {"m\xC3\xBCLL", "X"},
+        {"", "k", "none"},
+        {"Files", "", "none"},
+        {"No", "k", "none "},
+        {" Files ", "\tFile1 "},
+        {"Files", "File1", {}, 1},
+    };
+    ask(content, "s", "k");
+    const QList<QByteArray> expected{"a",    "b", "none", "e",    "f",    "",  "1",
+                                     "none", "3", "none", "none", "none", "a", ""};
+    QCOMPARE(m_ini.readAll(queries, m_folder.filePath("a.ini")), expected);
+    QList<QByteArray> singly;
+    for (const zib::IniQuery& query : queries)
+        singly << ask(content, query.section, query.key, query.fallback, query.size);
+    QCOMPARE(singly, expected);
+    QCOMPARE(m_ini.readAll({}, m_folder.filePath("a.ini")), QList<QByteArray>());
+    QCOMPARE(m_ini.readAll({{"s", "k", "DEF"}}, m_folder.filePath("missing.ini")), QList<QByteArray>{"DEF"});
+}
+
+void TestIniReads::readAll_ofABigFile_costsAsMuchAsOneReading()
+{
+    QByteArray content = "[Files]\n";
+    while (content.size() < 2'000'000)
+        content += "; a comment that fills the file\nother=1\n";
+    QList<zib::IniQuery> queries;
+    for (int i = 1; i <= 200; ++i) {
+        queries.append({"Files", "File" + QByteArray::number(i)});
+        content += "File" + QByteArray::number(i) + "=" + QByteArray::number(i) + "\n";
+    }
+    ask(content, "s", "k");
+    QElapsedTimer time;
+    time.start();
+    for (int i = 0; i < 5; ++i)
+        m_ini.GetPrivateProfileStringA("Files", "File200", {}, 100, m_folder.filePath("a.ini"));
+    const qint64 oneUs = time.nsecsElapsed() / 5000;
+    time.restart();
+    const QList<QByteArray> values = m_ini.readAll(queries, m_folder.filePath("a.ini"));
+    const qint64 allUs = time.nsecsElapsed() / 1000;
+    qInfo("one key of 2 MB: %lld us, 200 keys: %lld us", static_cast<long long>(oneUs),
+          static_cast<long long>(allUs));
+    QCOMPARE(values.last(), QByteArray("200"));
+    QVERIFY(allUs < 40 * oneUs); // One by one: 200 times.
 }
 
 QTEST_APPLESS_MAIN(TestIniReads)

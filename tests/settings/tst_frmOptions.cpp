@@ -1,17 +1,22 @@
 #include "common/Colors.h"
+#include "common/NativeName.h"
 #include "fakes/FakeSeams.h"
 #include "platform/IniFile.h"
 #include "settings/OptionsFunc.h"
+#include "settings/SettingsSaver.h"
 #include "settings/frmOptions.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QFile>
+#include <QGuiApplication>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
@@ -46,6 +51,20 @@ private slots:
     void apply_onAFileWithOtherContents_keepsThem();
     void apply_afterAnotherProgramWrote_keepsItsKeys();
     void apply_onAReadOnlyFile_changesNeitherFileNorRecord();
+    void apply_onAReadOnlyFile_showsWhatIsInForceAndSaysItOnce();
+    void apply_onABusyDisk_isInForceAtOnce();
+    void apply_thatTheDiskRefusesLate_isTakenBack();
+    void ok_thatTheDiskRefusesLate_isTakenBackWithoutTheWindow();
+    void apply_ofAFolderThatNoLineHolds_leavesOutThatOne();
+    void apply_ofADefaultThatNoLineHolds_keepsTheDefault();
+    void apply_ofAnyFolderName_bringsItBack_data();
+    void apply_ofAnyFolderName_bringsItBack();
+    void folderBox_whenLinesArePasted_takesTheFirst_data();
+    void folderBox_whenLinesArePasted_takesTheFirst();
+    void folder_whenPicked_startsAtTheBox();
+    void wideWindow_showsOnePageOnly();
+    void toolTips_ofEveryControl_sayWhatItDoes();
+    void helpKeys_areNoTexts();
     void apply_isOneReplacementOfTheFile();
     void ok_always_appliesAndCloses();
     void cancel_afterChanges_writesNothing();
@@ -55,6 +74,51 @@ private slots:
     void defaults_thenCancel_leaveFileAndRecord();
     void defaults_thenApply_reachTheFile();
 };
+
+namespace zib {
+
+/// An INI service whose disk answers when the test says so.
+class SlowIni final : public IniService
+{
+public:
+    explicit SlowIni(IniFile& disk) : m_disk(disk) {}
+    QByteArray GetPrivateProfileStringA(const QByteArray& section, const QByteArray& key,
+                                        const QByteArray& fallback, int size, const QString& file) override
+    {
+        return readAll({{section, key, fallback, size}}, file).first();
+    }
+    QList<QByteArray> readAll(const QList<IniQuery>& queries, const QString& file) override
+    {
+        return m_disk.readWith({m_changes}, queries, file);
+    }
+    bool WritePrivateProfileStringA(const QByteArray&, const std::optional<QByteArray>&,
+                                    const std::optional<QByteArray>&, const QString&) override
+    {
+        return false;
+    }
+    void writeLater(const QList<IniChange>& changes, const QString& file,
+                    const std::function<void(bool)>& done) override
+    {
+        m_changes = changes;
+        m_file = file;
+        m_done = done;
+    }
+    void answer(bool written)
+    {
+        if (written)
+            m_disk.writeAll(m_changes, m_file);
+        m_changes.clear();
+        m_done(written);
+    }
+
+private:
+    IniFile& m_disk;
+    QList<IniChange> m_changes;
+    QString m_file;
+    std::function<void(bool)> m_done;
+};
+
+} // namespace zib
 
 namespace {
 
@@ -95,6 +159,7 @@ struct Desk
                 tabs()->setCurrentIndex(i);
         button->click();
     }
+    void close() { m_window.reset(); }
     bool checked(const QString& name) { return control<QCheckBox>(name)->isChecked(); }
     QString text(const QString& name) { return control<QLineEdit>(name)->text(); }
     QColor back(const QString& name) { return control<QWidget>(name)->palette().color(QPalette::Window); }
@@ -125,18 +190,19 @@ private:
     std::unique_ptr<frmOptions> m_window;
 };
 
-const QByteArray kOther = "[Wave]\nWAV Frequency=22050\nWAV Channels=1\nWAV Bits=8\n"
-                          "[View]\nShow ToolBar=False\nToolbar Style 3D=True\nToolbar Style Flat=False\n"
-                          "Show Text On Toolbar=False\nShow Tips On Toolbar=False\nShow Statusbar=False\n"
-                          "Show Tips Of Day=False\nShow Splash Screen=False\nShow Grid Lines=False\n"
-                          "Grid Back Color=255\nGrid Text Color=65280\n"
-                          "[Folders]\nWAV Input=/a\nMP3 Input=/b\nWAV Output=/c\nTemporary=/d\n"
-                          "[Misc]\nCache Files Locally=False\nTest Mode=True\nBuffer Protection=True\n"
-                          "Explore After Converting=False\nExplore After Ripping=False\n";
+const QByteArray kOther =
+    "[Wave]\nWAV Frequency=22050\nWAV Channels=1\nWAV Bits=8\n"
+    "[View]\nShow ToolBar=False\nToolbar Style 3D=True\nToolbar Style Flat=False\n"
+    "Show Text On Toolbar=False\nShow Tips On Toolbar=False\nShow Statusbar=False\n"
+    "Show Tips Of Day=False\nShow Splash Screen=False\nShow Grid Lines=False\n"
+    "Grid Back Color=255\nGrid Text Color=65280\n"
+    "[Folders]\nWAV Input=/a\nMP3 Input=/b\nWAV Output=/c\nTemporary=/d\n"
+    "[Misc]\nCache Files Locally=False\nTest Mode=True\nBuffer Protection=True\n"
+    "Explore After Converting=False\nExplore After Ripping=False\nVerify After Writing=True\n";
 
 const QStringList kChecks{"chkToolbar",   "chk3D",           "chkFlat",    "chkTextTB",    "chkTipsTB",
                           "chkStatusbar", "chkTipDay",       "chkSplash",  "chkGridLines", "chkCacheFiles",
-                          "chkTestWrite", "chkUseBurnProof", "chkConvert", "chkRip"};
+                          "chkTestWrite", "chkUseBurnProof", "chkConvert", "chkRip",       "chkVerify"};
 
 QString checks(Desk& desk)
 {
@@ -151,7 +217,7 @@ QString checks(Desk& desk)
 void TestFrmOptions::load_withoutAFile_showsTheDefaults()
 {
     Desk desk;
-    QCOMPARE(checks(desk), QString("x-xxxxxxxx--xx"));
+    QCOMPARE(checks(desk), QString("x-xxxxxxxx--xx-"));
     QCOMPARE(desk.control<QComboBox>("cboWAVFrequency")->currentText(), QString("44,100 Hz"));
     QCOMPARE(desk.control<QComboBox>("cboWAVChannels")->currentText(), QString("Stereo"));
     QCOMPARE(desk.control<QComboBox>("cboWAVBits")->currentText(), QString("16 Bits"));
@@ -168,7 +234,7 @@ void TestFrmOptions::load_withoutAFile_showsTheDefaults()
 void TestFrmOptions::load_ofStoredSettings_fillsEveryControl()
 {
     Desk desk(kOther);
-    QCOMPARE(checks(desk), QString("-x--------xx--"));
+    QCOMPARE(checks(desk), QString("-x--------xx--x"));
     QCOMPARE(desk.control<QComboBox>("cboWAVFrequency")->currentText(), QString("22,050 Hz"));
     QCOMPARE(desk.control<QComboBox>("cboWAVChannels")->currentText(), QString("Mono"));
     QCOMPARE(desk.control<QComboBox>("cboWAVBits")->currentText(), QString("8 Bits"));
@@ -237,6 +303,7 @@ void TestFrmOptions::texts_ofTheForm_areTheStatedOnes_data()
         {"chkUseBurnProof", "Use Buffer Protection When Writting to CD"},
         {"chkConvert", "Explore Folder After Converting MP3 to WAV"},
         {"chkRip", "Explore Folder After Ripping CD to WAV"},
+        {"chkVerify", "Compare Disc With Files After Writing"},
         {"cmdCancel", "&Cancel"},
         {"cmdApply", "&Apply"},
         {"cmdDefault", "&Default"},
@@ -530,6 +597,212 @@ void TestFrmOptions::apply_onAReadOnlyFile_changesNeitherFileNorRecord()
     QCOMPARE(desk.fakes.messages.shown, QStringList());
 }
 
+void TestFrmOptions::apply_onAReadOnlyFile_showsWhatIsInForceAndSaysItOnce()
+{
+    for (const char* button : {"cmdApply", "cmdOK"}) {
+        Desk desk(kOther);
+        QStringList told;
+        connect(&desk.window(), &frmOptions::refused, &desk.window(),
+                [&](const QString& text) { told << text; });
+        QVERIFY(QFile::setPermissions(gSettingsFile, QFile::ReadOwner));
+        desk.click("chkStatusbar");
+        desk.control<QLineEdit>("txtTemp")->setText("/new");
+        desk.click(button);
+        QCOMPARE(told.size(), 1);
+        QVERIFY2(told.first().contains(gSettingsFile), qPrintable(told.first()));
+        QCOMPARE(desk.window().isVisible(), QString(button) == "cmdApply");
+        if (!desk.window().isVisible())
+            continue;
+        QCOMPARE(desk.checked("chkStatusbar"), false);
+        QCOMPARE(desk.text("txtTemp"), QString("/d"));
+    }
+}
+
+void TestFrmOptions::apply_onABusyDisk_isInForceAtOnce()
+{
+    Desk desk;
+    zib::SlowIni slow(desk.ini);
+    zib::setPlatform({&slow, nullptr, nullptr, nullptr, &desk.fakes.messages});
+    QSignalSpy applied(&desk.window(), &frmOptions::applied);
+    desk.click("chkGridLines");
+    desk.click("cmdApply");
+    QCOMPARE(applied.count(), 1);
+    QCOMPARE(gOptions.ShowGridLines, false);
+    QCOMPARE(desk.content(), QByteArray("(no file)"));
+    slow.answer(true);
+    QCOMPARE(desk.value("View", "Show Grid Lines"), QByteArray("False"));
+    QCOMPARE(applied.count(), 1);
+}
+
+void TestFrmOptions::apply_thatTheDiskRefusesLate_isTakenBack()
+{
+    Desk desk(kOther);
+    zib::SlowIni slow(desk.ini);
+    zib::setPlatform({&slow, nullptr, nullptr, nullptr, &desk.fakes.messages});
+    QSignalSpy applied(&desk.window(), &frmOptions::applied);
+    QSignalSpy refused(&desk.window(), &frmOptions::refused);
+    desk.click("chkGridLines");
+    desk.click("cmdApply");
+    QCOMPARE(gOptions.ShowGridLines, true);
+    slow.answer(false);
+    QCOMPARE(gOptions.ShowGridLines, false);
+    QCOMPARE(desk.checked("chkGridLines"), false);
+    QCOMPARE(applied.count(), 2);
+    QCOMPARE(refused.count(), 1);
+}
+
+void TestFrmOptions::ok_thatTheDiskRefusesLate_isTakenBackWithoutTheWindow()
+{
+    Desk desk(kOther);
+    zib::SlowIni slow(desk.ini);
+    zib::setPlatform({&slow, nullptr, nullptr, nullptr, &desk.fakes.messages});
+    QSignalSpy refused(&desk.window().saver(), &zib::SettingsSaver::refused);
+    QSignalSpy applied(&desk.window().saver(), &zib::SettingsSaver::applied);
+    desk.click("chkGridLines");
+    desk.click("cmdOK");
+    QCOMPARE(gOptions.ShowGridLines, true);
+    desk.close();
+    slow.answer(false);
+    QCOMPARE(gOptions.ShowGridLines, false);
+    QCOMPARE(refused.count(), 1);
+    QCOMPARE(applied.count(), 2);
+}
+
+void TestFrmOptions::apply_ofAFolderThatNoLineHolds_leavesOutThatOne()
+{
+    Desk desk(kOther);
+    QSignalSpy refused(&desk.window(), &frmOptions::refused);
+    desk.control<QLineEdit>("txtWAVOut")->setText("/a\n/b");
+    desk.control<QLineEdit>("txtTemp")->setText(QString("/x") + QChar(0xD800));
+    desk.control<QLineEdit>("txtMP3In")->setText("/new");
+    desk.click("chkGridLines");
+    desk.click("cmdApply");
+    QCOMPARE(desk.value("Folders", "WAV Output"), QByteArray("/c"));
+    QCOMPARE(desk.value("Folders", "Temporary"), QByteArray("/d"));
+    QCOMPARE(desk.value("Folders", "MP3 Input"), QByteArray("/new"));
+    QCOMPARE(desk.value("View", "Show Grid Lines"), QByteArray("True"));
+    QCOMPARE(desk.text("txtWAVOut"), QString("/c"));
+    QCOMPARE(refused.count(), 1);
+    const QString text = refused.first().first().toString();
+    QVERIFY2(text.contains("WAV Output Folder") && text.contains("Temporary Folder"), qPrintable(text));
+    QVERIFY(!text.contains("MP3"));
+}
+
+void TestFrmOptions::apply_ofADefaultThatNoLineHolds_keepsTheDefault()
+{
+    Desk desk("[Folders]\nTemporary=/d\n");
+    zib::setApplicationFolder("/opt/zib \nx ");
+    QSignalSpy refused(&desk.window(), &frmOptions::refused);
+    desk.click("cmdDefault");
+    QCOMPARE(desk.text("txtTemp"), QString("/opt/zib \nx /Temp"));
+    QCOMPARE(desk.text("txtWAVIn"), QString("/opt/zib \nx /"));
+    desk.click("cmdApply");
+    QCOMPARE(refused.count(), 0);
+    QCOMPARE(desk.value("Folders", "Temporary"), QByteArray("(none)"));
+    QCOMPARE(gOptions.Temporary.trimmed(), QString("/opt/zib \nx /Temp"));
+}
+
+void TestFrmOptions::apply_ofAnyFolderName_bringsItBack_data()
+{
+    QTest::addColumn<QByteArray>("folder");
+    QTest::newRow("utf-8") << QByteArray("/Größe/音🎵");
+    QTest::newRow("no utf-8") << QByteArray("/M\xFCll/\xEE\xBF\xBC");
+    QTest::newRow("inner blanks") << QByteArray("/ a / b");
+    QTest::newRow("a blank at the end") << QByteArray("/a /");
+    QTest::newRow("relative") << QByteArray("WAV");
+    QTest::newRow("like a comment") << QByteArray("/;a=b]");
+}
+
+void TestFrmOptions::apply_ofAnyFolderName_bringsItBack()
+{
+    QFETCH(QByteArray, folder);
+    Desk desk;
+    desk.control<QLineEdit>("txtWAVOut")->setText(zib::nativeText(folder));
+    desk.click("cmdApply");
+    QCOMPARE(desk.value("Folders", "WAV Output"), folder);
+    QCOMPARE(zib::nativeBytes(gOptions.WAVOutput.trimmed()), folder);
+}
+
+void TestFrmOptions::folderBox_whenLinesArePasted_takesTheFirst_data()
+{
+    QTest::addColumn<QString>("pasted");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("one line") << "/music"
+                              << "/music";
+    QTest::newRow("a line break at the end") << "/music\n"
+                                             << "/music";
+    QTest::newRow("two lines") << "/music\n/other"
+                               << "/music";
+    QTest::newRow("an empty line first") << "\r\n/music\r\n"
+                                         << "/music";
+    QTest::newRow("only line breaks") << "\n\n"
+                                      << "";
+}
+
+void TestFrmOptions::folderBox_whenLinesArePasted_takesTheFirst()
+{
+    QFETCH(QString, pasted);
+    Desk desk;
+    desk.tabs()->setCurrentIndex(2);
+    auto* box = desk.control<QLineEdit>("txtWAVOut");
+    QGuiApplication::clipboard()->setText(pasted);
+    box->selectAll();
+    box->paste();
+    QTEST(box->text(), "text");
+}
+
+void TestFrmOptions::folder_whenPicked_startsAtTheBox()
+{
+    Desk desk;
+    desk.control<QLineEdit>("txtWAVOut")->setText("/music");
+    desk.control<QLineEdit>("txtTemp")->setText("Cache");
+    desk.click("cmdWAVOutput");
+    desk.click("cmdTemp");
+    QCOMPARE(desk.fakes.folders.starts, (QStringList{"/music", "/opt/zib/Cache"}));
+}
+
+void TestFrmOptions::wideWindow_showsOnePageOnly()
+{
+    Desk desk;
+    for (const int width : {1360, 1361, 2000, 4000}) {
+        desk.window().resize(width, 500);
+        QCoreApplication::processEvents();
+        for (int shown = 0; shown < 4; ++shown) {
+            desk.tabs()->setCurrentIndex(shown);
+            for (int i = 0; i < 4; ++i)
+                QVERIFY2(i == shown || desk.page(i)->geometry().right() < 0,
+                         qPrintable(QString("page %1 at %2 pixels").arg(i).arg(width)));
+            QCOMPARE(desk.page(shown)->width(), desk.window().width() - 28);
+        }
+    }
+}
+
+void TestFrmOptions::toolTips_ofEveryControl_sayWhatItDoes()
+{
+    Desk desk;
+    QStringList silent;
+    for (const auto* control : desk.window().findChildren<QWidget*>())
+        if ((control->inherits("QAbstractButton") || control->inherits("QComboBox") ||
+             (control->inherits("QLineEdit") && !control->objectName().startsWith("qt_"))) &&
+            !qobject_cast<QTabBar*>(control->parent()) && control->toolTip().size() < 10)
+            silent << control->objectName();
+    QCOMPARE(silent, QStringList());
+    for (const char* unused : {"cboWAVFrequency", "cboWAVChannels", "cboWAVBits", "txtWAVIn", "chkTextTB"})
+        QVERIFY(desk.control<QWidget>(unused)->toolTip().startsWith("Kept for compatibility only"));
+    QVERIFY(!desk.control<QWidget>("txtWAVOut")->toolTip().contains("compatibility"));
+}
+
+void TestFrmOptions::helpKeys_areNoTexts()
+{
+    Desk desk;
+    QStringList keys;
+    for (int i = 0; i < 4; ++i)
+        keys << desk.tabs()->widget(i)->property("key").toString();
+    QCOMPARE(keys, (QStringList{"wave", "view", "folder", "misc"}));
+    for (const auto* control : desk.window().findChildren<QWidget*>())
+        QCOMPARE(control->whatsThis(), QString());
+}
+
 void TestFrmOptions::apply_isOneReplacementOfTheFile()
 {
     struct Counting final : zib::IniService
@@ -560,7 +833,7 @@ void TestFrmOptions::apply_isOneReplacementOfTheFile()
     frmOptions window(desk.services);
     window.findChild<QPushButton*>("cmdApply")->click();
     QCOMPARE(ini.calls, 1);
-    QCOMPARE(ini.keys.size(), 23);
+    QCOMPARE(ini.keys.size(), 24);
     QCOMPARE(ini.keys.mid(0, 7),
              (QByteArrayList{"Wave/WAV Frequency", "Wave/WAV Channels", "Wave/WAV Bits", "Folders/WAV Input",
                              "Folders/MP3 Input", "Folders/WAV Output", "Folders/Temporary"}));
@@ -631,7 +904,7 @@ void TestFrmOptions::defaults_thenCancel_leaveFileAndRecord()
     Desk desk(kOther);
     const OptionsData before = gOptions;
     desk.click("cmdDefault");
-    QCOMPARE(checks(desk), QString("x-xxxxxxxx--xx"));
+    QCOMPARE(checks(desk), QString("x-xxxxxxxx--xx-"));
     QCOMPARE(desk.text("txtTemp"), QString("/opt/zib/Temp"));
     QCOMPARE(desk.control<QComboBox>("cboWAVFrequency")->currentText(), QString("44,100 Hz"));
     QCOMPARE(desk.back("picSample"), QColor(Qt::white));

@@ -88,6 +88,7 @@ OptionsData expectedDefaults()
     options.BufferProtection = false;
     options.ExploreAfterConverting = true;
     options.ExploreAfterRipping = true;
+    options.VerifyAfterWriting = false;
     return options;
 }
 
@@ -145,6 +146,7 @@ void TestOptionsFunc::load_ofEveryKey_fillsItsField_data()
     row("Misc", "Explore After Converting", "False", &OptionsData::ExploreAfterConverting, false);
     row("Misc", "Explore After Ripping", "False", &OptionsData::ExploreAfterRipping, false);
     row("Misc", "Test Mode", "True", &OptionsData::TestMode, true);
+    row("Misc", "Verify After Writing", "True", &OptionsData::VerifyAfterWriting, true);
 }
 
 void TestOptionsFunc::load_ofEveryKey_fillsItsField()
@@ -345,7 +347,8 @@ void TestOptionsFunc::load_readsInTheOrderOfTheFile()
                                "Misc/Cache Files Locally=True",
                                "Misc/Explore After Converting=True",
                                "Misc/Explore After Ripping=True",
-                               "Misc/Test Mode=False"};
+                               "Misc/Test Mode=False",
+                               "Misc/Verify After Writing=False"};
     QCOMPARE(ini.asked, expected);
     QCOMPARE(ini.writes, 0);
 }

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "common/Platform.h"
+#include "common/Worker.h"
+#include "platform/IniFile.h"
+
+#include <QObject>
+
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+
+namespace zib {
+
+/// The INI files of the program: as IniFile, but what writes later waits for the disk on a thread of its own,
+/// in order. Every reading sees what is still on its way. Lives on the GUI thread; only that thread calls it.
+class IniQueue final : public IniService
+{
+public:
+    explicit IniQueue(IniFile& disk);
+    /// Waits until all is on the disk, with finish.
+    ~IniQueue() override;
+    Q_DISABLE_COPY_MOVE(IniQueue)
+
+    QByteArray GetPrivateProfileStringA(const QByteArray& section, const QByteArray& key,
+                                        const QByteArray& fallback, int size, const QString& file) override;
+    QList<QByteArray> readAll(const QList<IniQuery>& queries, const QString& file) override;
+    bool WritePrivateProfileStringA(const QByteArray& section, const std::optional<QByteArray>& key,
+                                    const std::optional<QByteArray>& value, const QString& file) override;
+    /// Behind everything that is on its way; waits for it.
+    bool writeAll(const QList<IniChange>& changes, const QString& file) override;
+    void writeLater(const QList<IniChange>& changes, const QString& file,
+                    const std::function<void(bool)>& done) override;
+
+    /// Waits until all is on the disk, or two minutes, and tells those who wait for an answer.
+    void finish();
+
+private:
+    enum class State
+    {
+        Waiting,
+        Written,
+        Failed
+    };
+
+    /// The thread owns a share of it: a disk that never answers leaves it behind.
+    struct Job
+    {
+        QList<IniChange> changes;
+        QString file;
+        std::function<void(bool)> done;
+        State state = State::Waiting;
+    };
+    struct Board
+    {
+        std::mutex mutex;
+        std::condition_variable changed;
+        QObject* desk = nullptr; ///< What the thread sends its news to, while it is there.
+    };
+
+    State stateOf(const Job& job) const;
+    bool waitFor(const Job& job, std::chrono::milliseconds patience) const;
+    void tellFinished();
+
+    IniFile& m_disk;
+    std::shared_ptr<Board> m_board = std::make_shared<Board>();
+    std::deque<std::shared_ptr<Job>> m_jobs;
+    QObject m_desk;
+    Worker m_thread{std::chrono::milliseconds(0)};
+};
+
+} // namespace zib
