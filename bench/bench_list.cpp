@@ -70,7 +70,7 @@ public:
     void showAbout(QWidget*) override {}
     void showOptions(QWidget*) override {}
     QStringList showPrepare(QWidget*, const QList<zib::CompilationRow>&) override { return {}; }
-    void showWrite(QWidget*, const QStringList&) override {}
+    void showWrite(QWidget*, const QStringList&, const zib::DiscNames&) override {}
     void showRip(QWidget*) override {}
     void showMP3ToWAV(QWidget*) override {}
     void showPlayer(QWidget*) override {}

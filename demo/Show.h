@@ -23,10 +23,10 @@ class Book final : public zib::WindowBook
 {
 public:
     using WindowBook::WindowBook;
-    void showWrite(QWidget* owner, const QStringList& files) override
+    void showWrite(QWidget* owner, const QStringList& files, const zib::DiscNames& names) override
     {
         trackFiles = files;
-        WindowBook::showWrite(owner, files);
+        WindowBook::showWrite(owner, files, names);
     }
 
     QStringList trackFiles;

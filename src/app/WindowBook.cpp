@@ -61,9 +61,9 @@ QStringList WindowBook::showPrepare(QWidget* owner, const QList<CompilationRow>&
     return window.trackFiles();
 }
 
-void WindowBook::showWrite(QWidget* owner, const QStringList& trackFiles)
+void WindowBook::showWrite(QWidget* owner, const QStringList& trackFiles, const DiscNames& names)
 {
-    frmWrite(m_services, trackFiles, owner).exec();
+    frmWrite(m_services, trackFiles, names, owner).exec();
 }
 
 void WindowBook::showRip(QWidget* owner)

@@ -26,7 +26,7 @@ public:
     void showAbout(QWidget* owner) override;
     void showOptions(QWidget* owner) override;
     QStringList showPrepare(QWidget* owner, const QList<CompilationRow>& rows) override;
-    void showWrite(QWidget* owner, const QStringList& trackFiles) override;
+    void showWrite(QWidget* owner, const QStringList& trackFiles, const DiscNames& names) override;
     void showRip(QWidget* owner) override;
     void showMP3ToWAV(QWidget* owner) override;
     void showPlayer(QWidget* owner) override;

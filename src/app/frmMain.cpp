@@ -16,6 +16,7 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QShortcut>
 
@@ -217,7 +218,16 @@ void frmMain::WriteFiles()
     if (m_list.count() > kMostTracks)
         m_services.messages.information(this, kTooManyTracks.arg(kMostTracks).arg(m_list.count()));
     const QStringList tracks = m_services.windows.showPrepare(this, m_list.rows());
-    m_services.windows.showWrite(this, tracks);
+    m_services.windows.showWrite(this, tracks, discNames());
+}
+
+/// What goes onto the disc beside the sound: the list's titles and artists, and the saved project's name.
+zib::DiscNames frmMain::discNames() const
+{
+    QList<zib::TrackNames> tracks;
+    for (const zib::CompilationRow& row : m_list.rows())
+        tracks << zib::TrackNames{row.title, row.artist};
+    return zib::namesOfDisc(QFileInfo(ProjectFileName).completeBaseName(), tracks);
 }
 
 void frmMain::exitProgram()

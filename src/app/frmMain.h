@@ -2,6 +2,7 @@
 
 #include "app/CompilationModel.h"
 #include "common/CommonDialogs.h"
+#include "common/DiscNames.h"
 #include "common/Services.h"
 
 #include <QElapsedTimer>
@@ -56,6 +57,7 @@ private:
     struct Command;
     static const std::array<Command, 23> kCommands;
 
+    zib::DiscNames discNames() const;
     void setUpControls();
     void connectControls();
     void connectList();

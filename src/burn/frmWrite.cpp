@@ -23,9 +23,10 @@
 
 #include <initializer_list>
 
-frmWrite::frmWrite(const zib::Services& services, const QStringList& trackFiles, QWidget* parent)
+frmWrite::frmWrite(const zib::Services& services, const QStringList& trackFiles, const zib::DiscNames& names,
+                   QWidget* parent)
     : QDialog(parent), ui(std::make_unique<Ui::frmWrite>()), m_services(services), m_trackFiles(trackFiles),
-      m_writer(services.components.makeWriter())
+      m_names(names), m_writer(services.components.makeWriter())
 {
     ui->setupUi(this);
     m_invitation = ui->lblStatus->text();

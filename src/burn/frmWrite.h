@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/DiscNames.h"
 #include "common/Services.h"
 
 #include <QDialog>
@@ -22,8 +23,9 @@ class frmWrite final : public QDialog
     Q_OBJECT
 public:
     /// @param trackFiles paths of CD-format WAV files, in disc order; those that are missing or refused are
-    /// told.
-    frmWrite(const zib::Services& services, const QStringList& trackFiles, QWidget* parent = nullptr);
+    /// told.  @param names of the disc and of each file; they go onto the disc.
+    frmWrite(const zib::Services& services, const QStringList& trackFiles, const zib::DiscNames& names = {},
+             QWidget* parent = nullptr);
     ~frmWrite() override;
 
     /// A closing window waits so long for a cancelled write before it closes anyway.
@@ -66,6 +68,7 @@ private:
     std::unique_ptr<Ui::frmWrite> ui;
     zib::Services m_services;
     QStringList m_trackFiles;
+    zib::DiscNames m_names;
     std::unique_ptr<DVDWriterPro> m_writer;
     QString m_invitation;   ///< What lblStatus says while nothing runs.
     QTimer m_closing{this}; ///< Runs while the window waits for the end of a write to close.

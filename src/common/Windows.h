@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/CompilationRow.h"
+#include "common/DiscNames.h"
 #include "common/Outcome.h"
 
 #include <QList>
@@ -23,7 +24,8 @@ public:
     virtual void showOptions(QWidget* owner) = 0;
     /// @returns the track file list: one path of a CD-format WAV file for each row, in order.
     virtual QStringList showPrepare(QWidget* owner, const QList<CompilationRow>& rows) = 0;
-    virtual void showWrite(QWidget* owner, const QStringList& trackFiles) = 0;
+    /// @param names of the disc and of each track file, in the same order; they go onto the disc.
+    virtual void showWrite(QWidget* owner, const QStringList& trackFiles, const DiscNames& names) = 0;
     virtual void showRip(QWidget* owner) = 0;
     virtual void showMP3ToWAV(QWidget* owner) = 0;
     virtual void showPlayer(QWidget* owner) = 0;

@@ -439,6 +439,19 @@ private slots:
         QCOMPARE(desk.desk.windows.rows.at(2).time, QString("01:00:00"));
         QCOMPARE(desk.desk.windows.trackFiles, desk.desk.windows.preparedFiles);
     }
+    void write_ofNamedTracks_passesTheirNamesOn()
+    {
+        Desk desk;
+        desk.add({desk.sound("a.wav", 60000, 1000, "Song", "Choir"),
+                  desk.sound("b.wav", 60000, 1000, "", "Choir")});
+        desk.trigger("Toolbar1_write");
+        QCOMPARE(desk.desk.windows.discNames,
+                 (zib::DiscNames{"", "Choir", {{"Song", "Choir"}, {"", "Choir"}}}));
+        desk.desk.dialogs.files = {desk.folder.filePath("My.Best Mix.zibp")};
+        desk.trigger("mnuFileSub_6");
+        desk.trigger("Toolbar1_write");
+        QCOMPARE(desk.desk.windows.discNames.title, QString("My.Best Mix"));
+    }
     void write_ofMoreTracksThanADiscHolds_saysTheLimitOnceBefore()
     {
         Desk desk;

@@ -86,7 +86,7 @@ private slots:
         row("frmTip", [](Library& l) { l.book.showTip(l.main.get()); });
         row("frmAbout", [](Library& l) { l.book.showAbout(l.main.get()); });
         row("frmOptions", [](Library& l) { l.book.showOptions(l.main.get()); });
-        row("frmWrite", [](Library& l) { l.book.showWrite(l.main.get(), {}); });
+        row("frmWrite", [](Library& l) { l.book.showWrite(l.main.get(), {}, {}); });
         row("frmRip", [](Library& l) { l.book.showRip(l.main.get()); });
         row("frmMP3ToWAV", [](Library& l) { l.book.showMP3ToWAV(l.main.get()); });
         row("frmPlayer", [](Library& l) { l.book.showPlayer(l.main.get()); });

@@ -79,9 +79,10 @@ QStringList RecordingWindows::showPrepare(QWidget*, const QList<CompilationRow>&
     return preparedFiles;
 }
 
-void RecordingWindows::showWrite(QWidget*, const QStringList& given)
+void RecordingWindows::showWrite(QWidget*, const QStringList& given, const DiscNames& names)
 {
     trackFiles = given;
+    discNames = names;
     note("write");
 }
 

@@ -67,7 +67,7 @@ public:
     void showAbout(QWidget*) override { note("about"); }
     void showOptions(QWidget*) override { note("options"); }
     QStringList showPrepare(QWidget*, const QList<CompilationRow>& rows) override;
-    void showWrite(QWidget*, const QStringList& trackFiles) override;
+    void showWrite(QWidget*, const QStringList& trackFiles, const DiscNames& names) override;
     void showRip(QWidget*) override { note("rip"); }
     void showMP3ToWAV(QWidget*) override { note("converter"); }
     void showPlayer(QWidget*) override { note("player"); }
@@ -81,6 +81,7 @@ public:
     QStringList shown;
     QList<CompilationRow> rows;                 ///< What showPrepare or showLabelDesigner was given last.
     QStringList trackFiles;                     ///< What showWrite was given.
+    DiscNames discNames;                        ///< What showWrite was given.
     QStringList preparedFiles;                  ///< What showPrepare answers.
     Outcome<> previewAnswer;                    ///< What showPreview answers.
     std::function<void(const QString&)> onShow; ///< Runs while a window is "open".
