@@ -463,7 +463,7 @@ void TestDialogs::folder_picked_isTheAnswer()
         title = dialog.windowTitle();
         choose(dialog, m_folder.filePath("rips"));
     });
-    QCOMPARE(picker.SHBrowseForFolderA(&m_owner, "Please choose"), m_folder.filePath("rips"));
+    QCOMPARE(picker.SHBrowseForFolderA(&m_owner, "Please choose", {}), m_folder.filePath("rips"));
     QCOMPARE(title, QString("Please choose"));
 }
 
@@ -471,7 +471,7 @@ void TestDialogs::folder_cancelled_isEmpty()
 {
     zib::DesktopFolderPicker picker;
     whenOpen<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
-    QCOMPARE(picker.SHBrowseForFolderA(&m_owner, "Please choose"), QString());
+    QCOMPARE(picker.SHBrowseForFolderA(&m_owner, "Please choose", {}), QString());
 }
 
 QTEST_MAIN(TestDialogs)
