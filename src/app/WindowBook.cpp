@@ -6,6 +6,7 @@
 #include "app/frmTip.h"
 #include "burn/frmPrepare.h"
 #include "burn/frmWrite.h"
+#include "common/Messages.h"
 #include "label/frmLabelBack.h"
 #include "label/frmLabelDesigner.h"
 #include "label/frmLabelList.h"
