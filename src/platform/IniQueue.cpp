@@ -32,7 +32,7 @@ QByteArray IniQueue::GetPrivateProfileStringA(const QByteArray& section, const Q
 QList<QByteArray> IniQueue::readAll(const QList<IniQuery>& queries, const QString& file)
 {
     QList<QList<IniChange>> onTheirWay;
-    for (const auto& job : m_jobs)
+    for (const auto& job : jobs())
         if (job->file == file && stateOf(*job) != State::Failed)
             onTheirWay << job->changes;
     return m_disk.readWith(onTheirWay, queries, file);
@@ -46,7 +46,7 @@ bool IniQueue::WritePrivateProfileStringA(const QByteArray& section, const std::
 
 bool IniQueue::writeAll(const QList<IniChange>& changes, const QString& file)
 {
-    for (const auto& job : m_jobs)
+    for (const auto& job : jobs())
         waitFor(*job, kPatience);
     return m_disk.writeAll(changes, file);
 }
@@ -55,7 +55,10 @@ void IniQueue::writeLater(const QList<IniChange>& changes, const QString& file,
                           const std::function<void(bool)>& done)
 {
     const auto job = std::make_shared<Job>(Job{changes, file, done});
-    m_jobs.push_back(job);
+    {
+        const std::lock_guard lock(m_jobsMutex);
+        m_jobs.push_back(job);
+    }
     m_thread.post([this, job, board = m_board, disk = m_disk]() mutable {
         const bool written = disk.writeAll(job->changes, job->file);
         const std::lock_guard lock(board->mutex);
@@ -67,6 +70,13 @@ void IniQueue::writeLater(const QList<IniChange>& changes, const QString& file,
     });
     if (waitFor(*job, kAtOnce))
         tellFinished();
+}
+
+/// @returns what is on its way just now.
+IniQueue::Jobs IniQueue::jobs() const
+{
+    const std::lock_guard lock(m_jobsMutex);
+    return m_jobs;
 }
 
 IniQueue::State IniQueue::stateOf(const Job& job) const
@@ -86,7 +96,10 @@ void IniQueue::tellFinished()
 {
     while (!m_jobs.empty() && stateOf(*m_jobs.front()) != State::Waiting) {
         const auto job = m_jobs.front();
-        m_jobs.pop_front();
+        {
+            const std::lock_guard lock(m_jobsMutex);
+            m_jobs.pop_front();
+        }
         if (job->done)
             job->done(job->state == State::Written);
     }

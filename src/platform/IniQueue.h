@@ -14,7 +14,8 @@
 namespace zib {
 
 /// The INI files of the program: as IniFile, but what writes later waits for the disk on a thread of its own,
-/// in order. Every reading sees what is still on its way. Lives on the GUI thread; only that thread calls it.
+/// in order. Every reading sees what is still on its way. Lives on the GUI thread. Readings and writeAll may
+/// come from any thread, the rest from that one only.
 class IniQueue final : public IniService
 {
 public:
@@ -59,13 +60,17 @@ private:
         QObject* desk = nullptr; ///< What the thread sends its news to, while it is there.
     };
 
+    using Jobs = std::deque<std::shared_ptr<Job>>;
+
+    Jobs jobs() const;
     State stateOf(const Job& job) const;
     bool waitFor(const Job& job, std::chrono::milliseconds patience) const;
     void tellFinished();
 
     IniFile& m_disk;
     std::shared_ptr<Board> m_board = std::make_shared<Board>();
-    std::deque<std::shared_ptr<Job>> m_jobs;
+    mutable std::mutex m_jobsMutex;
+    Jobs m_jobs;
     QObject m_desk;
     Worker m_thread{std::chrono::milliseconds(0)};
 };

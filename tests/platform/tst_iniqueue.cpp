@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
 #include <thread>
 
 #include <fcntl.h>
@@ -24,6 +25,7 @@ private slots:
     void writeLater_thatFails_isTakenBack();
     void writeLater_fromAnAnswer_isTakenToo();
     void writeAll_comesBehindWhatIsOnItsWay();
+    void readings_fromAnotherThread_goOnBesideTheWrites();
     void end_waitsForTheDiskAndTells();
 
 private:
@@ -147,6 +149,26 @@ void TestIniQueue::writeAll_comesBehindWhatIsOnItsWay()
     QVERIFY(queue.writeAll(setKey("2"), file()));
     other.join();
     QCOMPARE(content(), QByteArray("[View]\nKey=2\n"));
+}
+
+void TestIniQueue::readings_fromAnotherThread_goOnBesideTheWrites()
+{
+    zib::IniQueue queue(m_disk);
+    queue.writeLater(setKey("0"), file(), {});
+    std::atomic<bool> stop = false;
+    std::atomic<int> strange = 0;
+    std::thread reader([&] {
+        while (!stop) {
+            const QByteArray value = queue.GetPrivateProfileStringA("View", "Key", "none", 100, file());
+            strange += value.isEmpty() || value == "none" ? 1 : 0;
+        }
+    });
+    for (int i = 0; i < 200; ++i)
+        queue.writeLater(setKey(QByteArray::number(i)), file(), {});
+    queue.finish();
+    stop = true;
+    reader.join();
+    QCOMPARE(strange, 0);
 }
 
 void TestIniQueue::end_waitsForTheDiskAndTells()
