@@ -7,13 +7,10 @@
 #include "common/NativeName.h"
 #include "components/AudioInformation.h"
 
-#include <QFile>
-#include <QFileInfo>
-
 #include <algorithm>
-#include <filesystem>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace zib {
 
@@ -31,23 +28,13 @@ QString withoutTrailingSlash(QString path)
     return path;
 }
 
-bool isFolder(const QString& path)
-{
-    struct stat info = {};
-    return ::stat(nativeName(path).constData(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
 /// The visible entries of a folder in natural order, or nothing when it cannot be read.
 std::optional<QStringList> entriesOf(const QString& folder)
 {
-    std::error_code error;
-    std::filesystem::directory_iterator entry(nativeName(folder).toStdString(), error);
-    if (error)
+    if (::access(nativeName(folder).constData(), R_OK | X_OK) != 0)
         return std::nullopt;
-    QStringList names;
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
-        if (const QString name = QFile::decodeName(entry->path().filename().c_str()); !name.startsWith(u'.'))
-            names << name;
+    QStringList names = folderEntries(folder);
+    names.removeIf([](const QString& name) { return name.startsWith(u'.'); });
     std::sort(names.begin(), names.end(), NaturalOrder());
     return names;
 }
@@ -112,7 +99,7 @@ void FileIntake::readFile(const QString& path)
     found.row.title = m_information->title();
     found.row.artist = m_information->artist();
     found.row.time = GeneralAPI::FormatDuration(m_information->durationMs());
-    found.row.fileSize = fileSizeText(m_information->fileBytes().value_or(QFileInfo(path).size()));
+    found.row.fileSize = fileSizeText(m_information->fileBytes().value_or(fileSize(path)));
     found.row.location = GeneralAPI::GetFolderOfPath(path);
     give(found);
 }

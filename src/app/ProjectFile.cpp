@@ -1,17 +1,21 @@
 #include "app/ProjectFile.h"
 
 #include "common/GeneralAPI.h"
+#include "common/NativeName.h"
 #include "common/Platform.h"
 
 #include <QFileInfo>
-#include <QStorageInfo>
+#include <QUrl>
+
+#include <sys/statvfs.h>
+#include <unistd.h>
 
 namespace zib {
 
 namespace {
 
-constexpr int kPathBytes = 32768;           // Eight times the longest path the system takes.
-constexpr qint64 kSmallestRoom = 64 * 1024; // A project takes no more, unless its paths are very long.
+constexpr int kPathBytes = 32768;            // Eight times the longest path the system takes.
+constexpr quint64 kSmallestRoom = 64 * 1024; // A project takes no more, unless its paths are very long.
 const QString kGeneral = QStringLiteral("General");
 const QString kFileCount = QStringLiteral("FileCount");
 const QByteArray kFiles = "Files";
@@ -21,16 +25,22 @@ QByteArray fileKey(int number)
     return "File" + QByteArray::number(number);
 }
 
-bool fitsALine(const QString& path)
+bool holdsLineBreak(const QString& path)
 {
-    const QByteArray text = path.toUtf8();
-    return !path.contains(u'\n') && !path.contains(u'\r') && !path.contains(QChar::Null) &&
-           QString::fromUtf8(text) == path;
+    return path.contains(u'\n') || path.contains(u'\r');
+}
+
+bool canBeWritten(const QString& path)
+{
+    return !path.isEmpty() && !path.contains(QChar::Null) && QString::fromUtf8(path.toUtf8()) == path &&
+           (!holdsLineBreak(path) || path.startsWith(u'/'));
 }
 
 /// The value that reads back as this path: in quotes of its own where reading would take something away.
 QByteArray valueOf(const QString& path)
 {
+    if (holdsLineBreak(path))
+        return QUrl::fromLocalFile(path).toEncoded();
     const QByteArray text = path.toUtf8();
     const auto blank = [](char letter) { return letter == ' ' || letter == '\t'; };
     const auto quote = [](char letter) { return letter == '"' || letter == '\''; };
@@ -42,54 +52,60 @@ QByteArray valueOf(const QString& path)
 IniChange changeOf(int number, const QString& path)
 {
     IniChange change{kFiles, fileKey(number), {}};
-    if (!path.isEmpty() && fitsALine(path))
+    if (canBeWritten(path))
         change.value = valueOf(path);
     return change;
+}
+
+/// @returns the file that a value names, or an empty text when there is none.
+QString existingFile(const QByteArray& value)
+{
+    const QString path = QString::fromUtf8(value);
+    for (const QString& candidate : {path, path.trimmed(), pathOfUrl(QUrl::fromEncoded(value))})
+        if (!candidate.isEmpty() && isFile(candidate))
+            return candidate;
+    return {};
 }
 
 /// Why a file could not be written, as far as the place tells.
 Failure::Kind reasonOf(const QString& path)
 {
-    const QFileInfo file(path);
-    const QFileInfo folder(file.path());
-    if (!folder.isDir())
+    const QString folder = QFileInfo(path).path();
+    const auto mayWrite = [](const QString& place) {
+        return ::access(nativeName(place).constData(), W_OK) == 0;
+    };
+    if (!isFolder(folder))
         return Failure::Kind::NotFound;
-    if (file.isDir())
+    if (isFolder(path))
         return Failure::Kind::BadValue;
-    if (!folder.isWritable() || (file.exists() && !file.isWritable()))
+    if (!mayWrite(pathExists(path) ? path : folder))
         return Failure::Kind::NoPermission;
-    const bool full = QStorageInfo(folder.filePath()).bytesAvailable() < kSmallestRoom;
+    struct statvfs room = {};
+    const bool full = ::statvfs(nativeName(folder).constData(), &room) == 0 &&
+                      room.f_bavail * room.f_frsize < kSmallestRoom;
     return full ? Failure::Kind::MediumTooSmall : Failure::Kind::WriteFailed;
 }
 
 } // namespace
-
-/// @returns the path of a track, or an empty text when there is none or no such file.
-QString ProjectFile::existingFile(int number) const
-{
-    const QString path = QString::fromUtf8(
-        platform().ini->GetPrivateProfileStringA(kFiles, fileKey(number), {}, kPathBytes, m_path));
-    for (const QString& candidate : {path, path.trimmed()})
-        if (!candidate.isEmpty() && QFileInfo(candidate).isFile())
-            return candidate;
-    return {};
-}
 
 Outcome<QStringList> ProjectFile::read() const
 {
     const Failure refused{Failure::Kind::BadValue, m_path};
     if (!platform().ini)
         return refused;
-    if (const QFileInfo file(m_path); !file.exists() || file.isDir())
+    if (!pathExists(m_path) || isFolder(m_path))
         return Failure{Failure::Kind::NotFound, m_path};
     bool numeric = false;
     const int count =
         GeneralAPI::ReadIniString(kGeneral, kFileCount, QStringLiteral("0"), m_path).toInt(&numeric);
     if (!numeric || count < 1 || count > kMostFiles)
         return refused;
-    QStringList files;
+    QList<IniQuery> queries;
     for (int i = 1; i <= count; ++i)
-        if (const QString file = existingFile(i); !file.isEmpty())
+        queries << IniQuery{kFiles, fileKey(i), {}, kPathBytes};
+    QStringList files;
+    for (const QByteArray& value : platform().ini->readAll(queries, m_path))
+        if (const QString file = existingFile(value); !file.isEmpty())
             files << file;
     return files;
 }

@@ -8,7 +8,8 @@
 namespace zib {
 
 /// A project file: the paths of a compilation, in order, as an INI file with the section "General", key
-/// "FileCount", and the section "Files", keys "File1", "File2" and so on. Usable from any thread.
+/// "FileCount", and the section "Files", keys "File1", "File2" and so on. A path that no line can hold, since
+/// it has line breaks, is written as the address of a file. Usable from any thread.
 class ProjectFile
 {
 public:
@@ -24,15 +25,13 @@ public:
 
     /// Writes the number of files and every path in one replacement of the file, so that it holds either the
     /// old list or the new one. Other sections, and "File" keys above the number, stay.
-    /// @returns the paths that no line of a file can hold (with a line break, or not Unicode): their keys are
+    /// @returns the paths that cannot be written (with a NUL, or not Unicode): their keys are
     /// removed, and reading passes over them. Fails, and leaves the file as it was, with NotFound when its
     /// folder is missing, BadValue when it is a folder itself, NoPermission, MediumTooSmall when the disk is
     /// full, and WriteFailed for all else.
     Outcome<QStringList> write(const QStringList& paths) const;
 
 private:
-    QString existingFile(int number) const;
-
     QString m_path;
 };
 

@@ -104,6 +104,7 @@ private:
     QString writeProject();
     zib::Outcome<QStringList> openNamedProject(const QString& chosen);
     zib::Outcome<QStringList> projectAside(const QString& text, const QString& name, const ProjectWork& work);
+    void forgetProject();
     void showProjectName();
 
     // The list: frmMainList.cpp

@@ -69,9 +69,8 @@ void frmMain::NewProject()
         if (answer == zib::Messages::Answer::Yes && !SaveProject())
             return;
     }
-    ProjectFileName.clear();
+    forgetProject();
     m_list.clear();
-    setWindowTitle(zib::kApplicationTitle);
     RefreshTotals();
 }
 
@@ -101,7 +100,9 @@ zib::Outcome<QStringList> frmMain::openNamedProject(const QString& chosen)
         return files;
     m_list.clear();
     addFiles(*files);
-    if (m_list.count() > 0)
+    if (m_stopped)
+        forgetProject(); // Saving must not replace the project by a part of it.
+    else if (m_list.count() > 0)
         showProjectName();
     RefreshTotals();
     return files;
@@ -175,6 +176,12 @@ zib::Outcome<QStringList> frmMain::projectAside(const QString& text, const QStri
     if (!ended)
         return Failure{Failure::Kind::Cancelled, name};
     return **result;
+}
+
+void frmMain::forgetProject()
+{
+    ProjectFileName.clear();
+    setWindowTitle(zib::kApplicationTitle);
 }
 
 void frmMain::showProjectName()

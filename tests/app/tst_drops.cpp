@@ -176,6 +176,22 @@ private slots:
         QCOMPARE(desk.desk.messages.shown, QStringList());
         go->release();
     }
+    void escape_whileAProjectIsOpened_doesNotTieTheRestToIt()
+    {
+        const auto go = std::make_shared<QSemaphore>();
+        Desk desk;
+        desk.desk.components.makeInformation = [go] { return std::make_unique<StuckInformation>(go); };
+        QVERIFY(desk.focusList());
+        const QString project = savedProject(desk, {desk.file("a.wav"), desk.file("hung.wav")});
+        QTimer::singleShot(300, this, [&] { QTest::keyClick(&desk.window(), Qt::Key_Escape); });
+        desk.desk.dialogs.files << project;
+        desk.trigger("mnuFileSub_5");
+        QCOMPARE(desk.column(kFileName), QStringList{"a.wav"});
+        QCOMPARE(desk.window().windowTitle(), QString("Zib CD Burner"));
+        desk.trigger("mnuFileSub_6"); // A part of the project must not replace it: a name is asked for.
+        QCOMPARE(desk.desk.dialogs.saved.size(), 1);
+        go->release();
+    }
     void drop_ofTenThousandMixed_keepsTheWindowAlive()
     {
         Desk desk;

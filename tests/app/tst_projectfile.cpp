@@ -3,6 +3,7 @@
 #include "platform/IniFile.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -33,12 +34,14 @@ private slots:
     void path_ofAHostileName_comesBackAsItWent_data();
     void path_ofAHostileName_comesBackAsItWent();
     void path_of4000Bytes_comesBackAsItWent();
+    void path_withLineBreaks_comesBackAsItWent();
     void path_thatNoLineHolds_isNamedAndPassedOver_data();
     void path_thatNoLineHolds_isNamedAndPassedOver();
     void path_thatIsNotUnicode_isPassedOver();
     void write_onAFullDisk_leavesTheOldFileWhole();
     void write_intoAMissingFolder_fails();
     void write_ofAllKeys_isOneReplacement();
+    void read_ofAHugeProject_readsItOnce();
 };
 
 namespace {
@@ -318,11 +321,21 @@ void TestProjectFile::path_of4000Bytes_comesBackAsItWent()
     QCOMPARE(desk.read(), QStringList{path});
 }
 
+void TestProjectFile::path_withLineBreaks_comesBackAsItWent()
+{
+    Desk desk;
+    QStringList tracks{desk.track("plain.wav")};
+    for (const char* name : {"a\n[General]\nFileCount=9.wav", "a\rb.wav", "\n", "100% \n %0A #1?.wav"})
+        tracks << desk.track(name);
+    QCOMPARE(desk.refusedBy(tracks), QStringList());
+    QCOMPARE(desk.content().count('\n'), 3 + tracks.size());
+    QCOMPARE(desk.read(), tracks);
+    QCOMPARE(desk.refusedBy({"relative\n.wav"}), QStringList{"relative\n.wav"});
+}
+
 void TestProjectFile::path_thatNoLineHolds_isNamedAndPassedOver_data()
 {
     QTest::addColumn<QString>("path");
-    QTest::newRow("line feed") << QString("/music/a\n[General].wav");
-    QTest::newRow("carriage return") << QString("/music/a\rFileCount=1");
     QTest::newRow("nul") << QString::fromLatin1("/music/a\0b.wav", 14);
     QTest::newRow("half a pair") << "/music/" + QString(QChar(0xD800));
     QTest::newRow("empty") << QString();
@@ -398,6 +411,25 @@ void TestProjectFile::write_ofAllKeys_isOneReplacement()
     QVERIFY(zib::ProjectFile("/p.zibp").write({"/a", "/b"}));
     QCOMPARE(ini.sizes, QList<qsizetype>{3});
     QCOMPARE(ini.single, 0);
+}
+
+void TestProjectFile::read_ofAHugeProject_readsItOnce()
+{
+    Desk desk;
+    const QStringList tracks = desk.tracks(200);
+    QCOMPARE(desk.refusedBy(tracks), QStringList());
+    QByteArray text = desk.content();
+    for (int i = 0; i < 60000; ++i)
+        text += "Remark" + QByteArray::number(i) + "=of somebody who likes to write much\n";
+    desk.write(text);
+    QVERIFY(text.size() > 2000000);
+    QElapsedTimer clock;
+    clock.start();
+    zib::IniFile().GetPrivateProfileStringA("Files", "Remark59999", {}, 100, desk.path);
+    const qint64 oneMs = clock.restart();
+    QCOMPARE(desk.read(), tracks);
+    qInfo("one key: %lld ms, the project of 200: %lld ms", oneMs, clock.elapsed());
+    QVERIFY(clock.elapsed() < 10 * oneMs + 1000);
 }
 
 QTEST_GUILESS_MAIN(TestProjectFile)
