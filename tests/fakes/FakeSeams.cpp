@@ -25,8 +25,9 @@ void ScriptedMessages::plain(QWidget* owner, const QString& text)
     remember(owner, "p: " + text);
 }
 
-Messages::Answer ScriptedMessages::askYesNoCancel(QWidget* owner, const QString& text)
+Messages::Answer ScriptedMessages::askYesNoCancel(QWidget* owner, const QString& text, Answer preset)
 {
+    presets << preset;
     remember(owner, "q: " + text);
     return answer;
 }

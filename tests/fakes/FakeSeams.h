@@ -27,10 +27,11 @@ public:
     void information(QWidget* owner, const QString& text) override;
     void critical(QWidget* owner, const QString& text, const QString& title = kApplicationTitle) override;
     void plain(QWidget* owner, const QString& text) override;
-    Answer askYesNoCancel(QWidget* owner, const QString& text) override;
+    Answer askYesNoCancel(QWidget* owner, const QString& text, Answer preset = Answer::Yes) override;
 
     QStringList shown;
     QList<QPointer<QWidget>> owners;
+    QList<Answer> presets;                      ///< Of the questions, in order.
     Answer answer = Answer::Cancel;             ///< What a question is answered with.
     std::function<void(const QString&)> onShow; ///< Runs while a box is "open".
 
