@@ -4,9 +4,16 @@
 #include <QString>
 #include <QStringList>
 
-/// Looks at the places that files are to be written to, before anything is begun. May be called on any
-/// thread, and takes as long as the place does.
+namespace zib {
+class Errands;
+}
+
+/// Looks at the places that files are to be written to, before anything is begun. The looking may be done on
+/// any thread, and takes as long as the place does.
 namespace zib::OutputPlace {
+
+/// Makes a folder as GeneralAPI::MakeFolderPath does, box included, but waits for no place that is slow.
+void makeFolder(Errands& errands, const QString& folder);
 
 /// What was found out about a folder for several files.
 struct Folder
