@@ -1,11 +1,13 @@
 #include "label/LabelControls.h"
 
 #include "common/Twips.h"
+#include "label/CaptionLayout.h"
 #include "label/LabelPainter.h"
 
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
 
 namespace zib {
@@ -26,6 +28,13 @@ QRect screenRect(const QRect& twips)
 {
     return {wholePixels(twips.x()), wholePixels(twips.y()), wholePixels(twips.width()),
             wholePixels(twips.height())};
+}
+
+/// Whole pixels that hold a length; a trace of a pixel, and less than nothing, takes none.
+int upwards(double pixels)
+{
+    constexpr double kTrace = 0.05;
+    return std::max(0, static_cast<int>(std::ceil(pixels - kTrace)));
 }
 
 } // namespace
@@ -106,13 +115,13 @@ void TextControl::setCaption(const QString& caption)
 void TextControl::setLeft(qint32 twips)
 {
     m_text.left = twips;
-    move(wholePixels(twips), y());
+    place();
 }
 
 void TextControl::setTop(qint32 twips)
 {
     m_text.top = twips;
-    move(x(), wholePixels(twips));
+    place();
 }
 
 void TextControl::setColor(const QColor& color)
@@ -130,17 +139,30 @@ void TextControl::setDesignFont(const QFont& font)
     fit();
 }
 
+/// As large as the caption, and larger where a character reaches beyond its own room.
 void TextControl::fit()
 {
     setText(m_text.caption);
-    const QSizeF size = textSize(m_text.caption, font());
-    resize(static_cast<int>(std::ceil(size.width())), static_cast<int>(std::ceil(size.height())));
+    const CaptionLayout layout(m_text.caption, font());
+    const QRectF ink = layout.ink();
+    m_size = QSize(upwards(layout.size().width()), upwards(layout.size().height()));
+    m_overhang = QMargins(upwards(-ink.left()), upwards(-ink.top()), upwards(ink.right() - m_size.width()),
+                          upwards(ink.bottom() - m_size.height()));
+    place();
+    update();
+}
+
+void TextControl::place()
+{
+    const QPoint corner(wholePixels(m_text.left), wholePixels(m_text.top));
+    setGeometry(QRect(corner, m_size).marginsAdded(m_overhang));
 }
 
 void TextControl::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    paintText(painter, QPointF(0, 0), m_text.caption, font(), m_text.color);
+    const QPointF corner(m_overhang.left(), m_overhang.top());
+    CaptionLayout(m_text.caption, font()).paint(painter, corner, m_text.color);
 }
 
 void TextControl::mousePressEvent(QMouseEvent* event)

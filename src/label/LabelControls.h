@@ -3,6 +3,7 @@
 #include "label/LabelItems.h"
 
 #include <QLabel>
+#include <QMargins>
 #include <QPixmap>
 
 /// The controls a label surface is made of. Each holds its item in twips and shows it at 15 twips to the
@@ -45,7 +46,8 @@ private:
     LabelLine m_line;
 };
 
-/// A transparent text, as large as its caption.
+/// A transparent text, as large as its caption. Where a character reaches beyond the caption's room, as a
+/// slanted one does, the control reaches with it; the text stays in place.
 class TextControl final : public QLabel
 {
     Q_OBJECT
@@ -73,8 +75,11 @@ protected:
 
 private:
     void fit();
+    void place();
 
     LabelText m_text;
+    QSize m_size;        ///< The caption's room in pixels, and
+    QMargins m_overhang; ///< what its characters need beyond it.
 };
 
 /// A picture, drawn into its place. Clicks go on to the surface.

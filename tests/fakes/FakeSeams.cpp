@@ -99,6 +99,12 @@ Outcome<> RecordingWindows::showPreview(QWidget*)
     return previewAnswer;
 }
 
+Outcome<> RecordingWindows::showCalibrate(QWidget*)
+{
+    note("calibrate");
+    return calibrateAnswer;
+}
+
 bool RecordingShell::ShellExecuteA(const QString& verb, const QString& file, const QString& parameters,
                                    const QString&)
 {

@@ -75,6 +75,7 @@ public:
     void showPlay(QWidget*) override { note("play"); }
     void showLabelDesigner(QWidget*, const QList<CompilationRow>& rows) override;
     Outcome<> showPreview(QWidget*) override;
+    Outcome<> showCalibrate(QWidget*) override;
     void showLabelList(QWidget*) override { note("labelList"); }
     void showLabelBack(QWidget*) override { note("labelBack"); }
     void showLabelTitle(QWidget*) override { note("labelTitle"); }
@@ -85,6 +86,7 @@ public:
     DiscNames discNames;                        ///< What showWrite was given.
     QStringList preparedFiles;                  ///< What showPrepare answers.
     Outcome<> previewAnswer;                    ///< What showPreview answers.
+    Outcome<> calibrateAnswer;                  ///< What showCalibrate answers.
     std::function<void(const QString&)> onShow; ///< Runs while a window is "open".
 
 private:
