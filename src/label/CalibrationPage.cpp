@@ -87,11 +87,9 @@ double rulerMm(QSizeF paper)
     return std::clamp(std::floor(room / kStepMm) * kStepMm, double(kStepMm), kLongestRulerMm);
 }
 
-Printer::Page calibrationPage(const Printer::Target& target)
+Printer::Page calibrationPage(const Printer::Target& target, const Calibration& inUse)
 {
-    return [target, inUse = calibrationFor(target.printer, target.paper)](QPainter& painter) {
-        paintCalibrationPage(painter, target, inUse);
-    };
+    return [target, inUse](QPainter& painter) { paintCalibrationPage(painter, target, inUse); };
 }
 
 void paintCalibrationPage(QPainter& painter, const Printer::Target& target, const Calibration& inUse)

@@ -11,8 +11,8 @@ inline constexpr double kCrossMm = 30;
 /// The length of the rulers on a paper of that size in twips, in millimetres: 100, less on a small one.
 double rulerMm(QSizeF paper);
 
-/// The page below with the numbers in use for a printer and paper.
-Printer::Page calibrationPage(const Printer::Target& target);
+/// The page below, ready to be painted on any thread.
+Printer::Page calibrationPage(const Printer::Target& target, const Calibration& inUse);
 
 /// A page with a cross, a ruler across and a ruler down, drawn in twips from the printable area's corner.
 /// Both rulers begin at the cross.

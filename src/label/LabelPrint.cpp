@@ -4,12 +4,9 @@
 #include "common/Texts.h"
 #include "common/WaitPointer.h"
 #include "components/Components.h"
-#include "label/LabelSettings.h"
 
 #include <QLocale>
 #include <QPainter>
-
-#include <optional>
 
 namespace zib {
 
@@ -40,7 +37,8 @@ bool mayPrint(const Services& services, QWidget* window, QSizeF size, const Prin
 
 } // namespace
 
-Outcome<QString> printLabelPage(const Services& services, QWidget* window, QSizeF size, const PageFor& page)
+Outcome<QString> printLabelPage(const Services& services, QWidget* window, QSizeF size, const PageFor& page,
+                                const std::optional<Calibration>& tried)
 {
     const std::unique_ptr<Printer> printer = services.components.makePrinter();
     std::optional<WaitPointer> wait(window);
@@ -51,9 +49,10 @@ Outcome<QString> printLabelPage(const Services& services, QWidget* window, QSize
     if (!mayPrint(services, window, size, *target))
         return Failure{Failure::Kind::Cancelled};
     wait.emplace(window);
-    const QTransform right = calibrationFor(target->printer, target->paper).transform(target->corner);
+    const Calibration inUse = tried.value_or(calibrationFor(target->printer, target->paper));
+    const QTransform right = inUse.transform(target->corner);
     const Outcome<> sent =
-        printer->print(kApplicationTitle, [content = page(*target), right](QPainter& painter) {
+        printer->print(kApplicationTitle, [content = page(*target, inUse), right](QPainter& painter) {
             painter.setTransform(right, true);
             content(painter);
         });

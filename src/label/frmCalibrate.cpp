@@ -43,9 +43,7 @@ void frmCalibrate::Form_Load()
 
 void frmCalibrate::cmdTestPage_Click()
 {
-    if (!store())
-        return;
-    const auto sent = zib::printLabelPage(m_services, this, {}, &zib::calibrationPage);
+    const auto sent = zib::printLabelPage(m_services, this, {}, &zib::calibrationPage, numbers());
     ui->lblState->setText(sent ? QStringLiteral("Sent to %1").arg(*sent) : QString());
     if (!sent)
         m_services.messages.critical(this, sent.error().detail);

@@ -17,7 +17,7 @@ struct Calibration;
 }
 
 /// Sets the default printer right for its paper: a page to measure, and the four numbers that follow from it.
-/// OK and "Print Test Page" store them in the settings file.
+/// The page is printed with the numbers shown; OK stores them in the settings file.
 class frmCalibrate final : public QDialog
 {
     Q_OBJECT

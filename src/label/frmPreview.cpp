@@ -66,7 +66,7 @@ void frmPreview::Timer1_Timer()
 {
     m_timer->stop();
     tell(zib::printLabelPage(m_services, this, m_labelArea,
-                             [scene = m_surface->scene()](const Printer::Target&) {
+                             [scene = m_surface->scene()](const Printer::Target&, const zib::Calibration&) {
                                  return [scene](QPainter& painter) { zib::paintScene(painter, scene); };
                              }));
 }

@@ -110,6 +110,7 @@ private slots:
         desk.click("cmdTestPage");
         QCOMPARE(desk.tray.jobs.size(), 1);
         QCOMPARE(desk.dialog->findChild<QLabel*>("lblState")->text(), QString("Sent to paper"));
+        QCOMPARE(desk.stored(), zib::Calibration()); // It is a trial.
         const QImage paper = desk.tray.jobs[0].paper;
         const int y = qRound(30 / 25.4 * 96 - 24);
         QVERIFY(qGray(paper.pixel(qRound(139 / 25.4 * 96 - 24), y)) < 200);
