@@ -5,13 +5,13 @@
 #include "common/Twips.h"
 #include "common/Windows.h"
 #include "label/LabelControls.h"
+#include "label/LabelDialogs.h"
 #include "label/LabelLayout.h"
 #include "label/LabelMaker.h"
 #include "label/LabelSurface.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QScreen>
 #include <QShortcut>
 #include <QTimer>
 
@@ -88,7 +88,9 @@ void frmLabelDesigner::RedrawBackground()
 
 void frmLabelDesigner::showSent(const QString& printer)
 {
-    ui->lblState->setText(QStringLiteral("Sent to %1").arg(printer));
+    const QString words = QStringLiteral("Sent to %1").arg(printer);
+    ui->lblState->setText(words);
+    ui->lblState->setToolTip(words); // A long name is cut in the narrow column.
 }
 
 void frmLabelDesigner::connectControls()
@@ -110,7 +112,7 @@ void frmLabelDesigner::connectControls()
 void frmLabelDesigner::Form_Load(const QList<zib::CompilationRow>& rows)
 {
     setWindowFlag(Qt::WindowMaximizeButtonHint);
-    resize(size().boundedTo(screen()->availableSize() - QSize(0, 40)));
+    zib::fitToScreen(this);
     m_surface->setEditable();
     LabelMaker::InitLabelDocument(rows);
     // A broken picture is told once the window is there to be told about.
