@@ -92,9 +92,37 @@ void LineControl::paintEvent(QPaintEvent*)
     QPainter(this).fillRect(rect(), m_line.color);
 }
 
+/// What of a text lies outside its control. Clicks go through.
+class TextOverhang final : public QWidget
+{
+public:
+    explicit TextOverhang(const TextControl* text) : QWidget(text->parentWidget()), m_text(text)
+    {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        const QRect inside = m_text->geometry().translated(-pos());
+        painter.setClipRegion(QRegion(rect()) - inside);
+        CaptionLayout(m_text->item().caption, m_text->font())
+            .paint(painter, inside.topLeft(), m_text->item().color);
+    }
+
+private:
+    const TextControl* m_text;
+};
+
 TextControl::TextControl(QWidget* parent) : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
+}
+
+TextControl::~TextControl()
+{
+    delete m_outside;
 }
 
 void TextControl::setItem(const LabelText& text)
@@ -115,13 +143,13 @@ void TextControl::setCaption(const QString& caption)
 void TextControl::setLeft(qint32 twips)
 {
     m_text.left = twips;
-    place();
+    move(wholePixels(twips), y());
 }
 
 void TextControl::setTop(qint32 twips)
 {
     m_text.top = twips;
-    place();
+    move(x(), wholePixels(twips));
 }
 
 void TextControl::setColor(const QColor& color)
@@ -130,6 +158,8 @@ void TextControl::setColor(const QColor& color)
     QPalette colors = palette();
     colors.setColor(QPalette::WindowText, color);
     setPalette(colors);
+    if (m_outside)
+        m_outside->update();
 }
 
 void TextControl::setDesignFont(const QFont& font)
@@ -139,30 +169,57 @@ void TextControl::setDesignFont(const QFont& font)
     fit();
 }
 
-/// As large as the caption, and larger where a character reaches beyond its own room.
 void TextControl::fit()
 {
     setText(m_text.caption);
     const CaptionLayout layout(m_text.caption, font());
     const QRectF ink = layout.ink();
-    m_size = QSize(upwards(layout.size().width()), upwards(layout.size().height()));
-    m_overhang = QMargins(upwards(-ink.left()), upwards(-ink.top()), upwards(ink.right() - m_size.width()),
-                          upwards(ink.bottom() - m_size.height()));
+    const QSize room(upwards(layout.size().width()), upwards(layout.size().height()));
+    m_overhang = QMargins(upwards(-ink.left()), upwards(-ink.top()), upwards(ink.right() - room.width()),
+                          upwards(ink.bottom() - room.height()));
+    resize(room);
     place();
     update();
 }
 
+/// Puts what lies outside right behind this control.
 void TextControl::place()
 {
-    const QPoint corner(wholePixels(m_text.left), wholePixels(m_text.top));
-    setGeometry(QRect(corner, m_size).marginsAdded(m_overhang));
+    if (m_overhang.isNull() || !parentWidget()) {
+        delete m_outside;
+        return;
+    }
+    if (!m_outside)
+        m_outside = new TextOverhang(this);
+    m_outside->setGeometry(geometry().marginsAdded(m_overhang));
+    m_outside->stackUnder(this);
+    m_outside->setVisible(!isHidden());
+    m_outside->update();
 }
 
 void TextControl::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const QPointF corner(m_overhang.left(), m_overhang.top());
-    CaptionLayout(m_text.caption, font()).paint(painter, corner, m_text.color);
+    CaptionLayout(m_text.caption, font()).paint(painter, QPointF(0, 0), m_text.color);
+}
+
+void TextControl::moveEvent(QMoveEvent* event)
+{
+    QLabel::moveEvent(event);
+    place();
+}
+
+void TextControl::showEvent(QShowEvent* event)
+{
+    QLabel::showEvent(event);
+    place();
+}
+
+void TextControl::hideEvent(QHideEvent* event)
+{
+    QLabel::hideEvent(event);
+    if (m_outside)
+        m_outside->hide();
 }
 
 void TextControl::mousePressEvent(QMouseEvent* event)
