@@ -12,7 +12,6 @@ public:
     /// @param sheet the picture's file.
     explicit SheetPrinter(const QString& sheet) : m_sheet(sheet) {}
 
-    zib::Outcome<Target> target() override;
     zib::Outcome<> print(const QString& jobName, const Page& page) override;
 
 private:

@@ -7,7 +7,7 @@
 #include "burn/frmPrepare.h"
 #include "burn/frmWrite.h"
 #include "common/Messages.h"
-#include "label/frmCalibrate.h"
+#include "components/DVDWriterPro.h"
 #include "label/frmLabelBack.h"
 #include "label/frmLabelDesigner.h"
 #include "label/frmLabelList.h"
@@ -22,7 +22,8 @@
 namespace zib {
 
 WindowBook::WindowBook(Messages& messages, CommonDialogs& dialogs, const Components& components)
-    : m_services{messages, dialogs, *this, components}
+    : m_services{messages, dialogs, *this, components},
+      m_closedWrites(messages, [this]() -> QWidget* { return m_main; })
 {
 }
 
@@ -68,6 +69,11 @@ void WindowBook::showWrite(QWidget* owner, const QStringList& trackFiles, const 
     frmWrite(m_services, trackFiles, names, owner).exec();
 }
 
+void WindowBook::keepWriting(std::unique_ptr<DVDWriterPro> writer)
+{
+    m_closedWrites.keep(std::move(writer));
+}
+
 void WindowBook::showRip(QWidget* owner)
 {
     frmRip ripper(m_services, owner);
@@ -103,18 +109,9 @@ Outcome<> WindowBook::showPreview(QWidget* owner)
     const auto* designer = qobject_cast<frmLabelDesigner*>(owner);
     Q_ASSERT(designer);
     frmPreview preview(m_services, designer->labelArea(), owner);
-    QObject::connect(&preview, &frmPreview::Sent, designer, &frmLabelDesigner::showSent);
     if (preview.loaded())
         preview.exec();
     return preview.loaded();
-}
-
-Outcome<> WindowBook::showCalibrate(QWidget* owner)
-{
-    frmCalibrate dialog(m_services, owner);
-    if (dialog.loaded())
-        dialog.exec();
-    return dialog.loaded();
 }
 
 void WindowBook::showLabelList(QWidget* owner)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "burn/ClosedWrites.h"
 #include "common/Services.h"
 #include "common/Windows.h"
 
@@ -20,6 +21,8 @@ public:
     const Services& services() const { return m_services; }
     /// The window that is refreshed when options were applied.
     void setMainWindow(frmMain* window);
+    /// Writes that go on behind windows that have closed.
+    ClosedWrites& closedWrites() { return m_closedWrites; }
 
     void showSplash(QWidget* owner) override;
     void showTip(QWidget* owner) override;
@@ -27,13 +30,13 @@ public:
     void showOptions(QWidget* owner) override;
     QStringList showPrepare(QWidget* owner, const QList<CompilationRow>& rows) override;
     void showWrite(QWidget* owner, const QStringList& trackFiles, const DiscNames& names) override;
+    void keepWriting(std::unique_ptr<DVDWriterPro> writer) override;
     void showRip(QWidget* owner) override;
     void showMP3ToWAV(QWidget* owner) override;
     void showPlayer(QWidget* owner) override;
     void showPlay(QWidget* owner) override;
     void showLabelDesigner(QWidget* owner, const QList<CompilationRow>& rows) override;
     Outcome<> showPreview(QWidget* owner) override;
-    Outcome<> showCalibrate(QWidget* owner) override;
     void showLabelList(QWidget* owner) override;
     void showLabelBack(QWidget* owner) override;
     void showLabelTitle(QWidget* owner) override;
@@ -41,6 +44,7 @@ public:
 private:
     Services m_services;
     QPointer<frmMain> m_main;
+    ClosedWrites m_closedWrites;
 };
 
 } // namespace zib

@@ -14,10 +14,14 @@
 #include "platform/DesktopFolderPicker.h"
 #include "platform/DesktopShell.h"
 #include "platform/IniQueue.h"
+#include "platform/QuitSignals.h"
 #include "platform/SystemRegistry.h"
 
 #include <QApplication>
 #include <QIcon>
+
+#include <chrono>
+#include <cstdlib>
 
 namespace {
 
@@ -38,11 +42,17 @@ zib::Components engines()
     return components;
 }
 
+/// So long a disc may take to be finished after the last window has closed.
+constexpr std::chrono::minutes kLongestEnd{15};
+/// So long when the system asked the program to end: it kills what takes longer.
+constexpr std::chrono::seconds kHurry{20};
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
+    zib::QuitSignals quit;
     QApplication::setApplicationName(zib::kApplicationTitle);
     QGuiApplication::setDesktopFileName(QStringLiteral("zibcdburner"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/zibcdburner.svg")));
@@ -60,8 +70,17 @@ int main(int argc, char* argv[])
     zib::WindowBook windows(messages, dialogs, components);
     frmMain window(windows.services());
     windows.setMainWindow(&window);
+    QObject::connect(&quit, &zib::QuitSignals::raised, &windows.closedWrites(), [&windows] {
+        windows.closedWrites().hurry(kHurry);
+        QApplication::closeAllWindows();
+        QCoreApplication::quit();
+    });
     window.show();
     const int result = QApplication::exec();
     ini.finish(); // While a failure can still be told.
+    // A disc that is being finished is not left half done.
+    windows.closedWrites().await(kLongestEnd);
+    if (zib::unlockDrivesInUse())
+        std::_Exit(result); // What hangs there may never come back.
     return result;
 }

@@ -18,10 +18,11 @@
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QPointer>
-#include <QScopedValueRollback>
 #include <QSignalBlocker>
+#include <QTimer>
 
 #include <initializer_list>
+#include <utility>
 
 frmWrite::frmWrite(const zib::Services& services, const QStringList& trackFiles, const zib::DiscNames& names,
                    QWidget* parent)
@@ -30,14 +31,16 @@ frmWrite::frmWrite(const zib::Services& services, const QStringList& trackFiles,
 {
     ui->setupUi(this);
     m_invitation = ui->lblStatus->text();
-    m_closing.setObjectName(QStringLiteral("closing"));
-    m_closing.setSingleShot(true);
-    m_closing.setInterval(kClosingPatienceMs);
+    ui->lblNote->hide();
     connectControls();
     connectWriter();
 }
 
-frmWrite::~frmWrite() = default;
+frmWrite::~frmWrite()
+{
+    m_closed = true;
+    letGo();
+}
 
 void frmWrite::connectControls()
 {
@@ -48,7 +51,6 @@ void frmWrite::connectControls()
     connect(ui->cmdCancel, &QPushButton::clicked, this, &frmWrite::cmdCancel_Click);
     connect(ui->cmdOptions, &QPushButton::clicked, this, &frmWrite::cmdOptions_Click);
     connect(ui->cmdExit, &QPushButton::clicked, this, &frmWrite::cmdExit_Click);
-    connect(&m_closing, &QTimer::timeout, this, &QDialog::reject);
 }
 
 void frmWrite::connectWriter()
@@ -60,6 +62,8 @@ void frmWrite::connectWriter()
     connect(writer, &DVDWriterPro::WritingProgress, this, &frmWrite::DVDWriterPro1_WritingProgress);
     connect(writer, &DVDWriterPro::ClosingTrack, this, &frmWrite::DVDWriterPro1_ClosingTrack);
     connect(writer, &DVDWriterPro::ClosingDisc, this, &frmWrite::DVDWriterPro1_ClosingDisc);
+    connect(writer, &DVDWriterPro::Waiting, this, &frmWrite::DVDWriterPro1_Waiting);
+    connect(writer, &DVDWriterPro::Remark, this, &frmWrite::DVDWriterPro1_Remark);
     connect(writer, &DVDWriterPro::WriteCompleted, this, &frmWrite::DVDWriterPro1_WriteCompleted);
     connect(writer, &DVDWriterPro::WriteCancelled, this, &frmWrite::DVDWriterPro1_WriteCancelled);
     connect(writer, &DVDWriterPro::WriteError, this, &frmWrite::DVDWriterPro1_WriteError);
@@ -74,18 +78,26 @@ void frmWrite::showEvent(QShowEvent* event)
     m_loaded = true;
 }
 
+/// Closes at once, whatever a drive is doing.
 void frmWrite::closeEvent(QCloseEvent* event)
 {
-    if (IsIdle) {
-        QDialog::closeEvent(event);
+    m_closed = true;
+    letGo();
+    QDialog::closeEvent(event);
+}
+
+/// What waits for a drive is given up; a write is cancelled, and its end is somebody else's to tell.
+void frmWrite::letGo()
+{
+    if (!m_writer)
         return;
-    }
-    event->ignore();
-    if (m_closing.isActive())
+    m_writer->abandon();
+    if (!m_writing)
         return;
-    m_closing.start();
-    ui->cmdExit->setEnabled(false);
-    cmdCancel_Click();
+    m_writing = false;
+    disconnect(m_writer.get(), nullptr, this, nullptr);
+    m_writer->cancel();
+    m_services.windows.keepWriting(std::move(m_writer));
 }
 
 /// Escape must not end a write: only the close box and the buttons do.
@@ -101,14 +113,15 @@ void frmWrite::Form_Load()
 {
     const zib::WaitPointer wait(this);
     const QPointer<frmWrite> self(this);
-    ui->lblStatus->setText(WriteTexts::kLookingForDrives);
+    beginAsking(WriteTexts::kLookingForDrives);
     const bool initialized = m_writer->initializeDrives(false);
-    if (!self)
+    if (!self || !endAsking())
         return;
-    ui->lblStatus->setText(m_invitation);
     if (!initialized)
         m_services.messages.plain(this, QStringLiteral("Your drives could not be initialized. "));
     ListDevices();
+    if (!self || m_closed)
+        return;
     AddTracks();
     EnableControls(true);
     ui->cmdWrite->setFocus();
@@ -116,6 +129,11 @@ void frmWrite::Form_Load()
 
 void frmWrite::cboDevices_Click()
 {
+    if (m_asking) {
+        m_askAgain = true;
+        m_writer->abandon();
+        return;
+    }
     const zib::WaitPointer wait(this);
     const auto drive = GeneralAPI::GetComboItemData(ui->cboDevices);
     m_drive = drive && m_writer->selectDrive(*drive) ? *drive : -1;
@@ -144,20 +162,42 @@ void frmWrite::cboWriteSpeed_Click()
 
 void frmWrite::cmdWrite_Click()
 {
-    if (m_starting || !IsIdle)
+    if (m_starting || m_asking || !IsIdle)
         return;
-    const QScopedValueRollback<bool> starting(m_starting, true);
+    const QPointer<frmWrite> self(this);
+    m_starting = true;
+    checkAndStart();
+    if (self)
+        m_starting = false;
+}
+
+void frmWrite::checkAndStart()
+{
     const zib::WaitPointer wait(this);
-    if (const QString refusal = zib::whyNotWritable(*m_writer, m_drive); !refusal.isEmpty()) {
-        m_services.messages.information(this, refusal);
+    const QPointer<frmWrite> self(this);
+    showNote({});
+    beginAsking(WriteTexts::kAskingDrive);
+    EnableControls(false);
+    const QString refusal = zib::whyNotWritable(*m_writer, m_drive);
+    if (!self || !endAsking())
         return;
-    }
+    EnableControls(true);
+    if (refusal.isEmpty())
+        startWrite();
+    else
+        m_services.messages.information(this, refusal);
+}
+
+void frmWrite::startWrite()
+{
     zib::configureWrite(*m_writer, gOptions, DriveSupportsBufferProtection);
     TrackCount = static_cast<qint16>(m_writer->trackCount());
     if (gOptions.TestMode)
         m_services.messages.information(this, WriteTexts::kTestMode);
+    m_cancelling = false;
     EnableControls(false);
-    if (m_writer->start())
+    m_writing = m_writer->start();
+    if (m_writing)
         return;
     m_services.messages.critical(this, QStringLiteral("Write to disc failed."));
     EnableControls(true);
@@ -165,6 +205,12 @@ void frmWrite::cmdWrite_Click()
 
 void frmWrite::cmdCancel_Click()
 {
+    if (m_asking) {
+        m_givenUp = true;
+        m_writer->abandon();
+        return;
+    }
+    m_cancelling = true;
     ui->lblStatus->setText(WriteTexts::kCancelling);
     m_writer->cancel();
 }
@@ -181,7 +227,7 @@ void frmWrite::cmdExit_Click()
 
 void frmWrite::DVDWriterPro1_PreparingToWrite()
 {
-    ui->lblStatus->setText(QStringLiteral("Preparing to Write Disc...."));
+    showPhase(QStringLiteral("Preparing to Write Disc...."));
     ui->pbPer->setValue(0);
     ui->lblPer->setText(QStringLiteral("Percent:   0%"));
     EnableControls(false);
@@ -189,13 +235,13 @@ void frmWrite::DVDWriterPro1_PreparingToWrite()
 
 void frmWrite::DVDWriterPro1_CachingProgress(qint16 percent)
 {
-    ui->lblStatus->setText(QStringLiteral("Caching - %1%").arg(percent));
+    showPhase(QStringLiteral("Caching - %1%").arg(percent));
 }
 
 void frmWrite::DVDWriterPro1_ReadingTrack(const QString& fileName, qint32 number, qint32 track)
 {
     CurrentTrack = zib::narrowed<qint16>(track).value_or(CurrentTrack);
-    ui->lblStatus->setText(WriteTexts::reading(track, number, fileName));
+    showPhase(WriteTexts::reading(track, number, fileName));
 }
 
 void frmWrite::DVDWriterPro1_WritingProgress(qint32 track, qint32 done, qint32 size)
@@ -205,43 +251,84 @@ void frmWrite::DVDWriterPro1_WritingProgress(qint32 track, qint32 done, qint32 s
         return;
     ui->lblPer->setText(QStringLiteral("Percent:   %1%").arg(*percent));
     ui->pbPer->setValue(*percent);
-    ui->lblStatus->setText(QStringLiteral("Writing Track #%1 ... ").arg(track));
+    showPhase(QStringLiteral("Writing Track #%1 ... ").arg(track));
 }
 
 void frmWrite::DVDWriterPro1_ClosingTrack(qint32 track)
 {
-    ui->lblStatus->setText(WriteTexts::closingTrack(track));
+    showPhase(WriteTexts::closingTrack(track));
 }
 
 void frmWrite::DVDWriterPro1_ClosingDisc()
 {
-    ui->lblStatus->setText(WriteTexts::kClosingDisc);
+    showPhase(WriteTexts::kClosingDisc);
+}
+
+void frmWrite::DVDWriterPro1_Waiting(const QString& what)
+{
+    showPhase(what);
+}
+
+void frmWrite::DVDWriterPro1_Remark(const QString& text)
+{
+    showNote(text);
 }
 
 void frmWrite::DVDWriterPro1_WriteCompleted()
 {
+    m_writing = false;
     ui->lblStatus->setText(QStringLiteral("Writing Completed."));
-    m_services.messages.information(this, QStringLiteral("Writing is completed."));
+    m_services.messages.information(this, WriteTexts::kCompleted);
     if (!m_writer->testWrite())
         m_writer->finish(false);
     EnableControls(true);
-    closeWhenEnded();
 }
 
 void frmWrite::DVDWriterPro1_WriteCancelled()
 {
-    ui->lblStatus->setText(QStringLiteral("Writing Cancelled."));
+    m_writing = false;
+    ui->lblStatus->setText(WriteTexts::kCancelled);
     EnableControls(true);
-    closeWhenEnded();
 }
 
 void frmWrite::DVDWriterPro1_WriteError(qint32 error, qint32 sense, const QString& description,
                                         const QString& senseData)
 {
+    m_writing = false;
     m_services.messages.critical(this, WriteTexts::error(error, sense, description, senseData));
     ui->lblStatus->setText(m_invitation);
     EnableControls(true);
-    closeWhenEnded();
+}
+
+/// Once Cancel was pressed, what still goes on is no news.
+void frmWrite::showPhase(const QString& text)
+{
+    if (!m_cancelling)
+        ui->lblStatus->setText(text);
+}
+
+void frmWrite::showNote(const QString& text)
+{
+    ui->lblNote->setText(text);
+    ui->lblNote->setVisible(!text.isEmpty());
+}
+
+void frmWrite::beginAsking(const QString& what)
+{
+    m_asking = true;
+    m_givenUp = m_askAgain = m_cancelling = false;
+    ui->lblStatus->setText(what);
+}
+
+bool frmWrite::endAsking()
+{
+    m_asking = false;
+    if (m_closed)
+        return false;
+    ui->lblStatus->setText(m_invitation);
+    if (m_givenUp)
+        EnableControls(true);
+    return !m_givenUp;
 }
 
 void frmWrite::EnableControls(bool enable)
@@ -271,7 +358,17 @@ void frmWrite::ListDevices()
 
 void frmWrite::ListWriteSpeeds()
 {
+    const QPointer<frmWrite> self(this);
+    beginAsking(WriteTexts::kAskingDrive);
+    ui->cmdWrite->setEnabled(false);
+    ui->cboWriteSpeed->setEnabled(false);
     const auto speeds = m_writer->writeSpeeds();
+    if (!self || !endAsking())
+        return;
+    if (std::exchange(m_askAgain, false))
+        return cboDevices_Click();
+    ui->cmdWrite->setEnabled(ui->cboDevices->isEnabled());
+    ui->cboWriteSpeed->setEnabled(ui->cboDevices->isEnabled());
     ui->cboWriteSpeed->clear();
     ui->cboWriteSpeed->addItem(WriteTexts::kDefaultSpeed, 0);
     for (const zib::WriteSpeed& speed : speeds)
@@ -281,6 +378,7 @@ void frmWrite::ListWriteSpeeds()
 
 void frmWrite::AddTracks()
 {
+    tellTrackLimit();
     for (const QString& path : m_trackFiles) {
         const bool there = zib::pathExists(path) && !IsFolder(path);
         if (!there || !m_writer->addAudioTrack(path))
@@ -288,14 +386,14 @@ void frmWrite::AddTracks()
     }
 }
 
+/// Said once, before the files that find no place are named one by one.
+void frmWrite::tellTrackLimit()
+{
+    if (m_trackFiles.size() > WriteTexts::kMostTracks)
+        m_services.messages.information(this, WriteTexts::kTooManyTracks);
+}
+
 bool frmWrite::IsFolder(const QString& path)
 {
     return QFileInfo(path).isDir();
-}
-
-/// A window that was to close closes now.
-void frmWrite::closeWhenEnded()
-{
-    if (m_closing.isActive())
-        reject();
 }

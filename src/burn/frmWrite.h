@@ -5,7 +5,6 @@
 
 #include <QDialog>
 #include <QStringList>
-#include <QTimer>
 
 #include <memory>
 
@@ -16,8 +15,9 @@ class frmWrite;
 
 /// Writes the prepared tracks to a disc: drive and speed, start, progress, cancel, and how it ended.
 ///
-/// The drives are looked for once the window is shown. Closing it while a write runs cancels the write first
-/// and closes the window when it has ended.
+/// The drives are looked for once the window is shown. It never waits for a drive without taking the user's
+/// word: Cancel and Exit act at every moment. Closing it while a write runs cancels the write and closes at
+/// once; how the disc ended is told by whoever keeps the writer then.
 class frmWrite final : public QDialog
 {
     Q_OBJECT
@@ -27,9 +27,6 @@ public:
     frmWrite(const zib::Services& services, const QStringList& trackFiles, const zib::DiscNames& names = {},
              QWidget* parent = nullptr);
     ~frmWrite() override;
-
-    /// A closing window waits so long for a cancelled write before it closes anyway.
-    static constexpr int kClosingPatienceMs = 20'000;
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -58,24 +55,40 @@ private:
     void DVDWriterPro1_WriteError(qint32 error, qint32 sense, const QString& description,
                                   const QString& senseData);
 
+    void DVDWriterPro1_Waiting(const QString& what);
+    void DVDWriterPro1_Remark(const QString& text);
+
     void EnableControls(bool enable);
     void ListDevices();
     void ListWriteSpeeds();
     void AddTracks();
     static bool IsFolder(const QString& path);
-    void closeWhenEnded();
+    void tellTrackLimit();
+    void showPhase(const QString& text);
+    void showNote(const QString& text);
+    void beginAsking(const QString& what);
+    /// @returns whether the window still stands and the answer is wanted.
+    bool endAsking();
+    void checkAndStart();
+    void startWrite();
+    void letGo();
 
     std::unique_ptr<Ui::frmWrite> ui;
     zib::Services m_services;
     QStringList m_trackFiles;
     zib::DiscNames m_names;
     std::unique_ptr<DVDWriterPro> m_writer;
-    QString m_invitation;   ///< What lblStatus says while nothing runs.
-    QTimer m_closing{this}; ///< Runs while the window waits for the end of a write to close.
-    int m_drive = -1;       ///< The selected drive's index in the writer.
-    int m_activated = 0;    ///< The entry of cboDevices that the user chose last.
+    QString m_invitation; ///< What lblStatus says while nothing runs.
+    int m_drive = -1;     ///< The selected drive's index in the writer.
+    int m_activated = 0;  ///< The entry of cboDevices that the user chose last.
     bool m_loaded = false;
-    bool m_starting = false;
+    bool m_starting = false;   ///< Between the click on Start and the start, or its refusal.
+    bool m_asking = false;     ///< A drive is being waited for.
+    bool m_askAgain = false;   ///< Another drive was chosen meanwhile.
+    bool m_givenUp = false;    ///< The user did not want the answer any more.
+    bool m_cancelling = false; ///< Cancel was pressed during the write.
+    bool m_writing = false;    ///< A write was started and has not told its end.
+    bool m_closed = false;
     bool m_speedWasSet = false;
     bool IsIdle = true; ///< No write runs.
     qint16 TrackCount = 0;

@@ -55,6 +55,26 @@ public:
     std::optional<Answer> ask(QObject* owner, std::function<Answer()> question,
                               std::chrono::milliseconds patience = std::chrono::milliseconds::max())
     {
+        return askWhile<Answer>(owner, std::move(question), patience, QEventLoop::ExcludeUserInputEvents,
+                                [] { return true; });
+    }
+
+    /// The same with the user's input, until one of the events makes @p goOn false: then nothing is returned,
+    /// and the question is left to itself.
+    template <typename Answer>
+    std::optional<Answer> askOpenly(QObject* owner, std::function<Answer()> question,
+                                    const std::function<bool()>& goOn)
+    {
+        return askWhile<Answer>(owner, std::move(question), std::chrono::milliseconds::max(),
+                                QEventLoop::AllEvents, goOn);
+    }
+
+private:
+    template <typename Answer>
+    std::optional<Answer> askWhile(QObject* owner, std::function<Answer()> question,
+                                   std::chrono::milliseconds patience, QEventLoop::ProcessEventsFlags events,
+                                   const std::function<bool()>& goOn)
+    {
         const QDeadlineTimer deadline(patience);
         const auto answer = std::make_shared<std::optional<Answer>>();
         const auto done = std::make_shared<std::atomic<bool>>(false);
@@ -67,16 +87,14 @@ public:
         });
         if (!deadline.isForever())
             QTimer::singleShot(patience, owner, [bell] { bell->ring(); });
-        while (guard && !done->load() && !deadline.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
-                                            QEventLoop::WaitForMoreEvents);
+        while (guard && !done->load() && !deadline.hasExpired() && goOn())
+            QCoreApplication::processEvents(events | QEventLoop::WaitForMoreEvents);
         bell->close();
         if (!guard || !done->load())
             return std::nullopt;
         return std::move(*answer);
     }
 
-private:
     struct Queue;
     std::shared_ptr<Queue> m_queue;
     std::chrono::milliseconds m_patience;

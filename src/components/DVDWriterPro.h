@@ -22,8 +22,9 @@ struct WriteSpeed
 /// Order of calls: initializeDrives, selectDrive, the settings, addAudioTrack for each track, start; then
 /// events until exactly one of WriteCompleted, WriteCancelled and WriteError; then start again or destroy.
 /// Everything is called from the thread that owns the object, and signals arrive on it. Calls that wait for a
-/// drive let the owner's window repaint meanwhile. Destroying a busy writer cancels, waits in bounded time
-/// and frees the drive.
+/// drive let the owner's events go on meanwhile, the user's input included, so that a handler may call
+/// abandon(); no other call is made then. Destroying a busy writer cancels and does not wait: the drive is
+/// freed behind it.
 class DVDWriterPro : public QObject
 {
     Q_OBJECT
@@ -84,6 +85,9 @@ public:
     virtual bool start() = 0;
     /// Asks a running write to end; WriteCancelled follows, or the end that came first.
     virtual void cancel() = 0;
+    /// Ends a call that is waiting for a drive: it returns at once and as if nothing were known. Does nothing
+    /// when none waits.
+    virtual void abandon() {}
     /// Closes the work after a real write.  @param eject whether the disc is handed out.
     virtual void finish(bool eject) = 0;
 
@@ -97,6 +101,12 @@ signals:
     void WritingProgress(qint32 track, qint32 done, qint32 size);
     void ClosingTrack(qint32 track);
     void ClosingDisc();
+    /// What goes on where none of the events above says it: a phase of its own, or why a drive is being
+    /// waited for, with the drive's own reason.
+    void Waiting(const QString& what);
+    /// What the user should know beside the end: the state of a disc that was begun, or where an image lies.
+    /// Comes before the end.
+    void Remark(const QString& text);
     /// Only after the disc was closed and read back to show the tracks written; or a simulation went through.
     void WriteCompleted();
     void WriteCancelled();

@@ -1,7 +1,5 @@
 #include "label/LabelSurface.h"
 
-#include "common/Twips.h"
-#include "label/DiscOutline.h"
 #include "label/LabelControls.h"
 #include "label/LabelLayout.h"
 #include "label/LabelMaker.h"
@@ -45,14 +43,13 @@ void unload(QList<Control*>& array)
 
 LabelSurface::LabelSurface(QWidget* surface, QSize areaTwips)
     : m_surface(surface), m_area(areaTwips), m_image(child<ImageControl>(surface, QStringLiteral("Image1"))),
-      m_title(child<TextControl>(surface, QStringLiteral("cdTitle"))), m_lines{child<LineControl>(
+      m_title(child<TextControl>(surface, QStringLiteral("cdTitle"))),
+      m_lines{child<LineControl>(surface, QStringLiteral("lines_0"))}, m_labels{child<TextControl>(
                                                                            surface,
-                                                                           QStringLiteral("lines_0"))},
-      m_labels{child<TextControl>(surface, QStringLiteral("labels_0"))}, m_disc(new DiscOutline(surface))
+                                                                           QStringLiteral("labels_0"))}
 {
     m_lines[0]->hide();
     m_labels[0]->hide();
-    m_disc->resize(wholePixels(areaTwips.width()), wholePixels(areaTwips.height()));
     paintSurface(m_surface, Qt::white);
 }
 
@@ -60,7 +57,6 @@ LabelSurface::~LabelSurface()
 {
     m_surface->setUpdatesEnabled(false);
     unloadTable();
-    delete m_disc;
 }
 
 void LabelSurface::setEditable()
@@ -88,7 +84,6 @@ void LabelSurface::RedrawTable()
         addLine(line);
     for (const LabelText& text : layout::cellTexts())
         addLabel(text);
-    m_disc->raise();
     m_surface->setUpdatesEnabled(true);
 }
 
@@ -111,11 +106,10 @@ Outcome<> LabelSurface::RedrawBackground()
     m_image->setVisible(document.UseBackImage);
     if (!QFileInfo(document.BackImagePath).isFile())
         return {};
-    const auto picture = sharedPicture(document.BackImagePath, this);
+    const Outcome<LabelPicture> picture = pictureOf(document.BackImagePath);
     if (!picture)
         return document.UseBackImage ? Outcome<>(picture.error()) : Outcome<>();
-    m_picture = *picture;
-    m_image->setItem({layout::imagePlace(m_picture->size, m_area), *m_picture});
+    m_image->setItem({layout::imagePlace(picture->size, m_area), *picture});
     return {};
 }
 
@@ -165,6 +159,20 @@ void LabelSurface::addLabel(const LabelText& text)
     control->show();
     connect(control, &TextControl::Click, this, [this, n] { emit labelClicked(n); });
     m_labels << control;
+}
+
+Outcome<LabelPicture> LabelSurface::pictureOf(const QString& path)
+{
+    const QDateTime time = QFileInfo(path).lastModified();
+    if (path == m_picturePath && time == m_pictureTime)
+        return m_picture;
+    Outcome<LabelPicture> read = readPicture(path);
+    if (read) {
+        m_picture = *read;
+        m_picturePath = path;
+        m_pictureTime = time;
+    }
+    return read;
 }
 
 } // namespace zib

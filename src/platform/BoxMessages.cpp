@@ -4,22 +4,6 @@
 
 namespace zib {
 
-namespace {
-
-QMessageBox::StandardButton buttonOf(Messages::Answer answer)
-{
-    switch (answer) {
-    case Messages::Answer::Yes:
-        return QMessageBox::Yes;
-    case Messages::Answer::No:
-        return QMessageBox::No;
-    default:
-        return QMessageBox::Cancel;
-    }
-}
-
-} // namespace
-
 void BoxMessages::information(QWidget* owner, const QString& text)
 {
     showBox(owner, QMessageBox::Information, kApplicationTitle, text);
@@ -35,10 +19,10 @@ void BoxMessages::plain(QWidget* owner, const QString& text)
     showBox(owner, QMessageBox::NoIcon, kApplicationTitle, text);
 }
 
-Messages::Answer BoxMessages::askYesNoCancel(QWidget* owner, const QString& text, Answer preset)
+Messages::Answer BoxMessages::askYesNoCancel(QWidget* owner, const QString& text)
 {
     switch (showBox(owner, QMessageBox::Question, kApplicationTitle, text,
-                    QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, buttonOf(preset))) {
+                    QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel)) {
     case QMessageBox::Yes:
         return Answer::Yes;
     case QMessageBox::No:

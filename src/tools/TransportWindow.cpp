@@ -4,7 +4,6 @@
 #include "components/AudioPlayer.h"
 
 #include <QAbstractButton>
-#include <QKeyEvent>
 #include <QSlider>
 
 namespace zib {
@@ -12,7 +11,6 @@ namespace zib {
 TransportWindow::TransportWindow(const Services& services, QWidget* parent)
     : QDialog(parent), m_services(services), m_transport(services.components)
 {
-    m_transport.onChange = [this] { showState(); };
 }
 
 TransportWindow::~TransportWindow() = default;
@@ -40,19 +38,19 @@ void TransportWindow::connectTransport(const Controls& controls)
 void TransportWindow::PlayFile(const QString& path)
 {
     m_transport.PlayFile(path);
-    showState();
+    showPause();
 }
 
 void TransportWindow::StopPlaying()
 {
     m_transport.StopPlaying();
-    showState();
+    showPause();
 }
 
 void TransportWindow::chkPause_Click()
 {
     m_transport.TogglePause();
-    showState();
+    showPause();
 }
 
 void TransportWindow::cmdStop_Click()
@@ -127,15 +125,6 @@ void TransportWindow::Form_Unload()
         StopPlaying();
 }
 
-void TransportWindow::keyPressEvent(QKeyEvent* event)
-{
-    const bool guarded = m_transport.isPlaying() || m_transport.isOpening();
-    if (event->key() != Qt::Key_Escape || (!guarded && !holdsWork()))
-        return QDialog::keyPressEvent(event);
-    if (guarded)
-        StopPlaying();
-}
-
 void TransportWindow::done(int result)
 {
     Form_Unload();
@@ -148,13 +137,9 @@ void TransportWindow::seekFrom(int slider)
     m_transport.SeekToSlider(m_controls.Slider1->value());
 }
 
-void TransportWindow::showState()
+void TransportWindow::showPause()
 {
     m_controls.chkPause->setChecked(m_transport.pauseTicked());
-    if (m_transport.isOpening())
-        setCursor(Qt::BusyCursor);
-    else
-        unsetCursor();
 }
 
 } // namespace zib

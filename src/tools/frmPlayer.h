@@ -1,18 +1,13 @@
 #pragma once
 
-#include "common/Errands.h"
 #include "tools/Playlist.h"
 #include "tools/TransportWindow.h"
 
 #include <QStringList>
-#include <QTimer>
 
 #include <memory>
 
-namespace zib {
-class PlaylistReader;
-class WaitPointer;
-} // namespace zib
+class AudioInformation;
 
 namespace Ui {
 class frmPlayer;
@@ -26,9 +21,6 @@ public:
     explicit frmPlayer(const zib::Services& services, QWidget* parent = nullptr);
     ~frmPlayer() override;
 
-protected:
-    bool holdsWork() const override;
-
 private:
     void setUpList();
     void connectControls();
@@ -39,17 +31,15 @@ private:
     void cmdPlay_Click() override;
     void playbackEnded() override;
     void addFiles(const QStringList& paths);
-    void AddFileToPlaylist(const zib::PlaylistRow& row);
-    void showNewRows();
+    void AddFileToPlaylist(const QString& path);
     void PlayNextTrack();
+    void showNewRows();
     void selectRow(int row);
 
     std::unique_ptr<Ui::frmPlayer> ui;
-    const std::shared_ptr<zib::PlaylistReader> m_reader; // its reading is the errands' alone
-    zib::Errands m_errands;
+    std::unique_ptr<AudioInformation> m_AInfo;
     zib::Playlist m_list;
-    QTimer m_collecting; ///< Runs while files are being added.
-    std::unique_ptr<zib::WaitPointer> m_wait;
+    bool m_adding = false;
     int ExpandedHeight = 0;  ///< Of the window with the list, in pixels.
     int CollapsedHeight = 0; ///< Without it.
 };

@@ -146,9 +146,13 @@ private slots:
     void escape_always_doesNothing();
     void exit_whenIdle_closes();
     void exit_onEnter_closesAndWritesNothing();
-    void close_whileWriting_cancelsFirst();
-    void close_whenTheWriteCompletesAnyway_saysSoAndCloses();
-    void close_whenTheWriterNeverEnds_closesAnyway();
+    void close_whileWriting_cancelsAndClosesAtOnce();
+    void destroy_whileWriting_handsTheWriterOver();
+    void cancel_pressed_isNotOverwrittenByWhatStillGoesOn();
+    void waiting_always_isSaidAndARemarkStays();
+    void asking_canBeGivenUpAndClosed_data();
+    void asking_canBeGivenUpAndClosed();
+    void tracks_beyond99_areSaidOnceBeforeTheyAreNamed();
     void layout_withLongTexts_keepsTheWindowsWidth();
 };
 
@@ -733,7 +737,7 @@ void TestFrmWrite::exit_onEnter_closesAndWritesNothing()
     QVERIFY(!desk.window->isVisible());
 }
 
-void TestFrmWrite::close_whileWriting_cancelsFirst()
+void TestFrmWrite::close_whileWriting_cancelsAndClosesAtOnce()
 {
     for (const bool byFrame : {false, true}) {
         Desk desk;
@@ -741,42 +745,99 @@ void TestFrmWrite::close_whileWriting_cancelsFirst()
         QVERIFY(desk.open());
         desk.click("cmdWrite");
         byFrame ? void(desk.window->close()) : desk.click("cmdExit");
-        desk.window->close();
-        QVERIFY(desk.window->isVisible());
-        QCOMPARE(desk.writer->calls.count("cancel"), 1);
-        QCOMPARE(desk.status(), QString("Writing Cancelled. Please wait ... "));
-        desk.writer->running = false;
-        emit desk.writer->WriteCancelled();
         QVERIFY(!desk.window->isVisible());
+        QCOMPARE(desk.writer->calls.count("cancel"), 1);
+        QCOMPARE(desk.desk.windows.kept.size(), size_t(1));
+        QCOMPARE(desk.desk.windows.kept.at(0).get(), desk.writer);
+        emit desk.writer->WriteCompleted();
         QCOMPARE(desk.desk.messages.shown, QStringList());
     }
 }
 
-void TestFrmWrite::close_whenTheWriteCompletesAnyway_saysSoAndCloses()
+void TestFrmWrite::destroy_whileWriting_handsTheWriterOver()
 {
     Desk desk;
     desk.writer->obeysCancel = false;
     QVERIFY(desk.open());
     desk.click("cmdWrite");
-    desk.click("cmdExit");
-    desk.writer->running = false;
-    emit desk.writer->WriteCompleted();
-    QCOMPARE(desk.desk.messages.shown, QStringList{"i: Writing is completed."});
-    QVERIFY(!desk.window->isVisible());
+    desk.window.reset();
+    QCOMPARE(desk.desk.windows.kept.size(), size_t(1));
 }
 
-void TestFrmWrite::close_whenTheWriterNeverEnds_closesAnyway()
+void TestFrmWrite::cancel_pressed_isNotOverwrittenByWhatStillGoesOn()
 {
     Desk desk;
     desk.writer->obeysCancel = false;
     QVERIFY(desk.open());
     desk.click("cmdWrite");
-    desk.click("cmdExit");
-    auto* patience = desk.window->findChild<QTimer*>("closing");
-    QVERIFY(patience->isActive());
-    QCOMPARE(patience->interval(), frmWrite::kClosingPatienceMs);
-    patience->start(1);
-    QTRY_VERIFY(!desk.window->isVisible());
+    desk.click("cmdCancel");
+    emit desk.writer->ReadingTrack("x.wav", 1, 1);
+    emit desk.writer->WritingProgress(1, 1, 2);
+    emit desk.writer->ClosingTrack(1);
+    emit desk.writer->ClosingDisc();
+    emit desk.writer->Waiting("Reading the disc back");
+    emit desk.writer->CachingProgress(4);
+    QCOMPARE(desk.status(), QString("Writing Cancelled. Please wait ... "));
+    desk.writer->running = false;
+    emit desk.writer->WriteCompleted();
+    QCOMPARE(desk.status(), QString("Writing Completed."));
+}
+
+void TestFrmWrite::waiting_always_isSaidAndARemarkStays()
+{
+    Desk desk;
+    QVERIFY(desk.open());
+    QVERIFY(!desk.control<QLabel>("lblNote")->isVisible());
+    desk.click("cmdWrite");
+    emit desk.writer->Waiting("The drive becomes ready [2 04 01]");
+    QCOMPARE(desk.status(), QString("The drive becomes ready [2 04 01]"));
+    emit desk.writer->Remark("The disc is still blank.");
+    desk.writer->running = false;
+    emit desk.writer->WriteCancelled();
+    QCOMPARE(desk.status(), QString("Writing Cancelled."));
+    QCOMPARE(desk.control<QLabel>("lblNote")->text(), QString("The disc is still blank."));
+    QVERIFY(desk.control<QLabel>("lblNote")->isVisible());
+    desk.click("cmdWrite");
+    QVERIFY(!desk.control<QLabel>("lblNote")->isVisible());
+}
+
+void TestFrmWrite::asking_canBeGivenUpAndClosed_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::newRow("cancel") << "cmdCancel";
+    QTest::newRow("exit") << "cmdExit";
+}
+
+void TestFrmWrite::asking_canBeGivenUpAndClosed()
+{
+    QFETCH(QString, how);
+    Desk desk;
+    QVERIFY(desk.open());
+    QString status;
+    QString enabled;
+    desk.writer->onDiscStatus = [&] {
+        status = desk.status();
+        enabled = desk.enabled();
+        desk.click(how.toLatin1());
+    };
+    desk.click("cmdWrite");
+    QCOMPARE(status, QString("Asking the drive about its disc, please wait..."));
+    QCOMPARE(enabled, QString("C"));
+    QVERIFY(desk.writer->calls.contains("abandon"));
+    QVERIFY(!desk.writer->calls.contains("start"));
+    QCOMPARE(desk.window->isVisible(), how == "cmdCancel");
+    QCOMPARE(desk.desk.messages.shown, QStringList());
+    if (how == "cmdCancel")
+        QCOMPARE(desk.enabled() + desk.status(), "DSWO" + kInvitation);
+}
+
+void TestFrmWrite::tracks_beyond99_areSaidOnceBeforeTheyAreNamed()
+{
+    Desk desk(101);
+    QVERIFY(desk.open());
+    QVERIFY2(desk.desk.messages.shown.value(0).contains("at most 99 tracks"),
+             qPrintable(desk.desk.messages.shown.value(0)));
+    QCOMPARE(desk.desk.messages.shown.filter("at most 99").size(), 1);
 }
 
 void TestFrmWrite::layout_withLongTexts_keepsTheWindowsWidth()

@@ -32,6 +32,8 @@ bool FakeDVDWriterPro::selectDrive(int drive)
 int FakeDVDWriterPro::discStatus()
 {
     note("discStatus");
+    if (onDiscStatus)
+        onDiscStatus();
     return selected < 0 ? kNoDisc : at(selected).status;
 }
 

@@ -59,6 +59,7 @@ public:
     int trackCount() const override { return toldTracks < 0 ? static_cast<int>(tracks.size()) : toldTracks; }
     bool start() override;
     void cancel() override;
+    void abandon() override { note("abandon"); }
     void finish(bool eject) override;
 
     QList<FakeDrive> drives{FakeDrive{}};
@@ -69,6 +70,7 @@ public:
     QStringList refused;     ///< Files that addAudioTrack refuses; a missing file is refused anyway.
     int toldTracks = -1;     ///< What trackCount tells; negative: the truth.
     std::function<void()> onInitialize; ///< Runs inside initializeDrives.
+    std::function<void()> onDiscStatus; ///< Runs inside discStatus.
 
     QStringList
         calls; ///< "setTestWrite 1", "start" ... in order; questions without side effect are left out.

@@ -1,5 +1,7 @@
 #include "fakes/FakeSeams.h"
 
+#include "components/DVDWriterPro.h"
+
 namespace zib {
 
 void ScriptedMessages::remember(QWidget* owner, const QString& line)
@@ -25,9 +27,8 @@ void ScriptedMessages::plain(QWidget* owner, const QString& text)
     remember(owner, "p: " + text);
 }
 
-Messages::Answer ScriptedMessages::askYesNoCancel(QWidget* owner, const QString& text, Answer preset)
+Messages::Answer ScriptedMessages::askYesNoCancel(QWidget* owner, const QString& text)
 {
-    presets << preset;
     remember(owner, "q: " + text);
     return answer;
 }
@@ -87,6 +88,11 @@ void RecordingWindows::showWrite(QWidget*, const QStringList& given, const DiscN
     note("write");
 }
 
+void RecordingWindows::keepWriting(std::unique_ptr<DVDWriterPro> writer)
+{
+    kept.push_back(std::move(writer));
+}
+
 void RecordingWindows::showLabelDesigner(QWidget*, const QList<CompilationRow>& given)
 {
     rows = given;
@@ -97,12 +103,6 @@ Outcome<> RecordingWindows::showPreview(QWidget*)
 {
     note("preview");
     return previewAnswer;
-}
-
-Outcome<> RecordingWindows::showCalibrate(QWidget*)
-{
-    note("calibrate");
-    return calibrateAnswer;
 }
 
 bool RecordingShell::ShellExecuteA(const QString& verb, const QString& file, const QString& parameters,

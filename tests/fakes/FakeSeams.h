@@ -16,6 +16,8 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 namespace zib {
 
@@ -27,11 +29,10 @@ public:
     void information(QWidget* owner, const QString& text) override;
     void critical(QWidget* owner, const QString& text, const QString& title = kApplicationTitle) override;
     void plain(QWidget* owner, const QString& text) override;
-    Answer askYesNoCancel(QWidget* owner, const QString& text, Answer preset = Answer::Yes) override;
+    Answer askYesNoCancel(QWidget* owner, const QString& text) override;
 
     QStringList shown;
     QList<QPointer<QWidget>> owners;
-    QList<Answer> presets;                      ///< Of the questions, in order.
     Answer answer = Answer::Cancel;             ///< What a question is answered with.
     std::function<void(const QString&)> onShow; ///< Runs while a box is "open".
 
@@ -69,24 +70,24 @@ public:
     void showOptions(QWidget*) override { note("options"); }
     QStringList showPrepare(QWidget*, const QList<CompilationRow>& rows) override;
     void showWrite(QWidget*, const QStringList& trackFiles, const DiscNames& names) override;
+    void keepWriting(std::unique_ptr<DVDWriterPro> writer) override;
     void showRip(QWidget*) override { note("rip"); }
     void showMP3ToWAV(QWidget*) override { note("converter"); }
     void showPlayer(QWidget*) override { note("player"); }
     void showPlay(QWidget*) override { note("play"); }
     void showLabelDesigner(QWidget*, const QList<CompilationRow>& rows) override;
     Outcome<> showPreview(QWidget*) override;
-    Outcome<> showCalibrate(QWidget*) override;
     void showLabelList(QWidget*) override { note("labelList"); }
     void showLabelBack(QWidget*) override { note("labelBack"); }
     void showLabelTitle(QWidget*) override { note("labelTitle"); }
 
+    std::vector<std::shared_ptr<DVDWriterPro>> kept; ///< What keepWriting was given.
     QStringList shown;
     QList<CompilationRow> rows;                 ///< What showPrepare or showLabelDesigner was given last.
     QStringList trackFiles;                     ///< What showWrite was given.
     DiscNames discNames;                        ///< What showWrite was given.
     QStringList preparedFiles;                  ///< What showPrepare answers.
     Outcome<> previewAnswer;                    ///< What showPreview answers.
-    Outcome<> calibrateAnswer;                  ///< What showCalibrate answers.
     std::function<void(const QString&)> onShow; ///< Runs while a window is "open".
 
 private:

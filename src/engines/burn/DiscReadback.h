@@ -4,12 +4,6 @@
 
 #include <QList>
 
-#include <optional>
-
-namespace burn {
-struct burn_drive;
-}
-
 namespace zib {
 
 /// A disc's table of contents as its drive tells it.
@@ -24,9 +18,6 @@ struct DiscContents
     QList<Track> tracks;
     qint64 leadOut = 0; ///< Logical block address.
 };
-
-/// The contents of the only session; nothing when there is none, or more than one.
-std::optional<DiscContents> contentsOf(burn::burn_drive* drive);
 
 /// Whether @p contents are what @p job asked for. Every length must be right to the frame; between tracks
 /// written one at a time a drive adds its link and run-out blocks (MMC-5, 4.2.3.6.2), which @p trackAtOnce

@@ -16,7 +16,8 @@ constexpr qint64 kRecentMs = 3000;
 } // namespace
 
 DiscWriter::DiscWriter(FindRecorders find, std::shared_ptr<Recorder> image, QObject* parent)
-    : DVDWriterPro(parent), m_find(std::move(find)), m_image(std::move(image))
+    : DVDWriterPro(parent), m_find(std::move(find)), m_image(std::move(image)),
+      m_worker(std::make_unique<Worker>(std::chrono::milliseconds(0)))
 {
     m_deliveries.setInterval(kDeliveryMs);
     connect(&m_deliveries, &QTimer::timeout, this, &DiscWriter::deliverEvents);
@@ -24,8 +25,31 @@ DiscWriter::DiscWriter(FindRecorders find, std::shared_ptr<Recorder> image, QObj
 
 DiscWriter::~DiscWriter()
 {
+    abandon();
     if (m_run)
         m_run->cancelled = true;
+}
+
+template <typename Answer>
+std::optional<Answer> DiscWriter::ask(std::function<Answer()> question)
+{
+    const QPointer<DiscWriter> self(this);
+    const auto abandoned = std::make_shared<std::atomic<bool>>(false);
+    m_abandoned = abandoned;
+    std::optional<Answer> answer =
+        m_worker->askOpenly<Answer>(this, std::move(question), [abandoned] { return !abandoned->load(); });
+    if (!self)
+        return std::nullopt;
+    m_abandoned.reset();
+    if (!answer)
+        m_worker = std::make_unique<Worker>(std::chrono::milliseconds(0));
+    return answer;
+}
+
+void DiscWriter::abandon()
+{
+    if (m_abandoned)
+        m_abandoned->store(true);
 }
 
 bool DiscWriter::initializeDrives(bool)
@@ -34,7 +58,7 @@ bool DiscWriter::initializeDrives(bool)
         return false;
     FoundRecorders found;
     if (m_find) {
-        auto answer = m_worker.ask<FoundRecorders>(this, m_find);
+        auto answer = ask<FoundRecorders>(m_find);
         if (!answer)
             return false;
         found = std::move(*answer);
@@ -109,10 +133,10 @@ Medium DiscWriter::medium(Look look)
     if (m_run || (recent && look == Look::RecentWillDo))
         return m_medium;
     const auto asked = m_selected;
-    const auto answer = m_worker.ask<Medium>(this, [asked] {
-        const auto found = asked->inspect();
-        return found ? *found : Medium{.status = kBlankDisc};
-    });
+    const QPointer<DiscWriter> self(this);
+    const auto answer = inspect(asked);
+    if (!self)
+        return {};
     if (!answer)
         return {};
     if (asked == m_selected) {
@@ -120,6 +144,27 @@ Medium DiscWriter::medium(Look look)
         m_mediumAge.start();
     }
     return *answer;
+}
+
+std::optional<Medium> DiscWriter::inspect(const std::shared_ptr<Recorder>& asked)
+{
+    const auto words = std::make_shared<WriteEvents>();
+    const auto given = std::make_shared<std::atomic<bool>>(false);
+    QTimer telling;
+    connect(&telling, &QTimer::timeout, this, [this, words] {
+        while (const auto event = words->take())
+            emit Waiting(event->name);
+    });
+    telling.start(kDeliveryMs);
+    auto answer = ask<Medium>([asked, words, given] {
+        const auto tell = [words](const QString& what) {
+            words->push({.kind = WriteEvent::Kind::Waiting, .name = what});
+        };
+        const auto found = asked->inspect({tell, given.get()});
+        return found ? *found : Medium{.status = kBlankDisc};
+    });
+    given->store(true); // a question that was given up need not go on
+    return answer;
 }
 
 int DiscWriter::discStatus()
@@ -214,7 +259,7 @@ bool DiscWriter::start()
     m_run->cache = m_cache;
     m_run->cacheFolder = m_cacheFolder;
     m_run->events.push({.kind = WriteEvent::Kind::Preparing});
-    m_worker.post([run = m_run] { run->run(); });
+    m_worker->post([run = m_run] { run->run(); });
     m_deliveries.start();
     QMetaObject::invokeMethod(this, &DiscWriter::deliverEvents, Qt::QueuedConnection);
     return true;
@@ -230,7 +275,7 @@ void DiscWriter::finish(bool eject)
 {
     m_mediumAge.invalidate();
     if (eject && m_selected && !m_run)
-        m_worker.post([ejected = m_selected] { ejected->eject(); });
+        m_worker->post([ejected = m_selected] { ejected->eject(); });
 }
 
 /// A receiver may open a box and come back here through its event loop: events leave one by one, in order.
@@ -265,6 +310,12 @@ void DiscWriter::deliver(const WriteEvent& event)
         break;
     case WriteEvent::Kind::ClosingDisc:
         emit ClosingDisc();
+        break;
+    case WriteEvent::Kind::Waiting:
+        emit Waiting(event.name);
+        break;
+    case WriteEvent::Kind::Remark:
+        emit Remark(event.name);
         break;
     case WriteEvent::Kind::Ended:
         end(event);

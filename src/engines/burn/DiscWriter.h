@@ -16,8 +16,8 @@ struct WriteEvent;
 struct WriteRun;
 
 /// The disc writer: it checks, caches, writes and reports, on whatever recorder is selected. Recorders block;
-/// they run on one worker thread, and calls that wait for them let the owner's events go on, without user
-/// input.
+/// they run on a worker thread, and calls that wait for them let the owner's events go on. Nothing here waits
+/// for a drive without being able to give it up.
 class DiscWriter final : public DVDWriterPro
 {
     Q_OBJECT
@@ -56,6 +56,7 @@ public:
     int trackCount() const override;
     bool start() override;
     void cancel() override;
+    void abandon() override;
     void finish(bool eject) override;
 
 private:
@@ -69,6 +70,11 @@ private:
     /// What is in the selected drive. A drive that cannot be asked looks blank and without speeds: the write
     /// that follows then tells why.
     Medium medium(Look look);
+    /// Asks on the worker while the owner's events go on. Nothing when it was abandoned, or this was
+    /// destroyed.
+    template <typename Answer>
+    std::optional<Answer> ask(std::function<Answer()> question);
+    std::optional<Medium> inspect(const std::shared_ptr<Recorder>& asked);
     void deliverEvents();
     void deliver(const WriteEvent& event);
     void end(const WriteEvent& event);
@@ -84,7 +90,9 @@ private:
     QString m_cacheFolder;
     QTimer m_deliveries;
     std::shared_ptr<WriteRun> m_run; ///< The write under way.
-    Worker m_worker;                 ///< Last, so that it ends first.
+    /// Set when a question is given up; it belongs to that question alone.
+    std::shared_ptr<std::atomic<bool>> m_abandoned;
+    std::unique_ptr<Worker> m_worker; ///< Another one after a question that was given up.
 };
 
 } // namespace zib

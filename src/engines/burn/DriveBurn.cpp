@@ -1,6 +1,6 @@
 #include "engines/burn/DriveBurn.h"
 
-#include "engines/burn/DiscReadback.h"
+#include "engines/burn/DriveWords.h"
 
 #include <QThread>
 
@@ -13,37 +13,22 @@ namespace zib {
 
 namespace {
 
-constexpr int kLibraryBlock = 2048;
-
-BurnError plainError(qint32 code, const QString& description)
-{
-    return {.error = code, .description = description};
-}
-
-BurnError senseError(const Sense& sense, const QString& description)
-{
-    BurnError error = BurnError::withSense(writerErrorCode(sense), sense.toText());
-    error.description = description;
-    return error;
-}
-
 BurnError unreadable(const QString& name)
 {
     return BurnError::from({Failure::Kind::UnreadableFile, name});
 }
 
-} // namespace
-
-CdTime capacityOf(burn::burn_drive* drive)
+LibraryView viewOf(const burn::burn_progress& progress, int status)
 {
-    int start = 0;
-    int end = 0;
-    if (burn::burn_drive_get_start_end_lba(drive, &start, &end, 0) == 1 && end > 0)
-        return CdTime::fromFrames(end + kPregapFrames);
-    // The library counts sectors of data even where sound is going to be written.
-    const qint64 sectors = burn::burn_disc_available_space(drive, nullptr) / kLibraryBlock;
-    return CdTime::fromFrames(sectors > 0 ? sectors + kPregapFrames : 0);
+    return {.atTrack = status == burn::BURN_DRIVE_WRITING,
+            .closingSession =
+                status == burn::BURN_DRIVE_CLOSING_SESSION || status == burn::BURN_DRIVE_WRITING_LEADOUT,
+            .track = progress.track + 1,
+            .sector = progress.sector,
+            .sectors = progress.sectors};
 }
+
+} // namespace
 
 DriveBurn::DriveBurn(GrabbedDrive& grabbed, const DriveRecorder::Traits& traits,
                      const DrivePatience& patience, const BurnJob& job, BurnObserver& observer)
@@ -51,7 +36,8 @@ DriveBurn::DriveBurn(GrabbedDrive& grabbed, const DriveRecorder::Traits& traits,
       m_observer(observer), m_mode{.sessionAtOnce = traits.sessionAtOnce,
                                    .simulate = job.simulate,
                                    .bufferProtection = job.bufferProtection && traits.bufferProtection,
-                                   .multiSession = !job.closeDisc}
+                                   .multiSession = !job.closeDisc},
+      m_phases(job, traits.sessionAtOnce, observer)
 {
 }
 
@@ -84,7 +70,7 @@ std::optional<BurnError> DriveBurn::setMode()
     if (m_job.speed > 0)
         burn::burn_drive_set_speed(m_grabbed.drive(), 0, m_job.speed);
     if (const std::optional<PlanFault> fault = zib::plan(*m_line, m_mode))
-        return planError(*fault);
+        return planError(*fault, m_mode, m_traits.path);
     return std::nullopt;
 }
 
@@ -95,58 +81,23 @@ std::optional<BurnError> DriveBurn::write(burn::burn_write_opts* options,
     m_gate->arm();
     burn::burn_disc_write(options, plan->disc());
     watch(plan);
-    if (const std::optional<PlanFault> fault = m_gate->fault())
-        return planError(*fault);
     return judge(*plan);
 }
 
-BurnError DriveBurn::planError(const PlanFault& fault) const
-{
-    switch (fault.kind) {
-    case PlanFault::Kind::Refused:
-        return senseError(
-            *fault.sense,
-            m_job.simulate ? QStringLiteral("The drive refused the test mode, so nothing was begun.")
-                           : QStringLiteral("The drive refused the way of writing, so nothing was begun."));
-    case PlanFault::Kind::TestMode:
-        return plainError(
-            BurnErrorCode::kUnsupported,
-            m_job.simulate
-                ? QStringLiteral("The drive would write really although only a test was asked for, so "
-                                 "it was stopped. This drive has no test mode that can be trusted.")
-                : QStringLiteral("The drive would only simulate, so it was stopped. Switch it off and "
-                                 "on again, then write again."));
-    case PlanFault::Kind::BufferProtection:
-        return plainError(
-            BurnErrorCode::kUnsupported,
-            m_mode.bufferProtection
-                ? QStringLiteral("The drive does not switch on its buffer under-run protection. Uncheck "
-                                 "it in the options and write again.")
-                : QStringLiteral("The drive does not switch off its buffer under-run protection. Check "
-                                 "it in the options and write again."));
-    case PlanFault::Kind::WriteType:
-    case PlanFault::Kind::Closing:
-        return plainError(
-            BurnErrorCode::kUnsupported,
-            QStringLiteral("The drive would write in another way than planned, so it was stopped. "
-                           "Switch it off and on again, then write again."));
-    case PlanFault::Kind::Lost:
-        break;
-    }
-    return BurnError::from({Failure::Kind::DeviceGone, m_traits.path});
-}
-
+/// Looked at under our own hands: what stood in the drive before may have been changed since.
 std::optional<BurnError> DriveBurn::checkDisc()
 {
-    burn::burn_drive* drive = m_grabbed.drive();
-    if (burn::burn_disc_get_status(drive) != burn::BURN_DISC_BLANK) {
-        m_messages.collect();
-        return driveError(QStringLiteral("There is no blank disc in the drive any more."));
-    }
-    const CdTime capacity = capacityOf(drive);
-    if (capacity.frames() > 0 && m_job.totalLength() > capacity)
+    DriveAnswer refusal;
+    const auto facts = factsOf(*m_line, refusal);
+    if (!facts)
+        return answerError(
+            refusal, m_traits.path,
+            QStringLiteral("The drive did not tell what disc it holds, so nothing was written."));
+    if (facts->status != DiscFacts::Status::Blank)
+        return BurnError::from({Failure::Kind::WrongMedium, m_traits.path});
+    if (facts->capacity.frames() > 0 && m_job.totalLength() > facts->capacity)
         return senseError({5, 0x21, 0}, QStringLiteral("The tracks need %1 of the disc's %2.")
-                                            .arg(m_job.totalLength().toMsf(), capacity.toMsf()));
+                                            .arg(m_job.totalLength().toMsf(), facts->capacity.toMsf()));
     return {};
 }
 
@@ -167,8 +118,8 @@ std::optional<BurnError> DriveBurn::configure(burn::burn_write_opts* options, bu
     char reasons[BURN_REASONS_LEN] = {};
     if (burn::burn_precheck_write(options, disc, reasons, 1) > 0)
         return {};
-    m_messages.collect();
-    return driveError(QStringLiteral("Drive and disc do not allow this write: %1")
+    return plainError(BurnErrorCode::kUnsupported,
+                      QStringLiteral("Drive and disc do not allow this write: %1")
                           .arg(QString::fromLatin1(reasons).simplified()));
 }
 
@@ -182,12 +133,10 @@ void DriveBurn::watch(const std::shared_ptr<DiscPlan>& plan)
         if (status == burn::BURN_DRIVE_IDLE)
             break;
         // What a drive does after a failure or a cancel is no progress.
-        if (!m_cancelSent && !m_messages.sense())
-            report(progress, status);
-        const bool wanted = m_job.isCancelled();
-        m_cancelledByUser = m_cancelledByUser || (wanted && !m_cancelSent);
+        if (!m_cancelSent && !m_messages.failed())
+            m_phases.see(viewOf(progress, status));
         m_stuck = m_stuck || (!m_cancelSent && stalled(progress, status));
-        if (wanted || m_stuck || !plan->failedFile().isEmpty())
+        if (m_stuck || !plan->failedFile().isEmpty() || mayStillCancel())
             stopDrive();
         if (m_cancelSent && m_sinceCancel.elapsed() > m_patience.cancelMs) {
             m_stuck = true;
@@ -199,50 +148,18 @@ void DriveBurn::watch(const std::shared_ptr<DiscPlan>& plan)
     m_wroteWell = burn::burn_drive_wrote_well(m_grabbed.drive()) == 1;
 }
 
+/// A disc that lacks nothing but its closing is finished: stopping it now would only spoil it.
+bool DriveBurn::mayStillCancel() const
+{
+    return m_job.isCancelled() && !m_phases.handedOver();
+}
+
 void DriveBurn::stopDrive()
 {
-    if (m_cancelSent)
+    if (std::exchange(m_cancelSent, true))
         return;
-    m_cancelSent = true;
     m_sinceCancel.start();
     burn::burn_drive_cancel(m_grabbed.drive());
-}
-
-/// Tells of each track once, in order, also of those that passed between two looks.
-void DriveBurn::readUpTo(int track)
-{
-    while (m_track < track)
-        m_observer.readingTrack(++m_track);
-}
-
-void DriveBurn::report(const burn::burn_progress& progress, int status)
-{
-    const int track = std::clamp(progress.track + 1, 1, static_cast<int>(m_job.tracks.size()));
-    switch (status) {
-    case burn::BURN_DRIVE_WRITING: {
-        m_phase = Phase::Writing;
-        readUpTo(track);
-        m_trackClosing = false;
-        const qint64 size = m_job.tracks.at(track - 1).length.bytes();
-        m_observer.progress(track, std::clamp<qint64>(qint64{progress.sector} * kBytesPerFrame, 0, size),
-                            size);
-        break;
-    }
-    case burn::BURN_DRIVE_CLOSING_TRACK:
-        if (!m_trackClosing)
-            m_observer.closingTrack(track);
-        m_trackClosing = true;
-        break;
-    case burn::BURN_DRIVE_WRITING_LEADOUT:
-    case burn::BURN_DRIVE_CLOSING_SESSION:
-        readUpTo(static_cast<int>(m_job.tracks.size()));
-        if (m_phase != Phase::Closing)
-            m_observer.closingDisc();
-        m_phase = Phase::Closing;
-        break;
-    default:
-        break;
-    }
 }
 
 bool DriveBurn::stalled(const burn::burn_progress& progress, int status)
@@ -258,79 +175,95 @@ bool DriveBurn::stalled(const burn::burn_progress& progress, int status)
     return m_sinceSign.elapsed() > (writing ? m_patience.writeMs : m_patience.closeMs);
 }
 
+/// The end is what has become of the disc, whatever came first.
 std::optional<BurnError> DriveBurn::judge(const DiscPlan& plan)
 {
+    if (m_wroteWell && !m_cancelSent && !m_gate->fault())
+        return m_job.simulate ? lookWhetherBlank() : readBack();
+    BurnError error = failure(plan);
+    const DiscVerdict verdict = m_grabbed ? look(m_patience.readyMs) : DiscVerdict{};
+    const bool blankAsItMustBe = m_job.simulate && verdict.truth == DiscVerdict::Truth::Blank;
+    if (error.cancelled) {
+        if (verdict.truth == DiscVerdict::Truth::Whole && !m_job.simulate) {
+            m_phases.readBack();
+            return std::nullopt;
+        }
+        m_observer.remark(verdict.sentence());
+    } else if (!blankAsItMustBe) {
+        error.description += u' ' + verdict.sentence();
+    }
+    return error;
+}
+
+/// Why the library did not come to its end, by what the drive said first.
+BurnError DriveBurn::failure(const DiscPlan& plan) const
+{
+    if (const std::optional<PlanFault> fault = m_gate->fault())
+        return planError(*fault, m_mode, m_traits.path);
     if (const QString file = plan.failedFile(); !file.isEmpty())
         return unreadable(file);
-    if (m_cancelledByUser)
+    const bool drivesFault = m_messages.failed() && m_phases.phase() != WritePhases::Phase::Preparing;
+    if (m_cancelSent && !m_stuck && !drivesFault)
         return BurnError::byUser();
-    if (m_stuck) {
+    if (m_stuck && !m_messages.sense())
+        return plainError(BurnErrorCode::kStalled,
+                          failedStep(m_messages, m_phases.phase(), m_phases.track()) +
+                              QStringLiteral(" The drive stopped answering. Switch it off and on again."));
+    const bool addressed = m_mode.sessionAtOnce && m_messages.step() == LibburnMessages::Step::Write;
+    const int track = addressed ? trackAt(m_messages.address(), m_job) : m_phases.track();
+    return driveError(failedStep(m_messages, m_phases.phase(), track));
+}
+
+BurnError DriveBurn::driveError(const QString& description) const
+{
+    if (m_messages.sense())
+        return senseError(*m_messages.sense(), description);
+    if (!m_messages.connectionLost() && !m_messages.transportFailed())
+        return plainError(BurnErrorCode::kUnsupported, description);
+    return answerError({}, m_traits.path, description);
+}
+
+DiscVerdict DriveBurn::look(int patienceMs)
+{
+    return judgeDisc(*m_line, m_job, !m_traits.sessionAtOnce, patienceMs);
+}
+
+std::optional<BurnError> DriveBurn::readBack()
+{
+    m_phases.readBack();
+    const DiscVerdict verdict = look(m_patience.closeMs);
+    if (verdict.truth == DiscVerdict::Truth::Whole)
+        return {};
+    if (verdict.truth == DiscVerdict::Truth::Unknown) {
         BurnError error =
-            driveError(QStringLiteral("The drive stopped answering. Switch it off and on again."));
-        error.error = m_messages.sense() ? DVDWriterPro::kDriveError : BurnErrorCode::kStalled;
+            answerError(verdict.refusal, m_traits.path,
+                        QStringLiteral("The disc was written and closed without an error, but it could "
+                                       "not be read back. Listen to it before you throw it away."));
+        error.error = error.senseData.isEmpty() ? BurnErrorCode::kVerify : error.error;
         return error;
     }
-    if (!m_wroteWell)
-        return driveError(m_phase == Phase::Closing ? QStringLiteral("The drive could not close the disc.")
-                          : m_track > 0 ? QStringLiteral("The drive could not write track %1.").arg(m_track)
-                                        : QStringLiteral("The drive could not begin to write."));
-    if (m_job.simulate)
-        return lookWhetherBlank();
-    readUpTo(static_cast<int>(m_job.tracks.size()));
-    if (m_phase != Phase::Closing)
-        m_observer.closingDisc();
-    return readBack();
+    return plainError(
+        BurnErrorCode::kVerify,
+        QStringLiteral("The disc was written, but it does not show the tracks when it is read back. "
+                       "Do not use it."));
 }
 
 /// After a simulation the disc must be what it was.
 std::optional<BurnError> DriveBurn::lookWhetherBlank()
 {
-    m_messages.clear();
-    const bool read = m_grabbed.reassess();
-    m_messages.collect();
-    if (!m_grabbed)
-        return BurnError::from(m_grabbed.failure());
-    const burn::burn_disc_status state = burn::burn_disc_get_status(m_grabbed.drive());
-    if (read && state == burn::BURN_DISC_BLANK)
+    m_phases.readBack();
+    const DiscVerdict verdict = look(m_patience.closeMs);
+    if (verdict.truth == DiscVerdict::Truth::Blank)
         return std::nullopt;
-    if (read && (state == burn::BURN_DISC_APPENDABLE || state == burn::BURN_DISC_FULL))
-        return plainError(
-            BurnErrorCode::kVerify,
-            QStringLiteral("The disc is no longer blank although only a test was asked for. Do not use "
-                           "this disc; this drive has no test mode that can be trusted."));
-    BurnError error =
-        driveError(QStringLiteral("The test went through, but the disc could not be looked at afterwards."));
-    return error;
-}
-
-BurnError DriveBurn::driveError(const QString& description) const
-{
-    if (m_messages.connectionLost() && !m_messages.sense())
-        return BurnError::from({Failure::Kind::DeviceGone, m_traits.path});
-    if (!m_messages.sense())
-        return plainError(BurnErrorCode::kUnsupported, description);
-    return senseError(*m_messages.sense(), description);
-}
-
-std::optional<BurnError> DriveBurn::readBack()
-{
-    m_messages.clear();
-    const bool read = m_grabbed.reassess();
-    m_messages.collect();
-    if (!m_grabbed)
-        return BurnError::from(m_grabbed.failure());
-    burn::burn_drive* drive = m_grabbed.drive();
-    const burn::burn_disc_status state = burn::burn_disc_get_status(drive);
-    const bool closed =
-        state == burn::BURN_DISC_FULL || (!m_job.closeDisc && state == burn::BURN_DISC_APPENDABLE);
-    const std::optional<DiscContents> contents = read && closed ? contentsOf(drive) : std::nullopt;
-    if (contents && shows(*contents, m_job, !m_traits.sessionAtOnce))
-        return {};
-    BurnError error = driveError(QStringLiteral(
-        "The disc was written, but it does not show the tracks when it is read back. Do not use it."));
-    if (error.error != DVDWriterPro::kDriveError)
-        error.error = BurnErrorCode::kVerify;
-    return error;
+    if (verdict.truth == DiscVerdict::Truth::Unknown)
+        return answerError(
+            verdict.refusal, m_traits.path,
+            QStringLiteral(
+                "The test went through, but the drive did not tell whether the disc is still blank."));
+    return plainError(
+        BurnErrorCode::kVerify,
+        QStringLiteral("The disc is no longer blank although only a test was asked for. Do not use "
+                       "this disc; this drive has no test mode that can be trusted."));
 }
 
 } // namespace zib

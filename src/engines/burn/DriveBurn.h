@@ -1,9 +1,11 @@
 #pragma once
 
 #include "engines/burn/DiscPlan.h"
+#include "engines/burn/DiscVerdict.h"
 #include "engines/burn/DriveRecorder.h"
 #include "engines/burn/GrabbedDrive.h"
 #include "engines/burn/LibburnSession.h"
+#include "engines/burn/WritePhases.h"
 #include "engines/burn/mmc/ModeGate.h"
 
 #include <QElapsedTimer>
@@ -18,9 +20,6 @@ struct burn_progress;
 
 namespace zib {
 
-/// Frames a blank disc takes, the first pregap included; 0 when the drive does not say.
-CdTime capacityOf(burn::burn_drive* drive);
-
 /// One write from its checks to the reading back, on a drive that is already ours.
 class DriveBurn
 {
@@ -31,26 +30,19 @@ public:
     std::optional<BurnError> run();
 
 private:
-    enum class Phase
-    {
-        Preparing,
-        Writing,
-        Closing
-    };
-
     std::optional<BurnError> checkDisc();
     std::optional<BurnError> setMode();
     std::optional<BurnError> write(burn::burn_write_opts* options, const std::shared_ptr<DiscPlan>& plan);
     std::optional<BurnError> configure(burn::burn_write_opts* options, burn::burn_disc* disc);
     void watch(const std::shared_ptr<DiscPlan>& plan);
-    void report(const burn::burn_progress& progress, int status);
-    void readUpTo(int track);
+    bool mayStillCancel() const;
     bool stalled(const burn::burn_progress& progress, int status);
     void stopDrive();
     std::optional<BurnError> judge(const DiscPlan& plan);
     std::optional<BurnError> readBack();
     std::optional<BurnError> lookWhetherBlank();
-    BurnError planError(const PlanFault& fault) const;
+    BurnError failure(const DiscPlan& plan) const;
+    DiscVerdict look(int patienceMs);
     BurnError driveError(const QString& description) const;
 
     GrabbedDrive& m_grabbed;
@@ -62,11 +54,8 @@ private:
     const WritePlan m_mode;
     std::shared_ptr<DriveLine> m_line; ///< Beside the library's own.
     std::shared_ptr<ModeGate> m_gate;
-    Phase m_phase = Phase::Preparing;
-    int m_track = 0; ///< Being written, from 1; 0 before the first.
-    bool m_trackClosing = false;
+    WritePhases m_phases;
     bool m_cancelSent = false;
-    bool m_cancelledByUser = false;
     bool m_stuck = false;
     bool m_wroteWell = false;
     qint64 m_lastSign = -1; ///< What the drive's progress looked like when it last moved.

@@ -1,19 +1,11 @@
 #include "engines/burn/DriveRecorder.h"
 
 #include "engines/burn/DriveBurn.h"
+#include "engines/burn/DriveLedger.h"
+#include "engines/burn/DriveWords.h"
 #include "engines/burn/GrabbedDrive.h"
 #include "engines/burn/LibburnSession.h"
-
-#include <QElapsedTimer>
-#include <QFile>
-#include <QThread>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-
-#include <libburn/libburn.h>
-#include <sys/stat.h>
+#include "engines/burn/mmc/DiscLook.h"
 
 namespace zib {
 
@@ -22,151 +14,75 @@ namespace {
 // Profiles of the discs that an audio CD is made of (MMC-5, 5.3.1).
 constexpr int kProfileCdR = 0x09;
 constexpr int kProfileCdRw = 0x0A;
-/// Speed of sound in kB/s of 1000 bytes: 75 frames of 2352 bytes a second.
-constexpr double kSingleSpeed = 176.4;
-constexpr int kReadSpeedSource = 3;
-
-QString identity(const char* field)
+/// Why a drive cannot be asked, when it is we who have it.
+std::optional<BurnError> whyInUse(const QString& path)
 {
-    return QString::fromLatin1(field).trimmed();
-}
-
-/// The factor as drives are sold by: 1411 kB/s is 8x. Mode page 2A and GET PERFORMANCE round differently.
-double speedFactor(int value)
-{
-    const double exact = value / kSingleSpeed;
-    const double whole = std::round(exact);
-    return std::abs(exact - whole) < 0.06 * std::max(1.0, whole / 8) ? whole : std::round(exact * 10) / 10;
-}
-
-QList<WriteSpeed> speedsOf(burn::burn_drive* drive)
-{
-    QList<WriteSpeed> speeds;
-    burn::burn_speed_descriptor* list = nullptr;
-    if (burn::burn_drive_get_speedlist(drive, &list) <= 0)
-        return speeds;
-    for (const auto* entry = list; entry; entry = entry->next) {
-        if (entry->source == kReadSpeedSource || entry->write_speed <= 0)
-            continue;
-        const WriteSpeed speed{speedFactor(entry->write_speed), entry->write_speed};
-        const auto same = [&speed](const WriteSpeed& known) { return known.factor == speed.factor; };
-        if (std::none_of(speeds.cbegin(), speeds.cend(), same))
-            speeds << speed;
+    switch (DriveLedger::useOf(path)) {
+    case DriveLedger::Use::Hanging:
+        return plainError(
+            BurnErrorCode::kStalled,
+            QStringLiteral("\"%1\" has not come back from an earlier command. Wait for it, or switch it "
+                           "off and on again.")
+                .arg(path));
+    case DriveLedger::Use::Writing:
+        return plainError(
+            BurnErrorCode::kBusy,
+            QStringLiteral("\"%1\" is still finishing the disc of the window that was closed. Wait until "
+                           "its end is told.")
+                .arg(path));
+    case DriveLedger::Use::None:
+        break;
     }
-    burn::burn_drive_free_speedlist(&list);
-    std::sort(speeds.begin(), speeds.end(),
-              [](const WriteSpeed& a, const WriteSpeed& b) { return a.value > b.value; });
-    return speeds;
+    return std::nullopt;
 }
 
 /// What the disc's kind allows, told apart as the writing window asks.
-int statusOf(burn::burn_disc_status state, int profile)
+int statusOf(const DiscFacts& facts)
 {
-    if (state == burn::BURN_DISC_EMPTY)
-        return DVDWriterPro::kNoDisc;
-    const bool recordable = profile == kProfileCdR || profile == kProfileCdRw;
+    const bool recordable = facts.profile == kProfileCdR || facts.profile == kProfileCdRw;
     if (!recordable)
         return DVDWriterPro::kUnusableDisc;
-    if (state == burn::BURN_DISC_BLANK)
+    if (facts.status == DiscFacts::Status::Blank)
         return DVDWriterPro::kBlankDisc;
-    if (state == burn::BURN_DISC_APPENDABLE)
+    if (facts.status == DiscFacts::Status::Appendable)
         return DVDWriterPro::kAppendableDisc;
     // A rewritable disc that is full could be used again once erased; it is told as holding data.
-    if (state == burn::BURN_DISC_FULL && profile == kProfileCdRw)
+    if (facts.status == DiscFacts::Status::Complete && facts.profile == kProfileCdRw)
         return DVDWriterPro::kAppendableDisc;
     return DVDWriterPro::kUnusableDisc;
 }
 
-/// The disc's state once the drive has made up its mind about it, within its patience. The drive may be lost
-/// meanwhile.
-burn::burn_disc_status settledStatus(GrabbedDrive& grabbed, const DrivePatience& patience)
+Medium troubled(const BurnError& error)
 {
-    QElapsedTimer waiting;
-    waiting.start();
-    burn::burn_disc_status state = burn::burn_disc_get_status(grabbed.drive());
-    while (state == burn::BURN_DISC_UNREADY && waiting.elapsed() < patience.readyMs) {
-        QThread::msleep(static_cast<unsigned long>(patience.pollMs));
-        grabbed.reassess();
-        if (!grabbed)
-            break;
-        state = burn::burn_disc_get_status(grabbed.drive());
-    }
-    return state;
-}
-
-Outcome<Medium> mediumIn(GrabbedDrive& grabbed, const DrivePatience& patience)
-{
-    Medium medium;
-    const burn::burn_disc_status state = settledStatus(grabbed, patience);
-    if (!grabbed)
-        return grabbed.failure();
-    burn::burn_drive* drive = grabbed.drive();
-    int profile = 0;
-    char profileName[80] = {};
-    burn::burn_disc_get_profile(drive, &profile, profileName);
-    medium.status = statusOf(state, profile);
-    medium.holdsData = state == burn::BURN_DISC_FULL || state == burn::BURN_DISC_APPENDABLE;
-    if (medium.status == DVDWriterPro::kBlankDisc)
-        medium.capacity = capacityOf(drive);
-    medium.speeds = speedsOf(drive);
+    Medium medium{.status = DVDWriterPro::kBlankDisc};
+    medium.trouble = error;
     return medium;
 }
 
-/// First byte of a feature's data, or nothing when the drive does not have the feature (MMC-5, 5.3).
-std::optional<int> featureByte(burn::burn_drive* drive, unsigned feature)
+/// The disc in a drive that nobody else has.
+Medium mediumIn(DriveLine& line, const DrivePatience& patience, const InspectionTalk& talk)
 {
-    unsigned char flags = 0;
-    unsigned char length = 0;
-    unsigned char* data = nullptr;
-    if (burn::burn_drive_get_feature(drive, feature, &flags, &length, &data, nullptr) <= 0)
-        return std::nullopt;
-    const int byte = data && length > 0 ? data[0] : 0;
-    std::free(data);
-    return byte;
-}
-
-/// Drives older than features are taken to write sessions at once, as all of them did.
-bool tellsFeatures(burn::burn_drive* drive)
-{
-    int count = 0;
-    unsigned* codes = nullptr;
-    burn::burn_drive_get_feature_codes(drive, &count, &codes);
-    std::free(codes);
-    return count > 0;
-}
-
-DriveRecorder::Traits traitsOf(const QString& path, const burn::burn_drive_info* info)
-{
-    constexpr unsigned kTrackAtOnce = 0x2D;
-    constexpr unsigned kMastering = 0x2E;
-    constexpr int kSessionAtOnceBit = 0x20;
-    DriveRecorder::Traits traits{path, identity(info->vendor), identity(info->product)};
-    traits.writesCdR = info->write_cdr;
-    traits.writesCdRw = info->write_cdrw;
-    traits.simulates = info->write_simulate;
-    const bool asked = tellsFeatures(info->drive);
-    traits.sessionAtOnce = !asked || (featureByte(info->drive, kMastering).value_or(0) & kSessionAtOnceBit);
-    traits.trackAtOnce = !asked || featureByte(info->drive, kTrackAtOnce).has_value();
-    burn::burn_write_opts* options = burn::burn_write_opts_new(info->drive);
-    if (options) {
-        traits.bufferProtection = burn::burn_write_opts_set_underrun_proof(options, 1) == 1;
-        burn::burn_write_opts_free(options);
-    }
-    return traits;
-}
-
-/// Device files of the machine's optical drives, in order, as the kernel numbers them.
-QStringList opticalDevices()
-{
-    constexpr int kMostDrives = 32;
-    QStringList devices;
-    for (int number = 0; number < kMostDrives; ++number) {
-        const QString path = QStringLiteral("/dev/sr%1").arg(number);
-        struct stat status = {};
-        if (::stat(QFile::encodeName(path).constData(), &status) == 0 && S_ISBLK(status.st_mode))
-            devices << path;
-    }
-    return devices;
+    const DriveAnswer ready = awaitReady(line, patience.readyMs, [&talk](const DriveAnswer& last) {
+        talk.say(waitingWords(last));
+        return !talk.isCancelled();
+    });
+    constexpr int kNoMedium = 0x3A;
+    if (ready.kind == DriveAnswer::Kind::Refused && ready.sense.asc == kNoMedium)
+        return {};
+    DriveAnswer refusal = ready;
+    const auto facts = ready.passing() ? std::nullopt : factsOf(line, refusal);
+    if (!facts)
+        return troubled(answerError(
+            refusal, line.path(),
+            ready.passing() ? QStringLiteral("The drive does not become ready with this disc. Take it out "
+                                             "and put it in again, or try another disc.")
+                            : QStringLiteral("The drive does not tell what disc it holds. Switch it off "
+                                             "and on again, or try another drive.")));
+    return {.status = statusOf(*facts),
+            .holdsData = facts->status == DiscFacts::Status::Complete ||
+                         facts->status == DiscFacts::Status::Appendable,
+            .capacity = facts->status == DiscFacts::Status::Blank ? facts->capacity : CdTime(),
+            .speeds = speedsOf(line)};
 }
 
 } // namespace
@@ -176,54 +92,48 @@ DriveRecorder::DriveRecorder(Traits traits, DrivePatience patience)
 {
 }
 
-Outcome<Medium> DriveRecorder::inspect()
+Outcome<Medium> DriveRecorder::inspect(const InspectionTalk& talk)
 {
-    LibburnSession session;
-    LibburnMessages messages;
-    messages.clear();
-    GrabbedDrive grabbed(session, path(), m_patience.callMs);
-    if (!grabbed)
-        return grabbed.failure();
-    const Outcome<Medium> medium = mediumIn(grabbed, m_patience);
-    messages.collect();
-    if (messages.connectionLost())
-        return Failure{Failure::Kind::DeviceGone, path()};
-    return medium;
+    if (const auto error = whyInUse(path()))
+        return troubled(*error);
+    const auto line = DriveLine::open(path(), DriveLine::Hold::Exclusive);
+    if (!line)
+        return line.error();
+    return mediumIn(**line, m_patience, talk);
 }
 
 std::optional<BurnError> DriveRecorder::write(const BurnJob& job, BurnObserver& observer)
 {
+    if (const auto error = whyInUse(path()))
+        return error;
+    const DriveLedger::Entry writing(path(), DriveLedger::Use::Writing);
     LibburnSession session;
-    GrabbedDrive grabbed(session, path(), m_patience.callMs);
+    std::optional<BurnError> error = writeGrabbed(session, job, observer);
+    if (DriveLedger::useOf(path()) != DriveLedger::Use::Hanging)
+        if (const auto line = DriveLine::open(path(), DriveLine::Hold::Shared); line)
+            unlockDoor(**line);
+    return error;
+}
+
+std::optional<BurnError> DriveRecorder::writeGrabbed(LibburnSession& session, const BurnJob& job,
+                                                     BurnObserver& observer)
+{
+    GrabbedDrive grabbed(session, path(), m_patience.callMs, job.cancelled);
+    if (job.isCancelled())
+        return BurnError::byUser();
     if (!grabbed)
         return BurnError::from(grabbed.failure());
-    DriveBurn burning(grabbed, m_traits, m_patience, job, observer);
-    return burning.run();
+    return DriveBurn(grabbed, m_traits, m_patience, job, observer).run();
 }
 
 void DriveRecorder::eject()
 {
-    LibburnSession session;
-    GrabbedDrive grabbed(session, path(), m_patience.callMs);
-    if (grabbed)
-        grabbed.releaseEjecting();
-}
-
-FoundRecorders findDrives(const DrivePatience& patience)
-{
-    FoundRecorders found;
-    LibburnSession session;
-    for (const QString& path : opticalDevices()) {
-        GrabbedDrive grabbed(session, path, patience.callMs);
-        if (!grabbed) {
-            found.allUsable = found.allUsable && grabbed.failure().kind == Failure::Kind::NotFound;
-            continue;
-        }
-        const DriveRecorder::Traits traits = traitsOf(path, grabbed.info());
-        if (traits.writesCdR || traits.writesCdRw)
-            found.recorders.push_back(std::make_shared<DriveRecorder>(traits, patience));
-    }
-    return found;
+    constexpr int kEject = 2; // MMC-5, 6.42
+    const auto line = DriveLine::open(path(), DriveLine::Hold::Exclusive);
+    if (!line)
+        return;
+    unlockDoor(**line);
+    (*line)->send({0x1B, 0, 0, 0, kEject, 0}, {}, DriveLine::kLongMs);
 }
 
 } // namespace zib

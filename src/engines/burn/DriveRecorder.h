@@ -12,12 +12,15 @@ namespace zib {
 struct DrivePatience
 {
     int pollMs = 100;      ///< Between two looks at the drive.
+    int searchMs = 5'000;  ///< For telling who it is.
     int readyMs = 20'000;  ///< For a disc that is being loaded.
     int callMs = 60'000;   ///< For taking the drive, asking it afresh and giving it back.
     int writeMs = 120'000; ///< Without one more sector while writing.
     int closeMs = 600'000; ///< For lead-in, lead-out and closing.
     int cancelMs = 60'000; ///< From a cancel until the drive is idle.
 };
+
+class LibburnSession;
 
 /// A CD recorder of this machine, through libburn. See Recorder for the calls; each takes the drive for
 /// itself, and gives it back unlocked.
@@ -48,11 +51,14 @@ public:
     bool canWriteAudio() const override { return m_traits.sessionAtOnce || m_traits.trackAtOnce; }
     bool hasBufferProtection() const override { return m_traits.bufferProtection; }
 
-    Outcome<Medium> inspect() override;
+    Outcome<Medium> inspect(const InspectionTalk& talk) override;
     std::optional<BurnError> write(const BurnJob& job, BurnObserver& observer) override;
     void eject() override;
 
 private:
+    std::optional<BurnError> writeGrabbed(LibburnSession& session, const BurnJob& job,
+                                          BurnObserver& observer);
+
     Traits m_traits;
     DrivePatience m_patience;
 };

@@ -1,13 +1,14 @@
 #include "engines/burn/GrabbedDrive.h"
 
+#include "engines/burn/DriveLedger.h"
 #include "engines/burn/LibburnSession.h"
+#include "engines/burn/mmc/DriveLine.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -15,8 +16,6 @@
 
 #include <fcntl.h>
 #include <libburn/libburn.h>
-#include <scsi/sg.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -52,9 +51,6 @@ std::vector<int> openDescriptors(const QString& path)
     return found;
 }
 
-/// Calls that have not come back from the library.
-std::atomic<int> g_hanging = 0;
-
 void giveBack(burn_drive_info* info, int eject)
 {
     if (!info)
@@ -65,25 +61,11 @@ void giveBack(burn_drive_info* info, int eject)
 
 /// Unlocks the door past the library, which is stuck in a call. On a thread of its own, for a drive in such a
 /// state may take its time even for this.
-void unlockDoor(const QString& path)
+void unlockLater(const QString& path)
 {
-    std::thread([name = QFile::encodeName(path)] {
-        constexpr unsigned kTimeLimitMs = 5000;
-        unsigned char allowRemoval[6] = {0x1E, 0, 0, 0, 0, 0}; // MMC-5, 6.13
-        unsigned char sense[32] = {};
-        sg_io_hdr_t request = {};
-        request.interface_id = 'S';
-        request.dxfer_direction = SG_DXFER_NONE;
-        request.cmd_len = sizeof allowRemoval;
-        request.cmdp = allowRemoval;
-        request.mx_sb_len = sizeof sense;
-        request.sbp = sense;
-        request.timeout = kTimeLimitMs;
-        const int device = ::open(name.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-        if (device < 0)
-            return;
-        ::ioctl(device, SG_IO, &request);
-        ::close(device);
+    std::thread([path] {
+        if (const auto line = DriveLine::open(path, DriveLine::Hold::Shared); line)
+            unlockDoor(**line);
     }).detach();
 }
 
@@ -95,6 +77,7 @@ struct Call
     burn_drive_info* info = nullptr;
     bool done = false;
     bool left = false;
+    std::unique_ptr<DriveLedger::Entry> hanging{};
 };
 
 /// The call's thread: what was left behind is freed once the call has come back.
@@ -110,34 +93,25 @@ void serve(const std::shared_ptr<Call>& call, const std::function<void(burn_driv
         return;
     const LibburnSession session;
     giveBack(call->info, 0);
-    --g_hanging;
+    call->hanging.reset();
 }
 
 } // namespace
 
 Outcome<> GrabbedDrive::check(const QString& path)
 {
-    if (g_hanging > 0)
+    // The library can take no drive while a call of it hangs, on whatever drive.
+    if (DriveLedger::anyHanging())
         return Failure{Failure::Kind::DeviceGone, path};
-    const int device = ::open(QFile::encodeName(path).constData(), O_RDWR | O_EXCL | O_NONBLOCK | O_CLOEXEC);
-    if (device >= 0) {
-        ::close(device);
-        return {};
-    }
-    switch (errno) {
-    case EBUSY:
-        return Failure{Failure::Kind::Busy, path};
-    case EACCES:
-    case EPERM:
-    case EROFS:
-        return Failure{Failure::Kind::NoPermission, path};
-    default:
-        return Failure{Failure::Kind::NotFound, path};
-    }
+    const auto line = DriveLine::open(path, DriveLine::Hold::Exclusive);
+    if (!line)
+        return line.error();
+    return {};
 }
 
-GrabbedDrive::GrabbedDrive(LibburnSession& session, const QString& path, int patienceMs)
-    : m_path(path), m_patienceMs(patienceMs)
+GrabbedDrive::GrabbedDrive(LibburnSession& session, const QString& path, int patienceMs,
+                           const std::atomic<bool>* cancelled)
+    : m_path(path), m_patienceMs(patienceMs), m_cancelled(cancelled)
 {
     // A look of our own first: the library spends six seconds on a drive that another program holds.
     if (const Outcome<> free = check(path); !free) {
@@ -147,10 +121,10 @@ GrabbedDrive::GrabbedDrive(LibburnSession& session, const QString& path, int pat
     m_failure = Failure{Failure::Kind::DeviceGone, path};
     // A look that failed may leave the drive open within the library, and a drive that came back after it had
     // gone is first only forgotten: then a new start of the library and a second look.
-    if (grab() || g_hanging > 0)
+    if (grab() || DriveLedger::anyHanging())
         return;
     session.restart();
-    if (!grab() && g_hanging == 0)
+    if (!grab() && !DriveLedger::anyHanging())
         session.restart();
 }
 
@@ -159,6 +133,26 @@ GrabbedDrive::~GrabbedDrive()
     release(0);
 }
 
+namespace {
+
+/// Whether a call came back within its time; a cancel shortens that.
+bool comesBack(Call& call, std::unique_lock<std::mutex>& lock, int patienceMs,
+               const std::atomic<bool>* cancelled)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds kStep{50};
+    constexpr std::chrono::milliseconds kAfterCancel{3000};
+    auto end = Clock::now() + std::chrono::milliseconds(patienceMs);
+    for (bool shortened = false; !call.done && Clock::now() < end;) {
+        if (cancelled && *cancelled && !std::exchange(shortened, true))
+            end = std::min(end, Clock::now() + kAfterCancel);
+        call.changed.wait_for(lock, kStep);
+    }
+    return call.done;
+}
+
+} // namespace
+
 /// Runs a call of the library on this drive.  @returns false when it hangs; the drive is then lost to us.
 bool GrabbedDrive::bounded(const std::function<void(burn_drive_info*&)>& work)
 {
@@ -166,14 +160,13 @@ bool GrabbedDrive::bounded(const std::function<void(burn_drive_info*&)>& work)
     call->info = m_info;
     std::thread([call, work] { serve(call, work); }).detach();
     std::unique_lock lock(call->mutex);
-    const auto patience = std::chrono::milliseconds(m_patienceMs);
-    if (call->changed.wait_for(lock, patience, [&call] { return call->done; })) {
+    if (comesBack(*call, lock, m_patienceMs, m_cancelled)) {
         m_info = call->info;
         return true;
     }
     call->left = true;
-    ++g_hanging;
-    unlockDoor(m_path);
+    call->hanging = std::make_unique<DriveLedger::Entry>(m_path, DriveLedger::Use::Hanging);
+    unlockLater(m_path);
     m_info = nullptr;
     m_failure = Failure{Failure::Kind::DeviceGone, m_path};
     return false;
@@ -206,13 +199,6 @@ std::function<void()> GrabbedDrive::knife() const
     };
 }
 
-bool GrabbedDrive::reassess()
-{
-    const auto answer = std::make_shared<std::atomic<int>>(0);
-    const auto ask = [answer](burn_drive_info*& info) { *answer = burn_drive_re_assess(info->drive, 0); };
-    return m_info && bounded(ask) && *answer > 0;
-}
-
 void GrabbedDrive::release(int eject)
 {
     if (!m_info)
@@ -232,16 +218,16 @@ void GrabbedDrive::releaseEjecting()
 
 void GrabbedDrive::leaveWriting(std::shared_ptr<void> inUse)
 {
-    ++g_hanging;
-    std::thread([info = std::exchange(m_info, nullptr), kept = std::move(inUse)]() mutable {
+    auto hanging = std::make_shared<DriveLedger::Entry>(m_path, DriveLedger::Use::Hanging);
+    std::thread([info = std::exchange(m_info, nullptr), kept = std::move(inUse), hanging]() mutable {
         while (burn_drive_get_status(info->drive, nullptr) != BURN_DRIVE_IDLE)
             std::this_thread::sleep_for(kJanitorPoll);
         const LibburnSession session;
         giveBack(info, 0);
         kept.reset();
-        --g_hanging;
+        hanging.reset();
     }).detach();
-    unlockDoor(m_path);
+    unlockLater(m_path);
     m_failure = Failure{Failure::Kind::DeviceGone, m_path};
 }
 

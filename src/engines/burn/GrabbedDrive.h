@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -25,7 +26,9 @@ class LibburnSession;
 class GrabbedDrive
 {
 public:
-    GrabbedDrive(LibburnSession& session, const QString& path, int patienceMs);
+    /// @param cancelled shortens the patience to some seconds once it is set; may be missing.
+    GrabbedDrive(LibburnSession& session, const QString& path, int patienceMs,
+                 const std::atomic<bool>* cancelled = nullptr);
     ~GrabbedDrive();
     Q_DISABLE_COPY_MOVE(GrabbedDrive)
 
@@ -39,9 +42,6 @@ public:
     /// Why the drive could not be had, or was lost.
     const Failure& failure() const { return m_failure; }
 
-    /// Asks for drive and disc afresh.  @returns false when it could not, or did not come back: then the
-    /// drive is lost too.
-    bool reassess();
     /// Leaves a drive whose write does not end; @p inUse lives until it has.
     void leaveWriting(std::shared_ptr<void> inUse);
     /// Gives the drive back now and hands its disc out.
@@ -57,6 +57,7 @@ private:
 
     QString m_path;
     int m_patienceMs;
+    const std::atomic<bool>* m_cancelled;
     burn::burn_drive_info* m_info = nullptr;
     Failure m_failure{Failure::Kind::NotFound};
     std::vector<int> m_descriptors; ///< What the library has opened the device with.

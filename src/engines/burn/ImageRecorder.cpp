@@ -197,6 +197,8 @@ Outcome<> ImageRun::giveNames()
         m_bin.remove();
         return kept;
     }
+    m_observer.remark(QStringLiteral("The disc image: ") +
+                      QDir(m_folder).filePath(m_stem + QStringLiteral(".cue")));
     return {};
 }
 
@@ -219,7 +221,7 @@ QString ImageRecorder::model() const
     return QStringLiteral("(CUE and BIN file)");
 }
 
-Outcome<Medium> ImageRecorder::inspect()
+Outcome<Medium> ImageRecorder::inspect(const InspectionTalk&)
 {
     return Medium{.status = DVDWriterPro::kBlankDisc, .capacity = kCapacity};
 }

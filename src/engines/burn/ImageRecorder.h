@@ -21,7 +21,7 @@ public:
     bool canWriteAudio() const override { return true; }
     bool hasBufferProtection() const override { return false; }
 
-    Outcome<Medium> inspect() override;
+    Outcome<Medium> inspect(const InspectionTalk& talk) override;
     std::optional<BurnError> write(const BurnJob& job, BurnObserver& observer) override;
 
 private:

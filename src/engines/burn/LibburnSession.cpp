@@ -1,5 +1,7 @@
 #include "engines/burn/LibburnSession.h"
 
+#include <QRegularExpression>
+
 #include <libburn/libburn.h>
 
 using namespace burn;
@@ -57,10 +59,32 @@ void LibburnMessages::take(const QString& message)
 {
     if (message.contains(QLatin1String("Lost connection")))
         m_connectionLost = true;
+    if (m_step == Step::Other)
+        takeStep(message);
+    if (message.contains(QLatin1String("host_status=")))
+        m_transportFailed = true;
     // All zero: the command failed on its way, and the drive said nothing.
     const std::optional<Sense> sense = Sense::inText(message);
     if (sense && *sense != Sense() && !m_sense)
         m_sense = sense;
+}
+
+/// The library names in its messages what failed.
+void LibburnMessages::takeStep(const QString& message)
+{
+    static const QRegularExpression write(QStringLiteral("SCSI error on write\\((-?\\d+),"));
+    const QRegularExpressionMatch match = write.match(message);
+    if (match.hasMatch()) {
+        m_step = Step::Write;
+        m_address = match.captured(1).toInt();
+    } else if (message.contains(QLatin1String("SEND CUE SHEET"))) {
+        m_step = Step::Layout;
+    } else if (message.contains(QLatin1String("synchronize drive cache")) ||
+               message.contains(QLatin1String("CLOSE TRACK"))) {
+        m_step = Step::Flush;
+    } else if (message.contains(QLatin1String("WRITE(10)"))) {
+        m_step = Step::Write;
+    }
 }
 
 void LibburnMessages::clear()

@@ -35,13 +35,33 @@ public:
     /// The sense data of the first real failure; checks that drives answer "not ready" to while they work are
     /// none.
     std::optional<Sense> sense() const { return m_sense; }
+    /// What the first failure befell; Other when there was none.
+    enum class Step
+    {
+        Other,
+        Layout, ///< The cue sheet.
+        Write,
+        Flush ///< What the drive still held.
+    };
+    Step step() const { return m_step; }
+    /// The address of the write that failed, with Step::Write.
+    int address() const { return m_address; }
+    /// Whether anything failed at all.
+    bool failed() const { return m_sense || m_transportFailed || m_connectionLost; }
+    /// Whether a command was lost on its way, by whatever fault of the connection.
+    bool transportFailed() const { return m_transportFailed; }
     /// Whether the drive has gone away.
     bool connectionLost() const { return m_connectionLost; }
 
 private:
     void take(const QString& text);
 
+    void takeStep(const QString& message);
+
     std::optional<Sense> m_sense;
+    Step m_step = Step::Other;
+    int m_address = 0;
+    bool m_transportFailed = false;
     bool m_connectionLost = false;
 };
 

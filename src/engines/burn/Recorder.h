@@ -46,6 +46,12 @@ public:
     virtual void progress(int track, qint64 doneBytes, qint64 sizeBytes) = 0;
     virtual void closingTrack(int track) = 0;
     virtual void closingDisc() = 0;
+    /// The disc is looked at again after it was closed, or after a test.
+    virtual void readingBack() {}
+    /// What the recorder is being waited for, in words for the user; empty when it goes on.
+    virtual void waiting(const QString&) {}
+    /// What the user should know beside the end: the state of a disc that was begun, or where an image lies.
+    virtual void remark(const QString&) {}
 };
 
 /// Error codes of failures that come without sense data. Never DVDWriterPro::kDriveError.
@@ -85,8 +91,24 @@ struct Medium
 {
     int status = DVDWriterPro::kNoDisc; ///< One of DVDWriterPro's disc states.
     bool holdsData = false;
-    CdTime capacity{};          ///< Frames that may be written, pregaps included.
+    CdTime capacity{};          ///< Frames that may be written, pregaps included; 0 is unknown, and no limit.
     QList<WriteSpeed> speeds{}; ///< Fastest first, each once; empty when there is no choice.
+    /// Why the drive could not tell, in its own words; the rest then means nothing.
+    std::optional<BurnError> trouble{};
+};
+
+/// What an inspection may say while it lasts, and whether somebody still waits for it.
+struct InspectionTalk
+{
+    std::function<void(const QString& what)> waiting{}; ///< As BurnObserver::waiting. May be missing.
+    const std::atomic<bool>* cancelled = nullptr;       ///< May be missing.
+
+    bool isCancelled() const { return cancelled && cancelled->load(); }
+    void say(const QString& what) const
+    {
+        if (waiting)
+            waiting(what);
+    }
 };
 
 /// One place that can take a disc: a drive, or the recorder of disc images. Calls block; the writer makes
@@ -106,7 +128,7 @@ public:
 
     /// Looks at the disc. Bounded in time; the drive is left unlocked and free. No disc is an answer, not a
     /// failure; a failure says why the drive could not be asked.
-    virtual Outcome<Medium> inspect() = 0;
+    virtual Outcome<Medium> inspect(const InspectionTalk& talk) = 0;
     /// Writes, closes and reads back. Returns nothing on success. Every phase is bounded in time, and the
     /// recorder is left unlocked and free however it ends. The track count, the files and the capacity were
     /// checked before; what changes since then is an error here.

@@ -44,8 +44,18 @@ std::optional<WriteEvent> WriteEvents::take()
     return event;
 }
 
+bool WriteReporter::reach(int rank)
+{
+    if (rank < m_rank)
+        return false;
+    m_rank = rank;
+    return true;
+}
+
 void WriteReporter::readingTrack(int track)
 {
+    if (!reach(rankOf(track, 0)))
+        return;
     completeUpTo(track - 1);
     const BurnTrack& read = m_job.tracks[track - 1];
     m_events.push({.kind = WriteEvent::Kind::Reading,
@@ -56,7 +66,7 @@ void WriteReporter::readingTrack(int track)
 
 void WriteReporter::progress(int track, qint64 doneBytes, qint64 sizeBytes)
 {
-    if (track < m_track || sizeBytes <= 0)
+    if (track < m_track || sizeBytes <= 0 || !reach(rankOf(track, 1)))
         return;
     completeUpTo(track - 1);
     const qint64 floor = track == m_track ? m_done : 0;
@@ -65,14 +75,36 @@ void WriteReporter::progress(int track, qint64 doneBytes, qint64 sizeBytes)
 
 void WriteReporter::closingTrack(int track)
 {
+    if (!reach(rankOf(track, 2)))
+        return;
     completeUpTo(track);
     m_events.push({.kind = WriteEvent::Kind::ClosingTrack, .track = track});
 }
 
 void WriteReporter::closingDisc()
 {
+    if (!reach(lastRank()))
+        return;
     completed();
     m_events.push({.kind = WriteEvent::Kind::ClosingDisc});
+}
+
+void WriteReporter::readingBack()
+{
+    if (!reach(lastRank() + 1))
+        return;
+    completed();
+    waiting(QStringLiteral("Reading the disc back, please wait..."));
+}
+
+void WriteReporter::waiting(const QString& what)
+{
+    m_events.push({.kind = WriteEvent::Kind::Waiting, .name = what});
+}
+
+void WriteReporter::remark(const QString& text)
+{
+    m_events.push({.kind = WriteEvent::Kind::Remark, .name = text});
 }
 
 void WriteReporter::completed()

@@ -21,6 +21,8 @@ struct WriteEvent
         Progress,
         ClosingTrack,
         ClosingDisc,
+        Waiting,
+        Remark,
         Ended
     };
 
@@ -28,7 +30,7 @@ struct WriteEvent
     qint32 track = 0;
     qint32 done = 0;     ///< Percent for Caching, bytes for Progress.
     qint32 size = 0;     ///< Sectors for Reading, bytes for Progress.
-    QString name{};      ///< The file's name for Reading.
+    QString name{};      ///< The file's name for Reading, the words for Waiting and Remark.
     bool failed = false; ///< For Ended; error then says why.
     BurnError error{};
 };
@@ -47,7 +49,9 @@ private:
 };
 
 /// Turns what a recorder tells into events: positions never fall, stay within the track, and every track that
-/// is left behind has ended at its full size. The worker's thread only.
+/// is left behind has ended at its full size. A phase is never told after a later one: a track is read,
+/// written and closed, then comes the next; after the last one the disc is closed, and then read back. The
+/// worker's thread only.
 class WriteReporter final : public BurnObserver
 {
 public:
@@ -57,17 +61,26 @@ public:
     void progress(int track, qint64 doneBytes, qint64 sizeBytes) override;
     void closingTrack(int track) override;
     void closingDisc() override;
+    void readingBack() override;
+    void waiting(const QString& what) override;
+    void remark(const QString& text) override;
     /// All tracks are written.
     void completed();
 
 private:
+    /// The order of phases: two steps for a track, then the disc.  @returns whether this is not behind us.
+    bool reach(int rank);
+    int rankOf(int track, int step) const { return track * kSteps + step; }
+    int lastRank() const { return rankOf(static_cast<int>(m_job.tracks.size()) + 1, 0); }
     void completeUpTo(int track);
     void tell(int track, qint64 done, qint64 size);
 
     const BurnJob& m_job;
     WriteEvents& m_events;
-    int m_track = 0;   ///< The track told last.
-    qint64 m_done = 0; ///< Its position told last.
+    static constexpr int kSteps = 3; ///< Reading, writing, closing.
+    int m_rank = 0;                  ///< Of the phase told last.
+    int m_track = 0;                 ///< The track told last.
+    qint64 m_done = 0;               ///< Its position told last.
 };
 
 } // namespace zib

@@ -10,6 +10,14 @@ constexpr qint32 kSenseNoDisc = 1033;
 constexpr qint32 kSensePastTheEnd = 1021;
 const QString kNoDiscData = QStringLiteral("[2 3A 00]");     // MMC: medium not present
 const QString kPastTheEndData = QStringLiteral("[5 21 00]"); // SPC: logical block address out of range
+
+/// A drive that is not there is no missing file.
+BurnError unanswered(const Failure& failure)
+{
+    const bool gone = failure.kind == Failure::Kind::NotFound;
+    return BurnError::from({gone ? Failure::Kind::DeviceGone : failure.kind, failure.detail});
+}
+
 } // namespace
 
 void WriteRun::run()
@@ -52,20 +60,28 @@ std::optional<BurnError> WriteRun::checkTracks() const
     return std::nullopt;
 }
 
-std::optional<BurnError> WriteRun::checkDisc() const
+std::optional<BurnError> WriteRun::checkDisc()
 {
     if (cancelled)
         return BurnError::byUser();
-    const auto medium = recorder->inspect();
+    const InspectionTalk talk{
+        [this](const QString& what) { events.push({.kind = WriteEvent::Kind::Waiting, .name = what}); },
+        &cancelled};
+    const auto medium = recorder->inspect(talk);
+    if (cancelled)
+        return BurnError::byUser();
     if (!medium)
-        return BurnError::from(medium.error());
+        return unanswered(medium.error());
+    if (medium->trouble)
+        return medium->trouble;
     if (medium->status == DVDWriterPro::kNoDisc)
         return BurnError::withSense(kSenseNoDisc, kNoDiscData);
     const bool writable =
         medium->status == DVDWriterPro::kBlankDisc || medium->status == DVDWriterPro::kAppendableDisc;
     if (!writable || medium->holdsData)
         return BurnError::from({Failure::Kind::WrongMedium, recorder->path()});
-    if (job.totalLength() <= medium->capacity)
+    // A drive that does not tell what the disc holds is left to refuse what is too long.
+    if (medium->capacity.frames() == 0 || job.totalLength() <= medium->capacity)
         return std::nullopt;
     BurnError tooSmall = BurnError::withSense(kSensePastTheEnd, kPastTheEndData);
     tooSmall.description = QStringLiteral("The tracks need %1 with their gaps, the disc holds %2.")

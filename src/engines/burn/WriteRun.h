@@ -23,7 +23,7 @@ struct WriteRun
 private:
     std::optional<BurnError> perform();
     std::optional<BurnError> checkTracks() const;
-    std::optional<BurnError> checkDisc() const;
+    std::optional<BurnError> checkDisc();
 };
 
 } // namespace zib

@@ -26,7 +26,6 @@ public:
     int open() override;
     int status() const override { return m_status; }
     void writeBlock(const AudioBlock& block) override;
-    void setExpecting(bool on) override;
     qint64 position() const override;
     void reset() override;
     void close() override;
@@ -45,7 +44,6 @@ private:
     std::unique_ptr<SdlDevice> m_device;  // null while closed
     QTimer m_ticks;
     bool m_ending = false;
-    bool m_expecting = false;
     qint64 m_lastHanded = 0;
     std::chrono::steady_clock::time_point m_lastMove{};
 };

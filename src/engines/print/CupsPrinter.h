@@ -12,7 +12,6 @@ class CupsPrinter final : public ::Printer
 public:
     using ::Printer::Printer;
 
-    Outcome<Target> target() override;
     Outcome<> print(const QString& jobName, const Page& page) override;
 };
 

@@ -1,5 +1,7 @@
 #include "drive/burn/DiscTruth.h"
 
+#include "engines/burn/DriveLedger.h"
+
 using namespace zib;
 
 namespace {
@@ -436,8 +438,9 @@ void TestDriveRecorder::destroy_whileWriting_freesTheDrive()
         QTRY_VERIFY_WITH_TIMEOUT(!bench.positions.isEmpty(), 30'000);
         QVERIFY(kept->doorLocked());
     }
+    QTRY_VERIFY_WITH_TIMEOUT(DriveLedger::paths().isEmpty(), 30'000);
     BurnBench next;
-    QTRY_VERIFY_WITH_TIMEOUT(next.takeDrive(), 30'000);
+    QVERIFY(next.takeDrive());
     QCOMPARE(next.writer.discStatus(), DVDWriterPro::kBlankDisc);
 }
 

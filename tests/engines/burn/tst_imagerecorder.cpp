@@ -139,7 +139,7 @@ void TestImageRecorder::identity_always_isABlankDiscOf80Minutes()
     ImageRecorder recorder(folder.filePath("Images"));
     QVERIFY(!recorder.path().isEmpty() && !recorder.maker().isEmpty() && !recorder.model().isEmpty());
     QVERIFY(recorder.canWriteCdR() && recorder.canWriteAudio());
-    const auto medium = recorder.inspect();
+    const auto medium = recorder.inspect({});
     QVERIFY(medium);
     QCOMPARE(medium->status, DVDWriterPro::kBlankDisc);
     QCOMPARE(medium->holdsData, false);

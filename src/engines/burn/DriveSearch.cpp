@@ -1,0 +1,150 @@
+#include "engines/burn/DriveLedger.h"
+#include "engines/burn/DriveRecorder.h"
+#include "engines/burn/mmc/DiscLook.h"
+
+#include <QFile>
+#include <QHash>
+
+#include <chrono>
+#include <future>
+#include <mutex>
+#include <thread>
+
+#include <sys/stat.h>
+
+namespace zib {
+
+namespace {
+
+DriveRecorder::Traits traitsOf(const QString& path, const DriveAbilities& abilities)
+{
+    return {.path = path,
+            .maker = abilities.maker,
+            .model = abilities.model,
+            .writesCdR = abilities.writesCdR,
+            .writesCdRw = abilities.writesCdRw,
+            .sessionAtOnce = abilities.sessionAtOnce,
+            .trackAtOnce = abilities.trackAtOnce,
+            .simulates = abilities.simulates,
+            .bufferProtection = abilities.bufferProtection};
+}
+
+/// Drives that were found before: one that hangs can still be named.
+class KnownDrives
+{
+public:
+    static void keep(const DriveRecorder::Traits& traits)
+    {
+        const std::lock_guard lock(mutex());
+        known()[traits.path] = traits;
+    }
+    static DriveRecorder::Traits named(const QString& path)
+    {
+        const std::lock_guard lock(mutex());
+        return known().value(path, DriveRecorder::Traits{path, QStringLiteral("CD recorder"), {}});
+    }
+
+private:
+    static std::mutex& mutex()
+    {
+        static auto* const only = new std::mutex;
+        return *only;
+    }
+    static QHash<QString, DriveRecorder::Traits>& known()
+    {
+        static auto* const only = new QHash<QString, DriveRecorder::Traits>;
+        return *only;
+    }
+};
+
+/// One drive as a search finds it.
+struct Found
+{
+    bool usable = true; ///< Not held by another program, and allowed.
+    std::optional<DriveRecorder::Traits> traits{};
+};
+
+/// A drive that hangs, or writes for a window that has closed, is named without being asked.
+Found inUse(const QString& path, const QString& why)
+{
+    DriveRecorder::Traits traits = KnownDrives::named(path);
+    traits.model = (traits.model + u' ' + why).trimmed();
+    traits.writesCdR = traits.sessionAtOnce = true;
+    return {.traits = traits};
+}
+
+Found look(const QString& path)
+{
+    const auto line = DriveLine::open(path, DriveLine::Hold::Exclusive);
+    if (!line)
+        return {.usable = line.error().kind == Failure::Kind::NotFound};
+    unlockDoor(**line); // as a program that was killed may have left it
+    const auto abilities = abilitiesOf(**line);
+    if (!abilities)
+        return inUse(path, QStringLiteral("(does not answer)"));
+    if (!abilities->isDisc || !(abilities->writesCdR || abilities->writesCdRw))
+        return {};
+    Found found{.traits = traitsOf(path, *abilities)};
+    KnownDrives::keep(*found.traits);
+    return found;
+}
+
+/// Looks at one drive on a thread of its own, which is left behind when the drive does not answer in time.
+std::future<Found> lookAside(const QString& path)
+{
+    auto promise = std::make_shared<std::promise<Found>>();
+    std::future<Found> found = promise->get_future();
+    std::thread([path, promise] { promise->set_value(look(path)); }).detach();
+    return found;
+}
+
+Found search(const QString& path, std::future<Found>& looking, std::chrono::steady_clock::time_point until)
+{
+    switch (DriveLedger::useOf(path)) {
+    case DriveLedger::Use::Hanging:
+        return inUse(path, QStringLiteral("(does not answer)"));
+    case DriveLedger::Use::Writing:
+        return inUse(path, QStringLiteral("(still writing)"));
+    case DriveLedger::Use::None:
+        break;
+    }
+    if (looking.valid() && looking.wait_until(until) == std::future_status::ready)
+        return looking.get();
+    return inUse(path, QStringLiteral("(does not answer)"));
+}
+
+/// Device files of the machine's optical drives, in order, as the kernel numbers them.
+QStringList opticalDevices()
+{
+    constexpr int kMostDrives = 32;
+    QStringList devices;
+    for (int number = 0; number < kMostDrives; ++number) {
+        const QString path = QStringLiteral("/dev/sr%1").arg(number);
+        struct stat status = {};
+        if (::stat(QFile::encodeName(path).constData(), &status) == 0 && S_ISBLK(status.st_mode))
+            devices << path;
+    }
+    return devices;
+}
+
+} // namespace
+
+FoundRecorders findDrives(const DrivePatience& patience)
+{
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(patience.searchMs);
+    const QStringList devices = opticalDevices();
+    std::vector<std::future<Found>> looks;
+    for (const QString& path : devices)
+        looks.push_back(DriveLedger::useOf(path) == DriveLedger::Use::None ? lookAside(path)
+                                                                           : std::future<Found>());
+    FoundRecorders found;
+    for (qsizetype i = 0; i < devices.size(); ++i) {
+        const Found drive = search(devices[i], looks[static_cast<size_t>(i)], until);
+        found.allUsable = found.allUsable && drive.usable;
+        if (drive.traits)
+            found.recorders.push_back(std::make_shared<DriveRecorder>(*drive.traits, patience));
+    }
+    return found;
+}
+
+} // namespace zib

@@ -1,0 +1,115 @@
+#include "engines/burn/DriveWords.h"
+
+#include <algorithm>
+
+namespace zib {
+
+BurnError plainError(qint32 code, const QString& description)
+{
+    return {.error = code, .description = description};
+}
+
+BurnError senseError(const Sense& sense, const QString& description)
+{
+    BurnError error = BurnError::withSense(writerErrorCode(sense), sense.toText());
+    error.description = description;
+    return error;
+}
+
+BurnError answerError(const DriveAnswer& answer, const QString& path, const QString& what)
+{
+    if (answer.kind == DriveAnswer::Kind::Refused)
+        return senseError(answer.sense, what);
+    BurnError error = BurnError::from({Failure::Kind::DeviceGone, path});
+    error.description = what + u' ' + error.description;
+    return error;
+}
+
+BurnError planError(const PlanFault& fault, const WritePlan& wanted, const QString& path)
+{
+    switch (fault.kind) {
+    case PlanFault::Kind::Refused:
+        return senseError(
+            *fault.sense,
+            wanted.simulate ? QStringLiteral("The drive refused the test mode, so nothing was begun.")
+                            : QStringLiteral("The drive refused the way of writing, so nothing was begun."));
+    case PlanFault::Kind::TestMode:
+        return plainError(
+            BurnErrorCode::kUnsupported,
+            wanted.simulate
+                ? QStringLiteral("The drive would write really although only a test was asked for, so "
+                                 "it was stopped. This drive has no test mode that can be trusted.")
+                : QStringLiteral("The drive would only simulate, so it was stopped. Switch it off and "
+                                 "on again, then write again."));
+    case PlanFault::Kind::BufferProtection:
+        return plainError(
+            BurnErrorCode::kUnsupported,
+            wanted.bufferProtection
+                ? QStringLiteral("The drive does not switch on its buffer under-run protection. Uncheck "
+                                 "it in the options and write again.")
+                : QStringLiteral("The drive does not switch off its buffer under-run protection. Check "
+                                 "it in the options and write again."));
+    case PlanFault::Kind::WriteType:
+    case PlanFault::Kind::Closing:
+        return plainError(
+            BurnErrorCode::kUnsupported,
+            QStringLiteral("The drive would write in another way than planned, so it was stopped. "
+                           "Switch it off and on again, then write again."));
+    case PlanFault::Kind::Lost:
+        break;
+    }
+    return BurnError::from({Failure::Kind::DeviceGone, path});
+}
+
+QString failedStep(const LibburnMessages& messages, WritePhases::Phase phase, int track)
+{
+    const QString closingDisc = QStringLiteral("The drive could not close the disc.");
+    switch (messages.step()) {
+    case LibburnMessages::Step::Layout:
+        return QStringLiteral("The drive refused the layout of the disc.");
+    case LibburnMessages::Step::Write:
+        return QStringLiteral("The drive could not write track %1.").arg(std::max(track, 1));
+    case LibburnMessages::Step::Flush:
+        if (phase == WritePhases::Phase::ClosingTrack || phase == WritePhases::Phase::Writing)
+            return QStringLiteral("The drive could not finish track %1.").arg(std::max(track, 1));
+        return phase == WritePhases::Phase::Preparing ? QStringLiteral("The drive could not begin to write.")
+                                                      : closingDisc;
+    case LibburnMessages::Step::Other:
+        break;
+    }
+    switch (phase) {
+    case WritePhases::Phase::Preparing:
+        return QStringLiteral("The drive could not begin to write.");
+    case WritePhases::Phase::Writing:
+        return QStringLiteral("The drive could not write track %1.").arg(track);
+    case WritePhases::Phase::ClosingTrack:
+        return QStringLiteral("The drive could not finish track %1.").arg(track);
+    case WritePhases::Phase::ClosingDisc:
+    case WritePhases::Phase::ReadingBack:
+        break;
+    }
+    return closingDisc;
+}
+
+int trackAt(int address, const BurnJob& job)
+{
+    qint64 end = -kPregapFrames;
+    for (int track = 1; track <= job.tracks.size(); ++track) {
+        end += kPregapFrames + job.tracks.at(track - 1).length.frames();
+        if (address < end)
+            return track;
+    }
+    return static_cast<int>(job.tracks.size());
+}
+
+QString waitingWords(const DriveAnswer& answer)
+{
+    if (answer.kind != DriveAnswer::Kind::Refused)
+        return QStringLiteral("Waiting for the drive to answer, please wait...");
+    if (answer.sense.asc == 0x04 && answer.sense.ascq == 0x01)
+        return QStringLiteral("Waiting for the drive to become ready, please wait... ") +
+               answer.sense.toText();
+    return QStringLiteral("Waiting for the drive, please wait... ") + answer.sense.toText();
+}
+
+} // namespace zib
