@@ -77,6 +77,7 @@ public:
     void showPlay(QWidget*) override {}
     void showLabelDesigner(QWidget*, const QList<zib::CompilationRow>&) override {}
     Outcome<> showPreview(QWidget*) override { return {}; }
+    Outcome<> showCalibrate(QWidget*) override { return {}; }
     void showLabelList(QWidget*) override {}
     void showLabelBack(QWidget*) override {}
     void showLabelTitle(QWidget*) override {}

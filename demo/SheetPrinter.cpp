@@ -15,6 +15,14 @@ constexpr int kMargin = kDotsPerInch / 4;
 
 } // namespace
 
+zib::Outcome<Printer::Target> SheetPrinter::target()
+{
+    const QPointF corner(kMargin / kDotsPerTwip, kMargin / kDotsPerTwip);
+    const QSizeF paper = QSizeF(kA4) / kDotsPerTwip;
+    return Target{QStringLiteral("sheet"), QStringLiteral("210x297"), paper,
+                  paper - QSizeF(2 * corner.x(), 2 * corner.y()), corner};
+}
+
 zib::Outcome<> SheetPrinter::print(const QString&, const Page& page)
 {
     QImage sheet(kA4, QImage::Format_RGB32);

@@ -12,6 +12,7 @@ public:
     /// @param sheet the picture's file.
     explicit SheetPrinter(const QString& sheet) : m_sheet(sheet) {}
 
+    zib::Outcome<Target> target() override;
     zib::Outcome<> print(const QString& jobName, const Page& page) override;
 
 private:

@@ -83,6 +83,12 @@ public:
 class PaperlessPrinter final : public Printer
 {
 public:
+    zib::Outcome<Target> target() override
+    {
+        constexpr double kMargin = 360; // A quarter of an inch, in twips.
+        return Target{QStringLiteral("Laser"), QStringLiteral("210x297"), QSizeF(11906, 16838),
+                      QSizeF(11906 - 2 * kMargin, 16838 - 2 * kMargin), QPointF(kMargin, kMargin)};
+    }
     zib::Outcome<> print(const QString&, const Page&) override { return {}; }
 };
 

@@ -262,6 +262,7 @@ void shootLabel(Photographer& camera, frmMain& window, Studio& studio, zib::Wind
             camera.open("frmLabelList", [&] { book.showLabelList(designer); });
             camera.open("frmLabelBack", [&] { book.showLabelBack(designer); });
             camera.open("frmLabelTitle", [&] { book.showLabelTitle(designer); });
+            camera.open("frmCalibrate", [&] { (void)book.showCalibrate(designer); });
         });
 }
 

@@ -7,6 +7,7 @@
 #include "burn/frmPrepare.h"
 #include "burn/frmWrite.h"
 #include "common/Messages.h"
+#include "label/frmCalibrate.h"
 #include "components/DVDWriterPro.h"
 #include "label/frmLabelBack.h"
 #include "label/frmLabelDesigner.h"
@@ -109,9 +110,18 @@ Outcome<> WindowBook::showPreview(QWidget* owner)
     const auto* designer = qobject_cast<frmLabelDesigner*>(owner);
     Q_ASSERT(designer);
     frmPreview preview(m_services, designer->labelArea(), owner);
+    QObject::connect(&preview, &frmPreview::Sent, designer, &frmLabelDesigner::showSent);
     if (preview.loaded())
         preview.exec();
     return preview.loaded();
+}
+
+Outcome<> WindowBook::showCalibrate(QWidget* owner)
+{
+    frmCalibrate dialog(m_services, owner);
+    if (dialog.loaded())
+        dialog.exec();
+    return dialog.loaded();
 }
 
 void WindowBook::showLabelList(QWidget* owner)

@@ -37,6 +37,7 @@ public:
     void showPlay(QWidget* owner) override;
     void showLabelDesigner(QWidget* owner, const QList<CompilationRow>& rows) override;
     Outcome<> showPreview(QWidget* owner) override;
+    Outcome<> showCalibrate(QWidget* owner) override;
     void showLabelList(QWidget* owner) override;
     void showLabelBack(QWidget* owner) override;
     void showLabelTitle(QWidget* owner) override;

@@ -163,7 +163,7 @@ QString GetFileNameOfPath(const QString& path)
     return path.mid(path.lastIndexOf(separatorOf(path)) + 1);
 }
 
-void MakeFolderPath(const QString& path)
+bool EnsureFolderPath(const QString& path)
 {
     const QChar separator = separatorOf(path);
     QString made = separator == u'/' && path.startsWith(u'/') ? QStringLiteral("/") : QString();
@@ -171,13 +171,23 @@ void MakeFolderPath(const QString& path)
         if (trimmedSpaces(part).isEmpty())
             continue;
         made += folderPart(made, part, separator);
-        if (!ensureFolder(made)) {
-            if (platform().messages)
-                platform().messages->critical(nullptr, QStringLiteral("Create directory error: ") + path,
-                                              QStringLiteral("Error"));
-            return;
-        }
+        if (!ensureFolder(made))
+            return false;
     }
+    return true;
+}
+
+void MakeFolderPath(const QString& path)
+{
+    if (!EnsureFolderPath(path))
+        TellFolderNotMade(path);
+}
+
+void TellFolderNotMade(const QString& path)
+{
+    if (platform().messages)
+        platform().messages->critical(nullptr, QStringLiteral("Create directory error: ") + path,
+                                      QStringLiteral("Error"));
 }
 
 QString BrowseForFolder(QWidget* owner, const QString& start)

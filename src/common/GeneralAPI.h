@@ -47,6 +47,10 @@ QString GetFileNameOfPath(const QString& path);
 /// Creates a folder with every missing parent; a failure is told in a box and ends it. The parts of the path
 /// are trimmed, but for those that are there with their blanks.
 void MakeFolderPath(const QString& path);
+/// The two halves of MakeFolderPath, for callers that may not wait for a slow place: the first, on any
+/// thread, makes the folders without a box.  @returns whether they are there now.
+bool EnsureFolderPath(const QString& path);
+void TellFolderNotMade(const QString& path);
 /// @param start the folder that the picker opens in; a relative one is taken from the application folder.
 /// @returns the folder the user chose, or an empty text.
 QString BrowseForFolder(QWidget* owner, const QString& start = {});

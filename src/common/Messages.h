@@ -26,7 +26,8 @@ public:
     /// A box without an icon, OK.
     virtual void plain(QWidget* owner, const QString& text) = 0;
     /// A question with Yes, No and Cancel; closing the box means Cancel.
-    virtual Answer askYesNoCancel(QWidget* owner, const QString& text) = 0;
+    /// @param preset what Enter answers: No where a Yes cannot be taken back.
+    virtual Answer askYesNoCancel(QWidget* owner, const QString& text, Answer preset = Answer::Yes) = 0;
 };
 
 } // namespace zib

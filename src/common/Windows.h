@@ -40,6 +40,9 @@ public:
     /// From here on the owner is the label designer, which is redrawn when a dialog applies its changes.
     /// @returns why the preview could not be shown; the detail is a sentence for the user.
     virtual Outcome<> showPreview(QWidget* owner) = 0;
+    /// The owner is any window. Sets the default printer right for its paper.
+    /// @returns why there is no printer to set right; the detail is a sentence for the user.
+    virtual Outcome<> showCalibrate(QWidget* owner) = 0;
     virtual void showLabelList(QWidget* owner) = 0;
     virtual void showLabelBack(QWidget* owner) = 0;
     virtual void showLabelTitle(QWidget* owner) = 0;

@@ -8,8 +8,8 @@
 ///
 /// Order of calls: setFormat, open, blocks, close; then open again. Sound starts with the first block. While
 /// the device is open, its owner keeps blocks queued: it answers BufferDone with writeBlock, and once nothing
-/// is queued when control is back in the event loop, what was queued is played out, the device is given back
-/// and PlaybackFinished follows. Calls and signals belong to the owner's thread.
+/// is queued or expected when control is back in the event loop, what was queued is played out, the device is
+/// given back and PlaybackFinished follows. Calls and signals belong to the owner's thread.
 class AudioPlayer : public QObject
 {
     Q_OBJECT
@@ -30,6 +30,9 @@ public:
     /// Queues a 16-bit block behind what is queued already. Without an open device, or with floating samples,
     /// it does nothing.
     virtual void writeBlock(const zib::AudioBlock& block) = 0;
+    /// While on, an empty queue is a pause and not the end: the owner waits for a block itself. Off after
+    /// open.
+    virtual void setExpecting(bool on) = 0;
     /// Sample frames the device has really consumed since open or reset, whichever was later. After close it
     /// stays where the sound ended.
     virtual qint64 position() const = 0;

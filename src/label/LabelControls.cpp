@@ -1,11 +1,13 @@
 #include "label/LabelControls.h"
 
 #include "common/Twips.h"
+#include "label/CaptionLayout.h"
 #include "label/LabelPainter.h"
 
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
 
 namespace zib {
@@ -26,6 +28,13 @@ QRect screenRect(const QRect& twips)
 {
     return {wholePixels(twips.x()), wholePixels(twips.y()), wholePixels(twips.width()),
             wholePixels(twips.height())};
+}
+
+/// Whole pixels that hold a length; a trace of a pixel, and less than nothing, takes none.
+int upwards(double pixels)
+{
+    constexpr double kTrace = 0.05;
+    return std::max(0, static_cast<int>(std::ceil(pixels - kTrace)));
 }
 
 } // namespace
@@ -83,9 +92,37 @@ void LineControl::paintEvent(QPaintEvent*)
     QPainter(this).fillRect(rect(), m_line.color);
 }
 
+/// What of a text lies outside its control. Clicks go through.
+class TextOverhang final : public QWidget
+{
+public:
+    explicit TextOverhang(const TextControl* text) : QWidget(text->parentWidget()), m_text(text)
+    {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        const QRect inside = m_text->geometry().translated(-pos());
+        painter.setClipRegion(QRegion(rect()) - inside);
+        CaptionLayout(m_text->item().caption, m_text->font())
+            .paint(painter, inside.topLeft(), m_text->item().color);
+    }
+
+private:
+    const TextControl* m_text;
+};
+
 TextControl::TextControl(QWidget* parent) : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
+}
+
+TextControl::~TextControl()
+{
+    delete m_outside;
 }
 
 void TextControl::setItem(const LabelText& text)
@@ -121,6 +158,8 @@ void TextControl::setColor(const QColor& color)
     QPalette colors = palette();
     colors.setColor(QPalette::WindowText, color);
     setPalette(colors);
+    if (m_outside)
+        m_outside->update();
 }
 
 void TextControl::setDesignFont(const QFont& font)
@@ -133,14 +172,54 @@ void TextControl::setDesignFont(const QFont& font)
 void TextControl::fit()
 {
     setText(m_text.caption);
-    const QSizeF size = textSize(m_text.caption, font());
-    resize(static_cast<int>(std::ceil(size.width())), static_cast<int>(std::ceil(size.height())));
+    const CaptionLayout layout(m_text.caption, font());
+    const QRectF ink = layout.ink();
+    const QSize room(upwards(layout.size().width()), upwards(layout.size().height()));
+    m_overhang = QMargins(upwards(-ink.left()), upwards(-ink.top()), upwards(ink.right() - room.width()),
+                          upwards(ink.bottom() - room.height()));
+    resize(room);
+    place();
+    update();
+}
+
+/// Puts what lies outside right behind this control.
+void TextControl::place()
+{
+    if (m_overhang.isNull() || !parentWidget()) {
+        delete m_outside;
+        return;
+    }
+    if (!m_outside)
+        m_outside = new TextOverhang(this);
+    m_outside->setGeometry(geometry().marginsAdded(m_overhang));
+    m_outside->stackUnder(this);
+    m_outside->setVisible(!isHidden());
+    m_outside->update();
 }
 
 void TextControl::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    paintText(painter, QPointF(0, 0), m_text.caption, font(), m_text.color);
+    CaptionLayout(m_text.caption, font()).paint(painter, QPointF(0, 0), m_text.color);
+}
+
+void TextControl::moveEvent(QMoveEvent* event)
+{
+    QLabel::moveEvent(event);
+    place();
+}
+
+void TextControl::showEvent(QShowEvent* event)
+{
+    QLabel::showEvent(event);
+    place();
+}
+
+void TextControl::hideEvent(QHideEvent* event)
+{
+    QLabel::hideEvent(event);
+    if (m_outside)
+        m_outside->hide();
 }
 
 void TextControl::mousePressEvent(QMouseEvent* event)

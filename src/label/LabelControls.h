@@ -3,7 +3,9 @@
 #include "label/LabelItems.h"
 
 #include <QLabel>
+#include <QMargins>
 #include <QPixmap>
+#include <QPointer>
 
 /// The controls a label surface is made of. Each holds its item in twips and shows it at 15 twips to the
 /// pixel.
@@ -45,12 +47,16 @@ private:
     LabelLine m_line;
 };
 
-/// A transparent text, as large as its caption.
+class TextOverhang;
+
+/// A transparent text, as large as its caption. What a character covers beyond that, as a slanted one does,
+/// is drawn by a second control right behind this one; this one's corner is the text's.
 class TextControl final : public QLabel
 {
     Q_OBJECT
 public:
     explicit TextControl(QWidget* parent = nullptr);
+    ~TextControl() override;
 
     const LabelText& item() const { return m_text; }
     void setItem(const LabelText& text);
@@ -67,14 +73,20 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
     void fit();
+    void place();
 
     LabelText m_text;
+    QMargins m_overhang;              ///< What the characters need beyond the control, in pixels.
+    QPointer<TextOverhang> m_outside; ///< There as long as that is anything; the parent may go first.
 };
 
 /// A picture, drawn into its place. Clicks go on to the surface.

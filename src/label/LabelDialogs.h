@@ -5,6 +5,7 @@
 
 #include <QFrame>
 #include <QLineEdit>
+#include <QScreen>
 
 /// What the three label dialogs share.
 namespace zib {
@@ -25,6 +26,13 @@ inline qint32 boxTwips(const QLineEdit* box)
 inline qint16 wholePoints(const QFont& font)
 {
     return narrowed<qint16>(roundHalfEven(font.pointSizeF())).value_or(std::numeric_limits<qint16>::max());
+}
+
+/// Makes a window no larger than its screen has room for, its frame included.
+inline void fitToScreen(QWidget* window)
+{
+    constexpr int kFrame = 40; ///< Pixels that a desktop's frames take.
+    window->resize(window->size().boundedTo(window->screen()->availableSize() - QSize(0, kFrame)));
 }
 
 /// Fills a frame with a colour.

@@ -2,8 +2,10 @@
 
 #include "common/Twips.h"
 #include "label/LabelMaker.h"
+#include "label/LabelPainter.h"
 
 #include <QFontInfo>
+#include <QFontMetricsF>
 
 #include <algorithm>
 
@@ -12,6 +14,24 @@ using LabelMaker::LabelDocument;
 namespace zib::layout {
 
 namespace {
+
+constexpr qint32 kLowestRow = 10 * kTwipsPerPixel; ///< The least that the layout dialog offers.
+constexpr qint16 kSmallestPoints = 5;              ///< Smaller print is not read on a disc.
+
+bool hasText(qint16 row)
+{
+    for (qint16 col = 1; col <= LabelDocument.TableCols; ++col)
+        if (!LabelMaker::GetCellText(row, col).trimmed().isEmpty())
+            return true;
+    return false;
+}
+
+double lineHeight(const LabelMaker::Document& doc, qint16 points)
+{
+    return QFontMetricsF(paperFont(labelFont(doc.TextFontName.trimmed(), points, doc.TextFontBold,
+                                             doc.TextFontItalic, doc.TextFontUnderline)))
+        .height();
+}
 
 QFont cellFont()
 {
@@ -88,6 +108,40 @@ LabelText title()
             labelFont(doc.TitleFontName.trimmed(), doc.TitleFontSize, doc.TitleFontBold, doc.TitleFontItalic,
                       doc.TitleFontUnderline),
             doc.TitleColor};
+}
+
+TrackFit trackFit(QSize area)
+{
+    const LabelMaker::Document& doc = LabelDocument;
+    TrackFit fit;
+    for (int row = 2; row <= doc.TableRows; ++row) {
+        if (!hasText(static_cast<qint16>(row)))
+            continue;
+        ++fit.tracks;
+        fit.fitting += doc.TableTop + row * doc.RowHeight <= area.height();
+    }
+    return fit;
+}
+
+bool isTooWide(QSize area)
+{
+    return LabelDocument.TableLeft + LabelMaker::TotalColumnWidth() > area.width();
+}
+
+std::optional<TighterRows> tighterRows(QSize area)
+{
+    const LabelMaker::Document& doc = LabelDocument;
+    if (trackFit(area).all())
+        return std::nullopt;
+    const qint32 each = (area.height() - doc.TableTop) / std::max<qint32>(doc.TableRows, 1);
+    const qint32 height = std::max(each / kTwipsPerPixel * kTwipsPerPixel, kLowestRow);
+    if (height >= doc.RowHeight)
+        return std::nullopt;
+    qint16 points = doc.TextFontSize;
+    while (points > kSmallestPoints && lineHeight(doc, points) > height)
+        --points;
+    const auto room = static_cast<qint32>(height - lineHeight(doc, points));
+    return TighterRows{height, points, std::clamp(room / 2, 0, std::max(doc.PaddingTop, 0))};
 }
 
 QRect imagePlace(QSize size, QSize area)

@@ -3,11 +3,12 @@
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "common/Numbers.h"
+#include "label/NumberKeys.h"
 
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalBlocker>
+#include <QTextBoundaryFinder>
 
 #include <algorithm>
 #include <numeric>
@@ -17,12 +18,25 @@ namespace LabelMaker {
 namespace {
 
 constexpr int kEmptyTableRows = 16;
-const QString kStepKeysName = QStringLiteral("StepKeys");
 
 Document& stored()
 {
     static Document document;
     return document;
+}
+
+/// Cuts a text at a field's length, never within a character as a reader sees it: an accent goes with its
+/// letter, an emoji whole.
+void cutAt(qsizetype length, QString& text)
+{
+    if (text.size() <= length)
+        return;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    finder.setPosition(length);
+    if (!finder.isAtBoundary())
+        finder.toPreviousBoundary();
+    const bool endless = finder.position() <= 0; // One character alone fills the field.
+    text.truncate(endless ? length - (text[length - 1].isHighSurrogate() ? 1 : 0) : finder.position());
 }
 
 /// The default title of a track without one: its file name without the extension.
@@ -63,53 +77,15 @@ void fillTable(Document& document, const QList<zib::CompilationRow>& rows)
                                              : blankRow(row - 1, document.TableCols));
 }
 
-/// Lets the keys of a read-only box step the scroll bar it belongs to, which gives the focus away at each
-/// change.
-class StepKeys final : public QObject
-{
-public:
-    StepKeys(QScrollBar* bar, QLineEdit* box) : QObject(box), m_bar(bar)
-    {
-        setObjectName(kStepKeysName);
-        box->installEventFilter(this);
-    }
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() != QEvent::KeyPress)
-            return false;
-        switch (static_cast<QKeyEvent*>(event)->key()) {
-        case Qt::Key_Up:
-            return step(QAbstractSlider::SliderSingleStepSub);
-        case Qt::Key_Down:
-            return step(QAbstractSlider::SliderSingleStepAdd);
-        case Qt::Key_PageUp:
-            return step(QAbstractSlider::SliderPageStepSub);
-        case Qt::Key_PageDown:
-            return step(QAbstractSlider::SliderPageStepAdd);
-        default:
-            return false;
-        }
-    }
-
-private:
-    bool step(QAbstractSlider::SliderAction action)
-    {
-        m_bar->triggerAction(action);
-        return true;
-    }
-
-    QScrollBar* m_bar;
-};
-
 } // namespace
 
 const Document& LabelDocument = stored();
 
 void setLabelDocument(Document document)
 {
-    document.BackImagePath.truncate(kPathLength);
+    cutAt(kPathLength, document.BackImagePath);
     for (QString* text : {&document.TitleText, &document.TitleFontName, &document.TextFontName})
-        text->truncate(kTextLength);
+        cutAt(kTextLength, *text);
     document.ColWidths.resize(std::max<qsizetype>(document.ColWidths.size(), document.TableCols + 1));
     document.TableRowText.resize(std::max<qsizetype>(document.TableRows, 0) + 1);
     stored() = std::move(document);
@@ -157,8 +133,7 @@ void SetupScrollBar(QScrollBar* bar, QLineEdit* box, int min, int max, int value
     box->setText(QString::number(shown));
     bar->setValue(lower + max - shown);
     box->setReadOnly(true);
-    if (!box->findChild<QObject*>(kStepKeysName, Qt::FindDirectChildrenOnly))
-        new StepKeys(bar, box);
+    zib::NumberKeys::install(bar, box);
 }
 
 void ShowScrollBarValue(QScrollBar* bar, QLineEdit* box)

@@ -71,7 +71,8 @@ struct Document
 /// Read anywhere in the label maker; written through setLabelDocument.
 extern const Document& LabelDocument;
 
-/// Stores a document. Texts are cut at their fields' lengths; every row and column gets its entry.
+/// Stores a document. Texts are cut at their fields' lengths, before a character that would be halved; every
+/// row and column gets its entry.
 void setLabelDocument(Document document);
 
 /// Stores the defaults and fills the table from the compilation: a header and one row for each track, or
@@ -88,8 +89,8 @@ qint32 ColumnLeft(qint16 col);
 QString GetCellText(qint16 row, qint16 col);
 
 /// Shows one number as a vertical scroll bar whose upper arrow increases it, with a read-only box beside it.
-/// The value is brought into the range; no change signal leaves the bar. The arrow and page keys step the
-/// number while the box has the focus.
+/// The value is brought into the range; no change signal leaves the bar. Keys and wheel step the number,
+/// see NumberKeys.
 void SetupScrollBar(QScrollBar* bar, QLineEdit* box, int min, int max, int value);
 /// Writes the number at the bar's position into its box and moves the focus there.
 void ShowScrollBarValue(QScrollBar* bar, QLineEdit* box);

@@ -1,15 +1,25 @@
 #include "label/LabelPictureFile.h"
 
-#include <QImageReader>
+#include "common/WaitPointer.h"
+#include "common/Worker.h"
 
+#include <QApplication>
+#include <QDateTime>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QLocale>
+
+#include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace zib {
 
 namespace {
 
-/// Enough for 20,000 x 20,000 pixels of formats that can only be read whole.
-constexpr int kReaderMegabytes = 1600;
+constexpr qint64 kBytesPerMegabyte = 1024 * 1024;
+constexpr int kReaderMegabytes = static_cast<int>(kMostPictureBytes / kBytesPerMegabyte + 1);
+constexpr int kUsualDepth = 32; ///< Bits to the pixel, where the file does not tell.
 
 /// Raises the readers' memory limit while a picture is read.
 class ReaderLimit
@@ -39,6 +49,37 @@ bool isLarge(QSize size)
     return qint64{size.width()} * size.height() > kMostPicturePixels;
 }
 
+/// The memory that decoding takes. A JPEG file is read scaled down, all others whole.
+qint64 bytesFor(const QImageReader& reader, QSize size)
+{
+    const QImage::Format format = reader.imageFormat();
+    const int depth =
+        format == QImage::Format_Invalid ? kUsualDepth : QImage::toPixelFormat(format).bitsPerPixel();
+    const QSize read = reader.format() == "jpeg" && isLarge(size) ? keptSize(size) : size;
+    return qint64{read.width()} * read.height() * std::max(depth, kUsualDepth) / 8;
+}
+
+Failure tooLarge(const QString& path, QSize size, qint64 bytes)
+{
+    const QLocale locale(QLocale::English);
+    return {Failure::Kind::UnreadableFile,
+            QStringLiteral(
+                "The picture \"%1\" is too large: %2 x %3 pixels take %4 MB, and at most %5 MB can be used. "
+                "Save it with fewer pixels.")
+                .arg(path, locale.toString(size.width()), locale.toString(size.height()),
+                     locale.toString(bytes / kBytesPerMegabyte),
+                     locale.toString(kMostPictureBytes / kBytesPerMegabyte))};
+}
+
+/// The picture that somebody holds now, and the file as it was read.
+struct Shelf
+{
+    QString path;
+    QDateTime time;
+    qint64 bytes = 0;
+    std::weak_ptr<const LabelPicture> picture;
+};
+
 } // namespace
 
 Outcome<LabelPicture> readPicture(const QString& path)
@@ -47,6 +88,8 @@ Outcome<LabelPicture> readPicture(const QString& path)
     QImageReader reader(path);
     reader.setAutoTransform(true);
     QSize size = reader.size();
+    if (const qint64 bytes = bytesFor(reader, size); bytes > kMostPictureBytes)
+        return tooLarge(path, size, bytes);
     if (isLarge(size))
         reader.setScaledSize(keptSize(size));
     QImage image = reader.read();
@@ -57,6 +100,29 @@ Outcome<LabelPicture> readPicture(const QString& path)
     if (reader.transformation() & QImageIOHandler::TransformationRotate90)
         size.transpose();
     return LabelPicture{image, size.isValid() ? size : image.size()};
+}
+
+Outcome<std::shared_ptr<const LabelPicture>> sharedPicture(const QString& path, QObject* owner)
+{
+    static Shelf shelf;
+    const QFileInfo file(path);
+    const QDateTime time = file.lastModified();
+    const qint64 bytes = file.size();
+    if (path == shelf.path && time == shelf.time && bytes == shelf.bytes)
+        if (std::shared_ptr<const LabelPicture> held = shelf.picture.lock())
+            return held;
+    std::optional<WaitPointer> wait;
+    if (QWidget* window = QApplication::activeWindow())
+        wait.emplace(window);
+    Worker worker;
+    const auto read = worker.ask<Outcome<LabelPicture>>(owner, [path] { return readPicture(path); });
+    if (!read)
+        return Failure{Failure::Kind::Cancelled};
+    if (!*read)
+        return read->error();
+    const auto picture = std::make_shared<const LabelPicture>(read->value());
+    shelf = {path, time, bytes, picture};
+    return picture;
 }
 
 } // namespace zib

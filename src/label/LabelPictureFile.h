@@ -3,14 +3,28 @@
 #include "common/Outcome.h"
 #include "label/LabelItems.h"
 
+#include <memory>
+
+class QObject;
+
 namespace zib {
 
 /// The most pixels a picture keeps in memory; a larger file is read scaled down.
 inline constexpr qint64 kMostPicturePixels = 32'000'000;
 
+/// The most memory that decoding a picture may take; a larger one is refused unless its format can be read
+/// scaled down.
+inline constexpr qint64 kMostPictureBytes = 1'600'000'000;
+
 /// Reads a picture, upright: an animated file gives its first frame, an orientation stored by a camera is
 /// obeyed.
 /// @returns a failure whose detail is a sentence for the user.
 Outcome<LabelPicture> readPicture(const QString& path);
+
+/// The picture of a file, read once for all who hold it at the same time; a changed file is read again. It is
+/// read on a thread of its own, under the wait pointer; meanwhile windows paint, and nothing the user does
+/// arrives. GUI thread only.
+/// @returns what readPicture returns, or Cancelled when @p owner has gone meanwhile.
+Outcome<std::shared_ptr<const LabelPicture>> sharedPicture(const QString& path, QObject* owner);
 
 } // namespace zib

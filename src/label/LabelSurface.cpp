@@ -1,5 +1,7 @@
 #include "label/LabelSurface.h"
 
+#include "common/Twips.h"
+#include "label/DiscOutline.h"
 #include "label/LabelControls.h"
 #include "label/LabelLayout.h"
 #include "label/LabelMaker.h"
@@ -43,13 +45,14 @@ void unload(QList<Control*>& array)
 
 LabelSurface::LabelSurface(QWidget* surface, QSize areaTwips)
     : m_surface(surface), m_area(areaTwips), m_image(child<ImageControl>(surface, QStringLiteral("Image1"))),
-      m_title(child<TextControl>(surface, QStringLiteral("cdTitle"))),
-      m_lines{child<LineControl>(surface, QStringLiteral("lines_0"))}, m_labels{child<TextControl>(
+      m_title(child<TextControl>(surface, QStringLiteral("cdTitle"))), m_lines{child<LineControl>(
                                                                            surface,
-                                                                           QStringLiteral("labels_0"))}
+                                                                           QStringLiteral("lines_0"))},
+      m_labels{child<TextControl>(surface, QStringLiteral("labels_0"))}, m_disc(new DiscOutline(surface))
 {
     m_lines[0]->hide();
     m_labels[0]->hide();
+    m_disc->resize(wholePixels(areaTwips.width()), wholePixels(areaTwips.height()));
     paintSurface(m_surface, Qt::white);
 }
 
@@ -57,6 +60,7 @@ LabelSurface::~LabelSurface()
 {
     m_surface->setUpdatesEnabled(false);
     unloadTable();
+    delete m_disc;
 }
 
 void LabelSurface::setEditable()
@@ -84,6 +88,7 @@ void LabelSurface::RedrawTable()
         addLine(line);
     for (const LabelText& text : layout::cellTexts())
         addLabel(text);
+    m_disc->raise();
     m_surface->setUpdatesEnabled(true);
 }
 
@@ -106,10 +111,11 @@ Outcome<> LabelSurface::RedrawBackground()
     m_image->setVisible(document.UseBackImage);
     if (!QFileInfo(document.BackImagePath).isFile())
         return {};
-    const Outcome<LabelPicture> picture = pictureOf(document.BackImagePath);
+    const auto picture = sharedPicture(document.BackImagePath, this);
     if (!picture)
         return document.UseBackImage ? Outcome<>(picture.error()) : Outcome<>();
-    m_image->setItem({layout::imagePlace(picture->size, m_area), *picture});
+    m_picture = *picture;
+    m_image->setItem({layout::imagePlace(m_picture->size, m_area), *m_picture});
     return {};
 }
 
@@ -159,20 +165,6 @@ void LabelSurface::addLabel(const LabelText& text)
     control->show();
     connect(control, &TextControl::Click, this, [this, n] { emit labelClicked(n); });
     m_labels << control;
-}
-
-Outcome<LabelPicture> LabelSurface::pictureOf(const QString& path)
-{
-    const QDateTime time = QFileInfo(path).lastModified();
-    if (path == m_picturePath && time == m_pictureTime)
-        return m_picture;
-    Outcome<LabelPicture> read = readPicture(path);
-    if (read) {
-        m_picture = *read;
-        m_picturePath = path;
-        m_pictureTime = time;
-    }
-    return read;
 }
 
 } // namespace zib

@@ -3,20 +3,23 @@
 #include "common/Outcome.h"
 #include "label/LabelItems.h"
 
-#include <QDateTime>
 #include <QList>
 #include <QObject>
+
+#include <memory>
 
 class QWidget;
 
 namespace zib {
 
+class DiscOutline;
 class ImageControl;
 class LineControl;
 class TextControl;
 
 /// The controls of one label surface, laid out from the label document: Image1, cdTitle and the arrays lines
-/// and labels, whose member 0 is a template that stays hidden. The controls belong to the surface.
+/// and labels, whose member 0 is a template that stays hidden. The controls belong to the surface. A faint
+/// outline of the disc lies before them.
 class LabelSurface final : public QObject
 {
     Q_OBJECT
@@ -52,18 +55,16 @@ private:
     void unloadTable();
     void addLine(const LabelLine& line);
     void addLabel(const LabelText& text);
-    Outcome<LabelPicture> pictureOf(const QString& path);
 
     QWidget* m_surface;
     QSize m_area; ///< Twips.
     bool m_editable = false;
     ImageControl* m_image;
     TextControl* m_title;
-    QList<LineControl*> m_lines;  ///< Member 0 is the template.
-    QList<TextControl*> m_labels; ///< Member 0 is the template.
-    QString m_picturePath;        ///< The file whose picture was read last, and
-    QDateTime m_pictureTime;      ///< its time then.
-    LabelPicture m_picture;
+    QList<LineControl*> m_lines;                   ///< Member 0 is the template.
+    QList<TextControl*> m_labels;                  ///< Member 0 is the template.
+    DiscOutline* m_disc;                           ///< Before everything else.
+    std::shared_ptr<const LabelPicture> m_picture; ///< What is shown, held for the next who asks.
 };
 
 } // namespace zib

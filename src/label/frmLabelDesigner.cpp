@@ -5,13 +5,15 @@
 #include "common/Twips.h"
 #include "common/Windows.h"
 #include "label/LabelControls.h"
+#include "label/LabelDialogs.h"
 #include "label/LabelLayout.h"
 #include "label/LabelMaker.h"
 #include "label/LabelSurface.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QScreen>
+#include <QShortcut>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -34,14 +36,17 @@ QPalette editorColors(const QWidget* editor, const QColor& text)
     return colors;
 }
 
-/// Where the editor of a label lies, in pixels.
-QRect editorPlace(const zib::TextControl* label)
+/// What the label says of a table that it cannot hold; nothing when it holds all.
+QString fitText(QSize area)
 {
-    const qint32 padding = LabelDocument.PaddingLeft;
-    const int width = zib::twipsFromPixels(label->width()) + padding + 30;
-    return {zib::wholePixels(label->item().left - padding + 15),
-            zib::wholePixels(label->item().top - LabelDocument.PaddingTop + 15),
-            zib::wholePixels(std::max(width, kNarrowestEditorTwips)), label->height()};
+    QStringList sentences;
+    if (const zib::layout::TrackFit fit = zib::layout::trackFit(area); !fit.all())
+        sentences << QStringLiteral("%1 of %2 tracks fit.").arg(fit.fitting).arg(fit.tracks);
+    if (zib::layout::isTooWide(area))
+        sentences << QStringLiteral("The table is wider than the label.");
+    if (!sentences.isEmpty())
+        sentences << QStringLiteral("Change row height, font size or columns with List.");
+    return sentences.join(u' ');
 }
 
 } // namespace
@@ -66,6 +71,7 @@ QSize frmLabelDesigner::labelArea() const
 void frmLabelDesigner::RedrawTable()
 {
     m_surface->RedrawTable();
+    showFit();
 }
 
 void frmLabelDesigner::RedrawTitle()
@@ -75,8 +81,16 @@ void frmLabelDesigner::RedrawTitle()
 
 void frmLabelDesigner::RedrawBackground()
 {
-    if (const zib::Outcome<> drawn = m_surface->RedrawBackground(); !drawn)
+    const zib::Outcome<> drawn = m_surface->RedrawBackground();
+    if (!drawn && drawn.error().kind != zib::Failure::Kind::Cancelled)
         m_services.messages.critical(nullptr, drawn.error().detail);
+}
+
+void frmLabelDesigner::showSent(const QString& printer)
+{
+    const QString words = QStringLiteral("Sent to %1").arg(printer);
+    ui->lblState->setText(words);
+    ui->lblState->setToolTip(words); // A long name is cut in the narrow column.
 }
 
 void frmLabelDesigner::connectControls()
@@ -84,23 +98,30 @@ void frmLabelDesigner::connectControls()
     connect(m_surface->title(), &zib::TextControl::Click, this, &frmLabelDesigner::cdTitle_Click);
     connect(m_surface.get(), &zib::LabelSurface::labelClicked, this, &frmLabelDesigner::labels_Click);
     connect(ui->txtCursor, &QLineEdit::textEdited, this, &frmLabelDesigner::txtCursor_Change);
-    connect(ui->txtCursor, &QLineEdit::returnPressed, this, &frmLabelDesigner::EndCellEdit);
     connect(ui->Title, &QPushButton::clicked, this, &frmLabelDesigner::Title_Click);
     connect(ui->cmdBack, &QPushButton::clicked, this, &frmLabelDesigner::cmdBack_Click);
     connect(ui->cmdList, &QPushButton::clicked, this, &frmLabelDesigner::cmdList_Click);
     connect(ui->cmdPrint, &QPushButton::clicked, this, &frmLabelDesigner::cmdPrint_Click);
+    const auto* calibrate = new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P), this);
+    connect(calibrate, &QShortcut::activated, this, &frmLabelDesigner::cmdCalibrate_Click);
+    connect(ui->cmdCalibrate, &QPushButton::clicked, this, &frmLabelDesigner::cmdCalibrate_Click);
+    connect(ui->cmdFit, &QPushButton::clicked, this, &frmLabelDesigner::cmdFit_Click);
     connect(ui->cmdClose, &QPushButton::clicked, this, &frmLabelDesigner::cmdClose_Click);
 }
 
 void frmLabelDesigner::Form_Load(const QList<zib::CompilationRow>& rows)
 {
     setWindowFlag(Qt::WindowMaximizeButtonHint);
-    resize(size().boundedTo(screen()->availableSize() - QSize(0, 40)));
+    zib::fitToScreen(this);
     m_surface->setEditable();
     LabelMaker::InitLabelDocument(rows);
-    // A broken picture is told where the user can do something about it: in its dialog and before printing.
-    static_cast<void>(m_surface->RedrawLabel());
+    // A broken picture is told once the window is there to be told about.
+    if (const zib::Outcome<> drawn = m_surface->RedrawLabel(); !drawn)
+        QTimer::singleShot(
+            0, this, [this, words = drawn.error().detail] { m_services.messages.critical(this, words); });
     EditTarget = kNothing;
+    ui->txtCursor->installEventFilter(this);
+    showFit();
 }
 
 /// A click on the window, the label area or the picture, which let it pass up to here.
@@ -110,12 +131,28 @@ void frmLabelDesigner::mouseReleaseEvent(QMouseEvent* event)
         Form_Click();
 }
 
+/// Enter in the editor closes it, and goes no further: the button that gets the focus is not meant.
+bool frmLabelDesigner::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != ui->txtCursor || event->type() != QEvent::KeyPress)
+        return QDialog::eventFilter(watched, event);
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (key != Qt::Key_Return && key != Qt::Key_Enter)
+        return false;
+    EndCellEdit();
+    return true;
+}
+
+/// Escape puts an edit away and nothing else: the label would be lost with the window.
 void frmLabelDesigner::keyPressEvent(QKeyEvent* event)
 {
+    auto* button = qobject_cast<QPushButton*>(focusWidget());
     if (event->key() == Qt::Key_F2)
         cdTitle_Click();
-    else if (event->key() == Qt::Key_Escape && EditTarget != kNothing)
+    else if (event->key() == Qt::Key_Escape)
         hideEditor();
+    else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && button)
+        button->click();
     else
         QDialog::keyPressEvent(event);
 }
@@ -146,7 +183,9 @@ void frmLabelDesigner::txtCursor_Change()
 {
     const int text = ui->txtCursor->fontMetrics().horizontalAdvance(ui->txtCursor->text());
     const int wanted = zib::wholePixels(LabelDocument.PaddingLeft) + text + kCaretRoom;
-    ui->txtCursor->resize(std::max(ui->txtCursor->width(), wanted), ui->txtCursor->height());
+    const int room = ui->Picture1->width() - ui->txtCursor->x();
+    ui->txtCursor->resize(std::clamp(wanted, ui->txtCursor->width(), std::max(room, ui->txtCursor->width())),
+                          ui->txtCursor->height());
 }
 
 void frmLabelDesigner::Title_Click()
@@ -170,8 +209,32 @@ void frmLabelDesigner::cmdList_Click()
 void frmLabelDesigner::cmdPrint_Click()
 {
     EndCellEdit();
+    ui->lblState->clear();
     if (const zib::Outcome<> shown = m_services.windows.showPreview(this); !shown)
         m_services.messages.critical(this, shown.error().detail);
+}
+
+void frmLabelDesigner::cmdCalibrate_Click()
+{
+    EndCellEdit();
+    if (const zib::Outcome<> shown = m_services.windows.showCalibrate(this); !shown)
+        m_services.messages.critical(this, shown.error().detail);
+}
+
+void frmLabelDesigner::cmdFit_Click()
+{
+    EndCellEdit();
+    const auto tighter = zib::layout::tighterRows(labelArea());
+    if (!tighter)
+        return;
+    LabelMaker::Document document = LabelDocument;
+    document.RowHeight = tighter->rowHeight;
+    document.TextFontSize = tighter->fontSize;
+    document.PaddingTop = tighter->paddingTop;
+    LabelMaker::setLabelDocument(document);
+    RedrawTable();
+    if (!ui->cmdFit->isVisible())
+        ui->cmdList->setFocus();
 }
 
 void frmLabelDesigner::cmdClose_Click()
@@ -179,14 +242,32 @@ void frmLabelDesigner::cmdClose_Click()
     close();
 }
 
-/// Moves the editor to the neighbouring text, and leaves it at either end. @returns whether the focus is
-/// where it belongs.
+void frmLabelDesigner::showFit()
+{
+    const QString text = fitText(labelArea());
+    ui->lblFit->setText(text);
+    ui->lblFit->setVisible(!text.isEmpty());
+    ui->cmdFit->setVisible(zib::layout::tighterRows(labelArea()).has_value());
+}
+
+/// The text before or behind another; nothing at either end.
+int frmLabelDesigner::neighbourOf(int target, bool forward) const
+{
+    int next = target;
+    const QRect area = ui->Picture1->rect();
+    do {
+        next = next == kTitle ? (forward ? 1 : kNothing)
+                              : (next == 1 && !forward ? kTitle : next + (forward ? 1 : -1));
+    } while (m_surface->label(next) && !area.intersects(m_surface->label(next)->geometry()));
+    return next == kTitle || m_surface->label(next) ? next : kNothing;
+}
+
+/// Moves the editor to the neighbouring text that is on the label, and leaves it at either end. @returns
+/// whether the focus is where it belongs.
 bool frmLabelDesigner::editNext(bool forward)
 {
-    const int target = EditTarget == kTitle
-                           ? (forward ? 1 : kNothing)
-                           : (EditTarget == 1 && !forward ? kTitle : EditTarget + (forward ? 1 : -1));
-    if (target != kTitle && !m_surface->label(target)) {
+    const int target = neighbourOf(EditTarget, forward);
+    if (target == kNothing) {
         EndCellEdit();
         return forward; // the hidden editor has handed the focus on already
     }
@@ -204,6 +285,22 @@ void frmLabelDesigner::edit(int target)
 zib::TextControl* frmLabelDesigner::targetLabel() const
 {
     return EditTarget == kTitle ? m_surface->title() : m_surface->label(EditTarget);
+}
+
+/// In pixels. Beyond the label nobody would see it, so there it is moved and narrowed into it.
+QRect frmLabelDesigner::editorPlace(const zib::TextControl* label) const
+{
+    const qint32 padding = LabelDocument.PaddingLeft;
+    const int wanted = zib::twipsFromPixels(label->width()) + padding + 30;
+    const int width =
+        std::min(zib::wholePixels(std::max(wanted, kNarrowestEditorTwips)), ui->Picture1->width());
+    const int height = std::min(label->height(), ui->Picture1->height());
+    const int left = zib::wholePixels(label->item().left - padding + 15);
+    const int top = zib::wholePixels(label->item().top - LabelDocument.PaddingTop + 15);
+    const int narrowest = std::min(width, zib::wholePixels(kNarrowestEditorTwips));
+    const int shownLeft = std::clamp(left, 0, ui->Picture1->width() - narrowest);
+    return {shownLeft, std::clamp(top, 0, ui->Picture1->height() - height),
+            std::min(width, ui->Picture1->width() - shownLeft), height};
 }
 
 void frmLabelDesigner::BeginCellEdit(const zib::TextControl* label)
@@ -231,6 +328,7 @@ void frmLabelDesigner::EndCellEdit()
         LabelMaker::Document document = LabelDocument;
         document.TitleText = m_surface->title()->text();
         LabelMaker::setLabelDocument(document);
+        m_surface->title()->setCaption(LabelDocument.TitleText); // As much of it as the document holds.
     }
     hideEditor();
 }

@@ -19,7 +19,8 @@ class TextControl;
 
 /// The label designer: shows the label, edits its title and cells in place, opens the layout dialogs and
 /// prints. A click on a text opens the editor, any other click closes it. F2 opens it on the title, Tab walks
-/// on to the cells, Enter closes it, Escape puts it away without a change.
+/// on to the cells, Enter closes it, Escape puts it away without a change. Beside the label it says how many
+/// tracks fit when not all do, and what was sent to which printer.
 class frmLabelDesigner final : public QDialog
 {
     Q_OBJECT
@@ -36,8 +37,11 @@ public:
     void RedrawTable();
     void RedrawTitle();
     void RedrawBackground();
+    /// The preview has sent the label to the printer of that name.
+    void showSent(const QString& printer);
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     bool focusNextPrevChild(bool next) override;
@@ -53,10 +57,15 @@ private:
     void cmdBack_Click();
     void cmdList_Click();
     void cmdPrint_Click();
+    void cmdCalibrate_Click();
+    void cmdFit_Click();
     void cmdClose_Click();
+    void showFit();
     bool editNext(bool forward);
+    int neighbourOf(int target, bool forward) const;
     void edit(int target);
     zib::TextControl* targetLabel() const;
+    QRect editorPlace(const zib::TextControl* label) const;
     void BeginCellEdit(const zib::TextControl* label);
     void EndCellEdit();
     void hideEditor();

@@ -82,6 +82,8 @@ void frmLabelList::vsCols_Change()
 void frmLabelList::vsRows_Change()
 {
     ShowScrollBarValue(ui->vsRows, ui->txtRows);
+    m_rowsChosen = true;
+    showRowsInUse();
 }
 
 void frmLabelList::cboCols_Click()
@@ -173,7 +175,8 @@ void frmLabelList::cmdApply_Click()
     document.PaddingLeft = sample.left;
     document.PaddingTop = sample.top;
     document.RowHeight = boxTwips(ui->txtRowHeight);
-    document.TableRows = static_cast<qint16>(boxNumber(ui->txtRows));
+    if (m_rowsChosen)
+        document.TableRows = static_cast<qint16>(boxNumber(ui->txtRows));
     document.TextFontName = sample.font.family().trimmed();
     document.ColWidths = {0};
     for (int i = 0; i < document.TableCols; ++i)
@@ -191,6 +194,15 @@ void frmLabelList::loadList()
     SetupScrollBar(ui->vsRows, ui->txtRows, 1, 30, doc.TableRows);
     SetupScrollBar(ui->vsRowHeight, ui->txtRowHeight, 10, 100, wholePixels(doc.RowHeight));
     fillColumns(QStringLiteral("Cols%1"), doc.TableCols);
+    showRowsInUse();
+}
+
+/// A long list has more rows than the bar can choose; they stay until it is moved.
+void frmLabelList::showRowsInUse()
+{
+    const int rows = LabelDocument.TableRows;
+    ui->lblRowsInUse->setText(QStringLiteral("(%1 now)").arg(rows));
+    ui->lblRowsInUse->setVisible(!m_rowsChosen && rows > ui->vsRows->maximum());
 }
 
 void frmLabelList::loadLines()

@@ -50,9 +50,11 @@ private:
     void loadList();
     void loadLines();
     void loadText();
+    void showRowsInUse();
     void fillColumns(const QString& text, int columns);
 
     std::unique_ptr<Ui::frmLabelList> ui;
     const zib::Services m_services;
     QList<zib::LineControl*> m_lineSample;
+    bool m_rowsChosen = false; ///< The user has set the rows; until then the table keeps its own.
 };

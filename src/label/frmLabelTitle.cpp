@@ -45,6 +45,7 @@ void frmLabelTitle::Form_Load()
     SetupScrollBar(ui->vsLeft, ui->txtLeft, 0, 300, zib::wholePixels(doc.TitleLeft));
     SetupScrollBar(ui->vsTop, ui->txtTop, 0, 300, zib::wholePixels(doc.TitleTop));
     zib::setSampleGround(ui->picSample);
+    zib::fitToScreen(this);
 }
 
 void frmLabelTitle::txtTitle_Change()

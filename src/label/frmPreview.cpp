@@ -4,12 +4,14 @@
 #include "common/Messages.h"
 #include "common/Texts.h"
 #include "common/Twips.h"
-#include "common/WaitPointer.h"
-#include "components/Components.h"
+#include "common/Windows.h"
+#include "label/CalibrationPage.h"
 #include "label/LabelPainter.h"
+#include "label/LabelPrint.h"
 #include "label/LabelSurface.h"
 
 #include <QMouseEvent>
+#include <QShortcut>
 #include <QTimer>
 
 namespace {
@@ -19,13 +21,14 @@ constexpr int kPrintDelayMs = 1000;
 } // namespace
 
 frmPreview::frmPreview(const zib::Services& services, QSize labelArea, QWidget* parent)
-    : QDialog(parent), ui(std::make_unique<Ui::frmPreview>()), m_services(services), m_timer(new QTimer(this))
+    : QDialog(parent), ui(std::make_unique<Ui::frmPreview>()), m_services(services), m_labelArea(labelArea),
+      m_timer(new QTimer(this))
 {
     ui->setupUi(this);
     m_surface = std::make_unique<zib::LabelSurface>(this, labelArea);
     m_timer->setObjectName(QStringLiteral("Timer1"));
     connectControls();
-    Form_Load(labelArea);
+    Form_Load();
 }
 
 frmPreview::~frmPreview() = default;
@@ -33,11 +36,13 @@ frmPreview::~frmPreview() = default;
 void frmPreview::connectControls()
 {
     connect(m_timer, &QTimer::timeout, this, &frmPreview::Timer1_Timer);
+    const auto* calibrate = new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P), this);
+    connect(calibrate, &QShortcut::activated, this, &frmPreview::Calibrate_Click);
 }
 
-void frmPreview::Form_Load(QSize labelArea)
+void frmPreview::Form_Load()
 {
-    setFixedSize(zib::wholePixels(labelArea.width()), zib::wholePixels(labelArea.height()));
+    setFixedSize(zib::wholePixels(m_labelArea.width()), zib::wholePixels(m_labelArea.height()));
     m_loaded = m_surface->RedrawLabel();
     if (!m_loaded)
         return;
@@ -60,15 +65,34 @@ void frmPreview::Form_DblClick()
 void frmPreview::Timer1_Timer()
 {
     m_timer->stop();
-    if (const zib::Outcome<> printed = print(); !printed)
-        m_services.messages.critical(this, printed.error().detail);
+    tell(zib::printLabelPage(m_services, this, m_labelArea,
+                             [scene = m_surface->scene()](const Printer::Target&, const zib::Calibration&) {
+                                 return [scene](QPainter& painter) { zib::paintScene(painter, scene); };
+                             }));
 }
 
-zib::Outcome<> frmPreview::print()
+/// The label waits: the page comes first, and then its numbers.
+void frmPreview::Calibrate_Click()
 {
-    const zib::WaitPointer wait(this);
-    const std::unique_ptr<Printer> printer = m_services.components.makePrinter();
-    const zib::LabelScene scene = m_surface->scene();
-    return printer->print(zib::kApplicationTitle,
-                          [&scene](QPainter& painter) { zib::paintScene(painter, scene); });
+    const bool labelToCome = m_timer->isActive();
+    m_timer->stop();
+    const auto sent = zib::printLabelPage(m_services, this, {}, &zib::calibrationPage);
+    tell(sent);
+    if (!sent)
+        return;
+    if (const zib::Outcome<> shown = m_services.windows.showCalibrate(this); !shown)
+        m_services.messages.critical(this, shown.error().detail);
+    if (labelToCome)
+        m_timer->start();
+}
+
+void frmPreview::tell(const zib::Outcome<QString>& sent)
+{
+    if (sent) {
+        const QString words = QStringLiteral("Sent to %1").arg(*sent);
+        setWindowTitle(QStringLiteral("%1 - %2").arg(words, zib::kApplicationTitle));
+        emit Sent(*sent);
+    } else if (sent.error().kind != zib::Failure::Kind::Cancelled) {
+        m_services.messages.critical(this, sent.error().detail);
+    }
 }

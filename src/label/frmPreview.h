@@ -18,7 +18,7 @@ class LabelSurface;
 class QTimer;
 
 /// The label alone, at the size of the designer's label area. It prints itself once, a second after loading,
-/// and closes on a double-click.
+/// and closes on a double-click. Ctrl+Shift+P prints the calibration page and opens its dialog.
 class frmPreview final : public QDialog
 {
     Q_OBJECT
@@ -30,18 +30,24 @@ public:
     /// @returns why the window cannot be shown; the detail is a sentence for the user.
     const zib::Outcome<>& loaded() const { return m_loaded; }
 
+signals:
+    /// The label has gone to the printer of that name.
+    void Sent(const QString& printer);
+
 protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
     void connectControls();
-    void Form_Load(QSize labelArea);
+    void Form_Load();
     void Form_DblClick();
     void Timer1_Timer();
-    zib::Outcome<> print();
+    void Calibrate_Click();
+    void tell(const zib::Outcome<QString>& sent);
 
     std::unique_ptr<Ui::frmPreview> ui;
     const zib::Services m_services;
+    const QSize m_labelArea; ///< Twips.
     std::unique_ptr<zib::LabelSurface> m_surface;
     QTimer* m_timer;
     zib::Outcome<> m_loaded;

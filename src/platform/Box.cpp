@@ -39,12 +39,14 @@ void dressUp(QMessageBox& box)
 } // namespace
 
 QMessageBox::StandardButton showBox(QWidget* owner, QMessageBox::Icon icon, const QString& title,
-                                    const QString& text, QMessageBox::StandardButtons buttons)
+                                    const QString& text, QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton preset)
 {
     QMessageBox box(icon, title, QString(), buttons, owner ? owner : QApplication::activeWindow());
     box.setObjectName(QStringLiteral("zibMessageBox"));
     box.setTextFormat(Qt::PlainText);
     box.setText(text);
+    box.setDefaultButton(preset);
     dressUp(box);
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }

@@ -4,6 +4,22 @@
 
 namespace zib {
 
+namespace {
+
+QMessageBox::StandardButton buttonOf(Messages::Answer answer)
+{
+    switch (answer) {
+    case Messages::Answer::Yes:
+        return QMessageBox::Yes;
+    case Messages::Answer::No:
+        return QMessageBox::No;
+    default:
+        return QMessageBox::Cancel;
+    }
+}
+
+} // namespace
+
 void BoxMessages::information(QWidget* owner, const QString& text)
 {
     showBox(owner, QMessageBox::Information, kApplicationTitle, text);
@@ -19,10 +35,10 @@ void BoxMessages::plain(QWidget* owner, const QString& text)
     showBox(owner, QMessageBox::NoIcon, kApplicationTitle, text);
 }
 
-Messages::Answer BoxMessages::askYesNoCancel(QWidget* owner, const QString& text)
+Messages::Answer BoxMessages::askYesNoCancel(QWidget* owner, const QString& text, Answer preset)
 {
     switch (showBox(owner, QMessageBox::Question, kApplicationTitle, text,
-                    QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel)) {
+                    QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, buttonOf(preset))) {
     case QMessageBox::Yes:
         return Answer::Yes;
     case QMessageBox::No:

@@ -11,7 +11,7 @@ public:
     void information(QWidget* owner, const QString& text) override;
     void critical(QWidget* owner, const QString& text, const QString& title = kApplicationTitle) override;
     void plain(QWidget* owner, const QString& text) override;
-    Answer askYesNoCancel(QWidget* owner, const QString& text) override;
+    Answer askYesNoCancel(QWidget* owner, const QString& text, Answer preset = Answer::Yes) override;
 };
 
 } // namespace zib

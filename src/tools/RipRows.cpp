@@ -2,6 +2,7 @@
 
 #include "components/CDRipperX.h"
 
+#include <QComboBox>
 #include <QHeaderView>
 #include <QTreeWidget>
 
@@ -18,6 +19,7 @@ enum Column
     Protected
 };
 
+const QString kAudio = QStringLiteral("Audio");
 constexpr int kColumnPadding = 24;
 constexpr int kRowPadding = 8;
 
@@ -33,8 +35,17 @@ void layOutColumns(QTreeWidget* list)
     };
     fit(Number, QStringLiteral("[x] 99"));
     fit(Time, QStringLiteral("00:00:00"));
-    fit(Type, QStringLiteral("Audio"));
+    fit(Type, kAudio);
     fit(Protected, list->headerItem()->text(Protected));
+}
+
+void fillSpeeds(QComboBox* list, int fastest)
+{
+    list->clear();
+    list->addItem(QStringLiteral("AUTO"), 0);
+    for (int factor = 1; factor <= fastest; factor += factor > 4 ? 4 : factor)
+        list->addItem(QStringLiteral("%1X").arg(factor), factor);
+    list->setCurrentIndex(0);
 }
 
 void add(QTreeWidget* list, CDRipperX& ripper, int track)
@@ -44,7 +55,7 @@ void add(QTreeWidget* list, CDRipperX& ripper, int track)
     row->setText(Number, QString::number(track));
     row->setText(FileName, QStringLiteral("Track%1.wav").arg(track));
     row->setText(Time, ripper.timeText(ripper.trackLength(track)));
-    row->setText(Type, ripper.isAudioTrack(track) ? QStringLiteral("Audio") : QStringLiteral("Data"));
+    row->setText(Type, ripper.isAudioTrack(track) ? kAudio : QStringLiteral("Data"));
     row->setText(Protected, ripper.copyPermitted(track) ? QStringLiteral("NO") : QStringLiteral("YES"));
     row->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemIsUserCheckable |
                   Qt::ItemNeverHasChildren);
@@ -64,6 +75,22 @@ qint16 countTicked(const QTreeWidget* list)
     for (int track = 1; track <= list->topLevelItemCount(); ++track)
         count += isTicked(list, track) ? 1 : 0;
     return static_cast<qint16>(count);
+}
+
+QStringList namesToWrite(const QTreeWidget* list)
+{
+    QStringList names;
+    for (int track = 1; track <= list->topLevelItemCount(); ++track)
+        if (isTicked(list, track) && list->topLevelItem(track - 1)->text(Type) == kAudio)
+            names << fileName(list, track);
+    return names;
+}
+
+void untick(QTreeWidget* list, const QStringList& fileNames)
+{
+    for (int row = 0; row < list->topLevelItemCount(); ++row)
+        if (fileNames.contains(list->topLevelItem(row)->text(FileName)))
+            list->topLevelItem(row)->setCheckState(Number, Qt::Unchecked);
 }
 
 QString fileName(const QTreeWidget* list, int track)

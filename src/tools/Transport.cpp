@@ -16,37 +16,87 @@ constexpr int kSliderEnd = 100;
 } // namespace
 
 Transport::Transport(const Components& components)
-    : m_file(components.makeFile()), m_player(components.makePlayer())
+    : m_makeFile(components.makeFile), m_player(components.makePlayer())
 {
-    m_file->setSixteenBitBlocks(true);
+    takeFile();
 }
 
-Transport::~Transport() = default;
+/// A file that hangs is let go of by the thread that hangs with it.
+Transport::~Transport()
+{
+    m_errands.forget();
+    m_errands.tell([file = std::move(m_file)] {});
+}
+
+void Transport::takeFile()
+{
+    m_file = m_makeFile();
+    m_file->setSixteenBitBlocks(true);
+}
 
 void Transport::PlayFile(const QString& path)
 {
     setCurrentFile(path);
-    if (m_file->open(path) < 0)
-        return;
+    m_opening = true;
+    m_errands.ask<Opened>(
+        [file = m_file, path] {
+            const int status = file->open(path);
+            return Opened{status, file->length(), file->formatRate(), file->formatChannels()};
+        },
+        [this](const Opened& file) { opened(file); });
+}
+
+void Transport::opened(const Opened& file)
+{
+    m_opening = false;
+    if (file.status >= 0)
+        play(file);
+    if (onChange)
+        onChange();
+}
+
+void Transport::play(const Opened& file)
+{
     PlayPos = 0;
-    if (m_file->length() == 0)
-        return m_file->close();
-    m_player->setFormat(m_file->formatRate(), m_file->formatChannels());
+    m_length = file.length;
+    if (m_length == 0)
+        return closeFile();
+    m_player->setFormat(file.rateHz, file.channels);
     BlockSamples = m_player->bufferSize(kBufferMs);
     if (m_player->open() < 0)
-        return m_file->close();
+        return closeFile();
     IsPlaying = true;
     m_pauseTicked = false;
     feedTwo();
+}
+
+void Transport::closeFile()
+{
+    m_length = 0;
+    m_errands.ask<bool>(
+        [file = m_file] {
+            file->close();
+            return true;
+        },
+        [](bool) {});
 }
 
 void Transport::FeedBlock()
 {
     if (!IsPlaying)
         return;
-    const AudioBlock block = m_file->readBlock(BlockSamples);
+    ++m_awaited;
+    m_player->setExpecting(true);
+    m_errands.ask<AudioBlock>([file = m_file, samples = BlockSamples] { return file->readBlock(samples); },
+                              [this](const AudioBlock& block) { fed(block); });
+}
+
+void Transport::fed(const AudioBlock& block)
+{
+    --m_awaited;
     if (block.sampleCount() > 1)
         m_player->writeBlock(block);
+    m_player->setExpecting(m_awaited > 0);
 }
 
 void Transport::feedTwo()
@@ -55,10 +105,21 @@ void Transport::feedTwo()
     FeedBlock();
 }
 
+/// What was asked for belongs to a place that has been left.
+void Transport::forgetBlocks()
+{
+    m_errands.forget();
+    m_awaited = 0;
+}
+
 void Transport::StopPlaying()
 {
     m_player->close();
-    m_file->close();
+    m_awaited = 0;
+    if (m_errands.abandon())
+        takeFile();
+    closeFile();
+    m_opening = false;
     IsPlaying = false;
     m_pauseTicked = false;
 }
@@ -71,6 +132,7 @@ void Transport::TogglePause()
         return resume();
     m_pauseTicked = true;
     IsPaused = true;
+    forgetBlocks();
     // Closed first: the device consumes until then, and what it has consumed is not played again.
     m_player->close();
     PlayPos += m_player->position();
@@ -82,13 +144,13 @@ void Transport::resume()
     IsPaused = false;
     if (m_player->open() < 0)
         return StopPlaying();
-    m_file->seek(PlayPos);
+    seekFile();
     feedTwo();
 }
 
 void Transport::SeekToSlider(int slider)
 {
-    if (const auto product = narrowed<qint32>(slider * m_file->length()))
+    if (const auto product = narrowed<qint32>(slider * m_length))
         seekTo(*product);
 }
 
@@ -101,23 +163,30 @@ void Transport::endDrag(int slider)
 void Transport::seekAnywhere(int slider)
 {
     if (IsPlaying)
-        seekTo(slider * m_file->length());
+        seekTo(slider * m_length);
 }
 
 /// @param hundredths frames x 100.
 void Transport::seekTo(qint64 hundredths)
 {
     m_player->reset();
-    PlayPos = m_file->seek(roundHalfEven(static_cast<double>(hundredths) / kSliderEnd));
+    forgetBlocks();
+    PlayPos = std::clamp<qint64>(roundHalfEven(static_cast<double>(hundredths) / kSliderEnd), 0, m_length);
+    seekFile();
     feedTwo();
+}
+
+void Transport::seekFile()
+{
+    m_errands.ask<qint64>([file = m_file, place = PlayPos] { return file->seek(place); },
+                          [this](qint64 reached) { PlayPos = reached; });
 }
 
 std::optional<int> Transport::sliderFor(qint64 played) const
 {
-    if (IsDragging || m_file->length() == 0)
+    if (IsDragging || m_length == 0)
         return std::nullopt;
-    const double percent =
-        static_cast<double>(PlayPos + played) * kSliderEnd / static_cast<double>(m_file->length());
+    const double percent = static_cast<double>(PlayPos + played) * kSliderEnd / static_cast<double>(m_length);
     return static_cast<int>(std::clamp<qint64>(roundHalfEven(percent), 0, kSliderEnd));
 }
 

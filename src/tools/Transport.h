@@ -1,7 +1,11 @@
 #pragma once
 
+#include "common/Errands.h"
+#include "components/AudioBlock.h"
+
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -15,6 +19,10 @@ struct Components;
 /// The pump between a reader and a player, and the rules of stopping, pausing and seeking. Knows no widgets;
 /// a window forwards its events and shows what it is told.
 ///
+/// The reader is asked on a thread, since a file may stand in a place that is slow or hangs: what it answers
+/// within a moment is there when a call returns, as if it had been asked directly. What comes later changes
+/// the state by itself and is told by onChange; the device waits meanwhile.
+///
 /// Positions are sample frames of the reader, counted in 64 bits; the slider runs from 0 to 100, the percent
 /// of the file. GUI thread only.
 class Transport
@@ -26,6 +34,12 @@ public:
 
     /// The player whose events the window connects to FeedBlock, sliderFor and its own end of playback.
     AudioPlayer& player() const { return *m_player; }
+
+    /// Called when an answer that took long has changed what the queries below tell.
+    std::function<void()> onChange;
+
+    /// Whether a file that was to be played has not answered yet.
+    bool isOpening() const { return m_opening; }
 
     bool isPlaying() const { return IsPlaying; }
     /// Set by pausing, cleared by resuming; a stop leaves it as it is.
@@ -54,12 +68,32 @@ public:
     std::optional<int> sliderFor(qint64 played) const;
 
 private:
+    struct Opened
+    {
+        int status = 0;
+        qint64 length = 0;
+        int rateHz = 0;
+        int channels = 0;
+    };
+
+    void takeFile();
+    void opened(const Opened& file);
+    void play(const Opened& file);
+    void closeFile();
     void feedTwo();
+    void fed(const AudioBlock& block);
+    void forgetBlocks();
     void resume();
     void seekTo(qint64 hundredths);
+    void seekFile();
 
-    const std::unique_ptr<AudioFile> m_file;
+    const std::function<std::unique_ptr<AudioFile>()> m_makeFile;
+    std::shared_ptr<AudioFile> m_file; // its calls are the errands' alone
     const std::unique_ptr<AudioPlayer> m_player;
+    Errands m_errands;
+    qint64 m_length = 0;
+    int m_awaited = 0; // blocks that were asked for and have not come
+    bool m_opening = false;
     qint64 PlayPos = 0;
     qint32 BlockSamples = 0;
     bool IsDragging = false;

@@ -4,6 +4,7 @@
 #include "components/AudioPlayer.h"
 
 #include <QAbstractButton>
+#include <QKeyEvent>
 #include <QSlider>
 
 namespace zib {
@@ -11,6 +12,7 @@ namespace zib {
 TransportWindow::TransportWindow(const Services& services, QWidget* parent)
     : QDialog(parent), m_services(services), m_transport(services.components)
 {
+    m_transport.onChange = [this] { showState(); };
 }
 
 TransportWindow::~TransportWindow() = default;
@@ -38,19 +40,19 @@ void TransportWindow::connectTransport(const Controls& controls)
 void TransportWindow::PlayFile(const QString& path)
 {
     m_transport.PlayFile(path);
-    showPause();
+    showState();
 }
 
 void TransportWindow::StopPlaying()
 {
     m_transport.StopPlaying();
-    showPause();
+    showState();
 }
 
 void TransportWindow::chkPause_Click()
 {
     m_transport.TogglePause();
-    showPause();
+    showState();
 }
 
 void TransportWindow::cmdStop_Click()
@@ -125,6 +127,15 @@ void TransportWindow::Form_Unload()
         StopPlaying();
 }
 
+void TransportWindow::keyPressEvent(QKeyEvent* event)
+{
+    const bool guarded = m_transport.isPlaying() || m_transport.isOpening();
+    if (event->key() != Qt::Key_Escape || (!guarded && !holdsWork()))
+        return QDialog::keyPressEvent(event);
+    if (guarded)
+        StopPlaying();
+}
+
 void TransportWindow::done(int result)
 {
     Form_Unload();
@@ -137,9 +148,13 @@ void TransportWindow::seekFrom(int slider)
     m_transport.SeekToSlider(m_controls.Slider1->value());
 }
 
-void TransportWindow::showPause()
+void TransportWindow::showState()
 {
     m_controls.chkPause->setChecked(m_transport.pauseTicked());
+    if (m_transport.isOpening())
+        setCursor(Qt::BusyCursor);
+    else
+        unsetCursor();
 }
 
 } // namespace zib

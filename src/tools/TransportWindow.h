@@ -19,6 +19,11 @@ public:
     void done(int result) override;
 
 protected:
+    /// Escape ends the playing first; it closes the window only when nothing is lost by it.
+    void keyPressEvent(QKeyEvent* event) override;
+    /// Whether closing the window would lose what the user has collected in it.
+    virtual bool holdsWork() const { return false; }
+
     /// The shared controls, as the forms name them. chkPause is pushed in while paused.
     struct Controls
     {
@@ -62,7 +67,7 @@ private:
     void AudioPlayer1_PlaybackFinished();
     void Form_Unload();
     void seekFrom(int slider);
-    void showPause();
+    void showState();
 
     Transport m_transport;
     Controls m_controls;

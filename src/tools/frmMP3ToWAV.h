@@ -1,20 +1,26 @@
 #pragma once
 
+#include "common/Errands.h"
 #include "common/Services.h"
+#include "tools/Conversion.h"
+#include "tools/OutputPlace.h"
 
 #include <QDialog>
+#include <QTimer>
 
 #include <memory>
-#include <optional>
-
-class AudioFile;
 
 namespace Ui {
 class frmMP3ToWAV;
 }
 
+namespace zib {
+struct FileDialogRequest;
+class WaitPointer;
+} // namespace zib
+
 /// Converts one MP3 file into one WAV file in CD format. Closing the window ends a running conversion and
-/// leaves no file.
+/// leaves no file. No place that a file stands in can hold the window up.
 class frmMP3ToWAV final : public QDialog
 {
     Q_OBJECT
@@ -22,6 +28,9 @@ public:
     explicit frmMP3ToWAV(const zib::Services& services, QWidget* parent = nullptr);
     ~frmMP3ToWAV() override;
     void done(int result) override;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void connectControls();
@@ -32,18 +41,22 @@ private:
     void cmdOptions_Click();
     void CancelButton_Click();
     void SuggestWavName();
+    zib::FileDialogRequest requestFor(const QString& title, const QString& filter,
+                                      const QString& folderSetting);
+    void beginUnlessRefused(const zib::OutputPlace::Target& place);
+    QString refusal(const zib::OutputPlace::Target& place) const;
+    bool mayReplace(const QString& path);
     void ConvertFile(const QString& source, const QString& target);
-    /// @param request samples of a block.  @returns whether every block went over.
-    bool pump(qint32 request);
-    void showProgress(qint64 blockSamples);
+    void conversionEnded(zib::Conversion::End end, const QString& source);
+    void showProgress();
     void setConverting(bool on);
 
     std::unique_ptr<Ui::frmMP3ToWAV> ui;
     const zib::Services m_services;
-    const std::unique_ptr<AudioFile> m_FileR;
-    const std::unique_ptr<AudioFile> m_FileW;
+    const std::shared_ptr<zib::Conversion> m_conversion; // its converting is the errands' alone
+    zib::Errands m_errands;
+    std::unique_ptr<zib::WaitPointer> m_wait;
+    QTimer m_progress;
+    QString m_chosenTarget; ///< As the save dialog gave it: what is there may be replaced.
     bool IsConverting = false;
-    bool m_unloaded = false;   ///< The window was closed in the middle of a conversion.
-    qint64 SamplesDone = 0;    ///< In the reader's units of length.
-    double ConvertPercent = 0; ///< 0 to 100.
 };

@@ -10,11 +10,9 @@
 #include "common/Texts.h"
 #include "common/WaitPointer.h"
 #include "components/Components.h"
+#include "tools/PlaylistReader.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QHeaderView>
-#include <QScopedValueRollback>
 #include <QShortcut>
 #include <QToolTip>
 
@@ -24,7 +22,8 @@ using zib::Playlist;
 namespace {
 
 constexpr int kFileNameBuffer = 1024;
-constexpr int kYieldMs = 40; // longest stretch of adding files without a look at events; sound needs them too
+constexpr int kCollectMs = 50;
+constexpr qsizetype kMostRows = 10'000; // at a time: more would hold the events up
 
 const QString kFilter =
     QStringLiteral("Audio Files(*.wav;*.mp3)|*.wav;*.mp3|MP3 Files(*.mp3)|*.mp3|WAV Files(*.wav)|*.wav");
@@ -33,7 +32,7 @@ const QString kFilter =
 
 frmPlayer::frmPlayer(const zib::Services& services, QWidget* parent)
     : TransportWindow(services, parent), ui(std::make_unique<Ui::frmPlayer>()),
-      m_AInfo(services.components.makeInformation())
+      m_reader(std::make_shared<zib::PlaylistReader>(services.components.makeInformation()))
 {
     ui->setupUi(this);
     setUpList();
@@ -41,7 +40,15 @@ frmPlayer::frmPlayer(const zib::Services& services, QWidget* parent)
     Form_Load();
 }
 
-frmPlayer::~frmPlayer() = default;
+frmPlayer::~frmPlayer()
+{
+    m_reader->stop();
+}
+
+bool frmPlayer::holdsWork() const
+{
+    return m_collecting.isActive() || m_list.rowCount() > 0;
+}
 
 void frmPlayer::setUpList()
 {
@@ -56,7 +63,8 @@ void frmPlayer::setUpList()
 void frmPlayer::connectControls()
 {
     new zib::FileDrop(
-        this, [this] { return !m_adding; }, [this](const QStringList& paths) { addFiles(paths); });
+        this, [this] { return !m_collecting.isActive(); },
+        [this](const QStringList& paths) { addFiles(paths); });
     connectTransport({.cmdPlay = ui->cmdPlay,
                       .chkPause = ui->chkPause,
                       .cmdStop = ui->cmdStop,
@@ -69,6 +77,8 @@ void frmPlayer::connectControls()
     connect(ui->cmdOpen, &QPushButton::clicked, this, &frmPlayer::cmdOpen_Click);
     connect(ui->cmdRemove, &QPushButton::clicked, this, &frmPlayer::cmdRemove_Click);
     connect(ui->chkDown, &QPushButton::toggled, this, &frmPlayer::chkDown_Click);
+    m_collecting.setInterval(kCollectMs);
+    connect(&m_collecting, &QTimer::timeout, this, &frmPlayer::showNewRows);
     connect(ui->ListView1, &QTableView::doubleClicked, this, &frmPlayer::cmdPlay_Click);
 
     new zib::BoxedRows(ui->ListView1, zib::BoxedRows::DoubleClick::IsTheOwners);
@@ -142,35 +152,43 @@ void frmPlayer::playbackEnded()
     PlayNextTrack();
 }
 
+/// The files are read on a thread; the list shows them as they come.
 void frmPlayer::addFiles(const QStringList& paths)
 {
-    const QScopedValueRollback adding(m_adding, true);
-    const zib::WaitPointer wait(this);
-    QElapsedTimer since;
-    since.start();
-    for (const QString& path : paths) {
-        AddFileToPlaylist(path);
-        if (since.elapsed() < kYieldMs)
-            continue;
-        showNewRows();
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        since.restart();
-    }
-    showNewRows();
+    QStringList fresh;
+    for (const QString& path : paths)
+        if (!m_list.contains(path))
+            fresh << path;
+    if (!m_wait)
+        m_wait = std::make_unique<zib::WaitPointer>(ui->ListView1);
+    m_collecting.start();
+    m_errands.ask<bool>(
+        [reader = m_reader, fresh] {
+            reader->read(fresh);
+            return true;
+        },
+        [this](bool) { showNewRows(); });
 }
 
-void frmPlayer::AddFileToPlaylist(const QString& path)
+/// A list that was empty gets its first row selected, so that play has something to play.
+void frmPlayer::showNewRows()
 {
-    if (m_list.contains(path))
+    const QList<zib::PlaylistRow> rows = m_reader->take(kMostRows);
+    for (const zib::PlaylistRow& row : rows)
+        AddFileToPlaylist(row);
+    m_list.showWaiting();
+    if (!ui->ListView1->currentIndex().isValid())
+        selectRow(0);
+    if (m_errands.isWaiting() || rows.size() == kMostRows)
         return;
-    m_AInfo->open(path);
-    QString title = m_AInfo->tagTitle(AudioInformation::TagKind::Main).trimmed();
-    if (title.isEmpty())
-        title = m_AInfo->tagTitle(AudioInformation::TagKind::Old).trimmed();
-    m_list.append({.fileName = GeneralAPI::GetFileNameOfPath(path),
-                   .time = GeneralAPI::FormatDuration(m_AInfo->durationMs()),
-                   .title = title,
-                   .location = GeneralAPI::GetFolderOfPath(path)});
+    m_collecting.stop();
+    m_wait.reset();
+}
+
+void frmPlayer::AddFileToPlaylist(const zib::PlaylistRow& row)
+{
+    if (!m_list.contains(row.path()))
+        m_list.append(row);
 }
 
 void frmPlayer::PlayNextTrack()
@@ -184,14 +202,6 @@ void frmPlayer::PlayNextTrack()
     const int next = last ? 0 : ended + 1;
     PlayFile(m_list.pathOf(next));
     selectRow(next);
-}
-
-/// A list that was empty gets its first row selected, so that play has something to play.
-void frmPlayer::showNewRows()
-{
-    m_list.showWaiting();
-    if (!ui->ListView1->currentIndex().isValid())
-        selectRow(0);
 }
 
 void frmPlayer::selectRow(int row)

@@ -1,13 +1,18 @@
 #pragma once
 
+#include "common/Errands.h"
 #include "tools/Playlist.h"
 #include "tools/TransportWindow.h"
 
 #include <QStringList>
+#include <QTimer>
 
 #include <memory>
 
-class AudioInformation;
+namespace zib {
+class PlaylistReader;
+class WaitPointer;
+} // namespace zib
 
 namespace Ui {
 class frmPlayer;
@@ -21,6 +26,9 @@ public:
     explicit frmPlayer(const zib::Services& services, QWidget* parent = nullptr);
     ~frmPlayer() override;
 
+protected:
+    bool holdsWork() const override;
+
 private:
     void setUpList();
     void connectControls();
@@ -31,15 +39,17 @@ private:
     void cmdPlay_Click() override;
     void playbackEnded() override;
     void addFiles(const QStringList& paths);
-    void AddFileToPlaylist(const QString& path);
-    void PlayNextTrack();
+    void AddFileToPlaylist(const zib::PlaylistRow& row);
     void showNewRows();
+    void PlayNextTrack();
     void selectRow(int row);
 
     std::unique_ptr<Ui::frmPlayer> ui;
-    std::unique_ptr<AudioInformation> m_AInfo;
+    const std::shared_ptr<zib::PlaylistReader> m_reader; // its reading is the errands' alone
+    zib::Errands m_errands;
     zib::Playlist m_list;
-    bool m_adding = false;
+    QTimer m_collecting; ///< Runs while files are being added.
+    std::unique_ptr<zib::WaitPointer> m_wait;
     int ExpandedHeight = 0;  ///< Of the window with the list, in pixels.
     int CollapsedHeight = 0; ///< Without it.
 };

@@ -8,14 +8,16 @@
 #include "common/WaitPointer.h"
 #include "common/Windows.h"
 #include "components/Components.h"
+#include "tools/JobKeys.h"
 #include "tools/RipProgress.h"
 #include "tools/RipRows.h"
 
 #include <QCoreApplication>
-#include <QKeyEvent>
 #include <QSignalBlocker>
 
 #include <exception>
+
+using zib::OutputPlace::Folder;
 
 namespace {
 
@@ -76,13 +78,19 @@ void frmRip::showEvent(QShowEvent* event)
     m_loaded = true;
 }
 
-/// Escape must not end an extraction: only the close box and the buttons do.
+/// Neither Escape nor Enter may end an extraction: only the close box and the button do.
 void frmRip::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Escape && IsRipping)
-        event->accept();
-    else
+    if (!IsRipping || !zib::endsDialogs(*event))
         QDialog::keyPressEvent(event);
+}
+
+/// Nothing starts in a window that has closed.
+void frmRip::done(int result)
+{
+    m_errands.forget();
+    m_starting = false;
+    QDialog::done(result);
 }
 
 void frmRip::Form_Load()
@@ -93,7 +101,7 @@ void frmRip::Form_Load()
     EnableControls(true);
     IsRipping = false;
     ui->txtSaveTo->setText(GeneralAPI::SettingFolder(gOptions.WAVOutput));
-    GeneralAPI::MakeFolderPath(ui->txtSaveTo->text());
+    zib::OutputPlace::makeFolder(m_errands, ui->txtSaveTo->text());
     ui->lvwTracks->setFocus();
 }
 
@@ -101,7 +109,8 @@ void frmRip::cboDevices_Click()
 {
     Timer1.stop();
     ui->lvwTracks->clear();
-    if (m_ripper->selectDevice(ui->cboDevices->currentIndex())) {
+    m_selected = m_ripper->selectDevice(ui->cboDevices->currentIndex());
+    if (m_selected) {
         LoadSpeeds();
         if (m_ripper->discPresent()) {
             DiscReloadPending = false;
@@ -143,6 +152,8 @@ void frmRip::cmdExplore_Click()
 
 void frmRip::cmdRip_Click()
 {
+    if (m_starting)
+        return;
     RipDone = 0;
     RipTotal = CountCheckedTracks();
     if (RipTotal < 1) {
@@ -150,11 +161,48 @@ void frmRip::cmdRip_Click()
         unsetCursor();
         return;
     }
-    EnableControls(false);
-    m_ripper->clearQueue();
-    queueTracks();
-    if (!startExtraction())
-        m_services.messages.information(this, QStringLiteral("Extraction could not be started."));
+    m_starting = true;
+    setCursor(Qt::WaitCursor);
+    m_errands.ask<Folder>(
+        [typed = ui->txtSaveTo->text(), names = zib::RipRows::namesToWrite(ui->lvwTracks)] {
+            return zib::OutputPlace::lookAtFolder(typed, names);
+        },
+        [this](const Folder& folder) { startUnlessRefused(folder); });
+}
+
+/// A folder that is of no use is told before anything changes, and no file is replaced unasked.
+void frmRip::startUnlessRefused(const Folder& folder)
+{
+    unsetCursor();
+    if (!folder.reason.isEmpty()) {
+        m_services.messages.information(this, zib::OutputPlace::refusal(folder));
+    } else if (leaveTaken(folder)) {
+        EnableControls(false);
+        m_ripper->clearQueue();
+        queueTracks(folder.path);
+        if (!startExtraction())
+            m_services.messages.information(this, QStringLiteral("Extraction could not be started."));
+    }
+    m_starting = false;
+}
+
+/// Takes the ticks from tracks whose files are there and are to stay.  @returns whether any is left to copy.
+bool frmRip::leaveTaken(const Folder& folder)
+{
+    if (folder.taken.isEmpty())
+        return CountCheckedTracks() > 0;
+    const QString question = zib::OutputPlace::replaceQuestion(folder);
+    switch (m_services.messages.askYesNoCancel(this, question, zib::Messages::Answer::No)) {
+    case zib::Messages::Answer::Cancel:
+        return false;
+    case zib::Messages::Answer::No:
+        zib::RipRows::untick(ui->lvwTracks, folder.taken);
+        break;
+    default:
+        break;
+    }
+    RipTotal = CountCheckedTracks();
+    return RipTotal > 0;
 }
 
 void frmRip::cmdOptions_Click()
@@ -177,6 +225,8 @@ void frmRip::Timer1_Timer()
     const int state = m_ripper->driveState();
     setProperty("driveState", zib::driveStateText(state));
     if (state == CDRipperX::kNoDisc) {
+        if (m_selected && m_fastest == 0 && m_ripper->maxReadSpeed() > 0)
+            LoadSpeeds(); // the drive has answered late, and no disc will tell
         ui->lvwTracks->clear();
         DiscReloadPending = true;
     } else if (state == CDRipperX::kDiscLoaded && DiscReloadPending) {
@@ -239,26 +289,26 @@ void frmRip::LoadDevices()
 void frmRip::LoadSpeeds()
 {
     QSignalBlocker untilFilled(ui->cboSpeeds);
-    ui->cboSpeeds->clear();
-    ui->cboSpeeds->addItem(QStringLiteral("AUTO"), 0);
-    for (int factor = 1; factor <= m_ripper->maxReadSpeed(); factor += factor > 4 ? 4 : factor)
-        ui->cboSpeeds->addItem(QStringLiteral("%1X").arg(factor), factor);
-    ui->cboSpeeds->setCurrentIndex(0);
+    m_fastest = m_ripper->maxReadSpeed();
+    zib::RipRows::fillSpeeds(ui->cboSpeeds, m_fastest);
     untilFilled.unblock();
     cboSpeeds_Click();
 }
 
+/// The bar takes the focus before the others lose it: nothing that ends the extraction may have it, and Enter
+/// on it does nothing.
 void frmRip::EnableControls(bool enabled)
 {
-    if (!enabled)
-        ui->cmdClose->setFocus(); // before the others lose it, so that it does not wander
-    for (QWidget* control :
-         QWidgetList{ui->cmdRip, ui->cboDevices, ui->lvwTracks, ui->cboSpeeds, ui->cmdOptions})
-        control->setEnabled(enabled);
     ui->picFolder->setVisible(enabled);
     ui->pbRip->setVisible(!enabled);
     ui->lblRip->setVisible(!enabled);
     ui->pbRip->setValue(0);
+    if (!enabled)
+        ui->pbRip->setFocus();
+    for (QWidget* control :
+         QWidgetList{ui->cmdRip, ui->cboDevices, ui->lvwTracks, ui->cboSpeeds, ui->cmdOptions})
+        control->setEnabled(enabled);
+    ui->cmdClose->setAutoDefault(enabled);
 }
 
 qint16 frmRip::CountCheckedTracks() const
@@ -267,26 +317,22 @@ qint16 frmRip::CountCheckedTracks() const
 }
 
 /// The list may be emptied while one of the boxes is open, when the disc is taken out.
-void frmRip::queueTracks()
+void frmRip::queueTracks(const QString& folder)
 {
     for (int track = 1; track <= ui->lvwTracks->topLevelItemCount(); ++track)
         if (zib::RipRows::isTicked(ui->lvwTracks, track))
-            queueTrack(track);
+            queueTrack(track, folder);
 }
 
-QString frmRip::outputPath(int track) const
-{
-    return GeneralAPI::JoinPath(ui->txtSaveTo->text(), zib::RipRows::fileName(ui->lvwTracks, track));
-}
-
-void frmRip::queueTrack(int track)
+void frmRip::queueTrack(int track, const QString& folder)
 {
     ui->pbRip->setValue(0);
     ui->lblRip->setText(QStringLiteral("Progress:  0%"));
+    const QString path = GeneralAPI::JoinPath(folder, zib::RipRows::fileName(ui->lvwTracks, track));
     if (!m_ripper->isAudioTrack(track))
         m_services.messages.information(
             this, zib::trackText(track, QStringLiteral("is a data track and cannot be extracted!")));
-    else if (!m_ripper->addTrack(track, outputPath(track)))
+    else if (!m_ripper->addTrack(track, path))
         m_services.messages.information(
             this, zib::trackText(track, QStringLiteral("could not be added for extraction!")));
 }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "common/Errands.h"
 #include "common/Services.h"
+#include "tools/OutputPlace.h"
 
 #include <QDialog>
 #include <QTimer>
@@ -23,6 +25,7 @@ class frmRip final : public QDialog
 public:
     explicit frmRip(const zib::Services& services, QWidget* parent = nullptr);
     ~frmRip() override;
+    void done(int result) override;
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -47,22 +50,27 @@ private:
     void CDRipperX1_TrackFinished();
     void CDRipperX1_ExtractionFinished();
 
+    void startUnlessRefused(const zib::OutputPlace::Folder& folder);
+    bool leaveTaken(const zib::OutputPlace::Folder& folder);
     void LoadDevices();
     void LoadSpeeds();
     void EnableControls(bool enabled);
     qint16 CountCheckedTracks() const;
-    void queueTracks();
-    void queueTrack(int track);
-    QString outputPath(int track) const;
+    void queueTracks(const QString& folder);
+    void queueTrack(int track, const QString& folder);
     bool startExtraction();
 
     std::unique_ptr<Ui::frmRip> ui;
     const zib::Services m_services;
     const std::unique_ptr<CDRipperX> m_ripper;
+    zib::Errands m_errands;
     QTimer Timer1{this};
     int m_activated = 0; ///< The entry of cboDevices that the user chose last.
     bool m_loaded = false;
-    qint16 RipTotal = 0; ///< Rows that were checked when the extraction began.
+    bool m_selected = false; ///< Whether the entry of cboDevices can be used.
+    bool m_starting = false; ///< The output folder has not answered yet.
+    int m_fastest = 0;       ///< What the list of speeds was made from.
+    qint16 RipTotal = 0;     ///< Rows that were checked when the extraction began.
     qint16 RipDone = 0;
     qint32 TrackStartPos = 0; ///< Bounds of the track under way, in the component's positions.
     qint32 TrackEndPos = 0;

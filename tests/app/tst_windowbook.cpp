@@ -6,6 +6,7 @@
 #include "fakes/FakeAudioPlayer.h"
 #include "fakes/FakeCDRipperX.h"
 #include "fakes/FakeDVDWriterPro.h"
+#include "fakes/FakePrinter.h"
 #include "fakes/FakeSeams.h"
 #include "platform/IniFile.h"
 
@@ -35,6 +36,7 @@ struct Library
         desk.components.makePlayer = [] { return std::make_unique<zib::FakeAudioPlayer>(); };
         desk.components.makeWriter = [] { return std::make_unique<zib::FakeDVDWriterPro>(); };
         desk.components.makeRipper = [] { return std::make_unique<zib::FakeCDRipperX>(); };
+        desk.components.makePrinter = [this] { return std::make_unique<zib::FakePrinter>(tray); };
         main = std::make_unique<frmMain>(book.services());
         book.setMainWindow(main.get());
         main->show();
@@ -56,6 +58,7 @@ struct Library
         });
     }
 
+    zib::FakePrinter::Tray tray;
     QTemporaryDir folder;
     zib::IniFile ini;
     zib::FakeDesk desk{&ini};
@@ -116,6 +119,8 @@ private slots:
                               << "frmLabelList";
         QTest::newRow("print") << "cmdPrint"
                                << "frmPreview";
+        QTest::newRow("calibrate") << "cmdCalibrate"
+                                   << "frmCalibrate";
     }
     void designer_opensItsDialogsOverItself()
     {

@@ -116,6 +116,45 @@ private slots:
         QVERIFY(subject.heard() == sound);
     }
 
+    void expecting_holdsTheEndUntilTheBlockComes_data() { players(); }
+    void expecting_holdsTheEndUntilTheBlockComes()
+    {
+        QFETCH(QString, kind);
+        Subject subject(kind);
+        QSignalSpy done(subject.player.get(), &AudioPlayer::BufferDone);
+        QSignalSpy finished(subject.player.get(), &AudioPlayer::PlaybackFinished);
+        const QList<qint16> sound = ramp(30000);
+        subject.player->setFormat(44100, 2);
+        QCOMPARE(subject.player->open(), 0);
+        subject.player->setExpecting(true);
+        subject.player->writeBlock(AudioBlock(sound.mid(0, 20000)));
+        QTRY_COMPARE_WITH_TIMEOUT(done.size(), 1, kPatienceMs);
+        QTest::qWait(300);
+        QCOMPARE(finished.size(), 0);
+        subject.player->writeBlock(AudioBlock(sound.mid(20000)));
+        subject.player->setExpecting(false);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, kPatienceMs);
+        subject.player->close();
+        QVERIFY(subject.heard() == sound);
+    }
+
+    void expecting_inVain_endsWhenItIsTakenBack_data() { players(); }
+    void expecting_inVain_endsWhenItIsTakenBack()
+    {
+        QFETCH(QString, kind);
+        Subject subject(kind);
+        QSignalSpy done(subject.player.get(), &AudioPlayer::BufferDone);
+        QSignalSpy finished(subject.player.get(), &AudioPlayer::PlaybackFinished);
+        subject.player->setFormat(44100, 2);
+        QCOMPARE(subject.player->open(), 0);
+        subject.player->setExpecting(true);
+        subject.player->writeBlock(AudioBlock(ramp(20000)));
+        QTRY_COMPARE_WITH_TIMEOUT(done.size(), 1, kPatienceMs);
+        subject.player->setExpecting(false);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, kPatienceMs);
+        QCOMPARE(subject.player->status(), 0);
+    }
+
     void blocks_writtenOnBufferDone_joinWithoutAGap_data() { players(); }
     void blocks_writtenOnBufferDone_joinWithoutAGap()
     {

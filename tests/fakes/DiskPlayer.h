@@ -24,6 +24,7 @@ public:
     int open() override;
     int status() const override { return m_player->status(); }
     void writeBlock(const AudioBlock& block) override { m_player->writeBlock(block); }
+    void setExpecting(bool on) override { m_player->setExpecting(on); }
     qint64 position() const override { return m_player->position(); }
     void reset() override { m_player->reset(); }
     void close() override { m_player->close(); }

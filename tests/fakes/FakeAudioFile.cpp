@@ -8,7 +8,7 @@ namespace zib {
 
 int FakeAudioFile::open(const QString& path)
 {
-    m_shelf.calls << "open " + path;
+    m_shelf.note("open " + path);
     forget();
     if (!m_shelf.sounds.contains(path))
         return m_status = -1;
@@ -19,7 +19,7 @@ int FakeAudioFile::open(const QString& path)
 
 int FakeAudioFile::create(const QString& path)
 {
-    m_shelf.calls << "create " + path;
+    m_shelf.note("create " + path);
     forget();
     if (m_shelf.refusedTargets.contains(path))
         return m_status = -2;
@@ -30,7 +30,7 @@ int FakeAudioFile::create(const QString& path)
 
 void FakeAudioFile::setOutputFormat(int rateHz, int channels, int bits)
 {
-    m_shelf.calls << QString("output %1 %2 %3").arg(rateHz).arg(channels).arg(bits);
+    m_shelf.note(QString("output %1 %2 %3").arg(rateHz).arg(channels).arg(bits));
     m_output.rateHz = rateHz;
     m_output.channels = channels;
     m_output.bits = bits;
@@ -38,16 +38,18 @@ void FakeAudioFile::setOutputFormat(int rateHz, int channels, int bits)
 
 void FakeAudioFile::setInputFormat(int rateHz, int channels)
 {
-    m_shelf.calls << QString("input %1 %2").arg(rateHz).arg(channels);
+    m_shelf.note(QString("input %1 %2").arg(rateHz).arg(channels));
 }
 
 void FakeAudioFile::setSixteenBitBlocks(bool on)
 {
-    m_shelf.calls << QString("sixteen %1").arg(on ? "on" : "off");
+    m_shelf.note(QString("sixteen %1").arg(on ? "on" : "off"));
 }
 
 AudioBlock FakeAudioFile::readBlock(qint32 samples)
 {
+    if (m_shelf.onRead)
+        m_shelf.onRead();
     if (!m_sound || m_status < 0)
         return {};
     if (m_sound->failAtSample && m_next >= *m_sound->failAtSample) {
@@ -63,7 +65,7 @@ AudioBlock FakeAudioFile::readBlock(qint32 samples)
 
 qint64 FakeAudioFile::seek(qint64 frame)
 {
-    m_shelf.calls << QString("seek %1").arg(frame);
+    m_shelf.note(QString("seek %1").arg(frame));
     if (!m_sound)
         return 0;
     const qint64 reached = std::clamp<qint64>(frame, 0, m_sound->length());
@@ -90,7 +92,7 @@ void FakeAudioFile::close()
 {
     if (m_path.isEmpty())
         return;
-    m_shelf.calls << "close " + m_path;
+    m_shelf.note("close " + m_path);
     if (m_target && m_status == 0) {
         m_shelf.written.insert(m_path, *m_target);
         QFile file(m_path);
@@ -107,7 +109,7 @@ void FakeAudioFile::discard()
 {
     if (!m_target)
         return;
-    m_shelf.calls << "discard " + m_path;
+    m_shelf.note("discard " + m_path);
     m_shelf.discarded << m_path;
     forget();
 }

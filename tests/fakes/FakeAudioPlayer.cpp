@@ -26,14 +26,24 @@ int FakeAudioPlayer::open()
     m_position = 0;
     m_status = m_rateHz > 0 && m_channels > 0 ? nextOpen : -1;
     m_open = m_status >= 0;
+    m_expecting = m_dry = false;
     return m_status;
 }
 
 void FakeAudioPlayer::writeBlock(const AudioBlock& block)
 {
     calls << QString("write %1").arg(block.sampleCount());
-    if (m_open && block.narrow() && !block.isEmpty())
-        m_queue << *block.narrow();
+    if (!m_open || !block.narrow() || block.isEmpty())
+        return;
+    m_queue << *block.narrow();
+    m_dry = false;
+}
+
+void FakeAudioPlayer::setExpecting(bool on)
+{
+    m_expecting = on;
+    if (!on && m_dry)
+        QMetaObject::invokeMethod(this, &FakeAudioPlayer::endWhenDry, Qt::QueuedConnection);
 }
 
 void FakeAudioPlayer::reset()
@@ -80,7 +90,13 @@ void FakeAudioPlayer::play(qint64 frames)
     if (!m_open)
         return;
     emit PositionChanged(m_position);
-    if (!m_open || !m_queue.isEmpty())
+    m_dry = m_queue.isEmpty();
+    endWhenDry();
+}
+
+void FakeAudioPlayer::endWhenDry()
+{
+    if (!m_open || !m_dry || m_expecting)
         return;
     m_open = false;
     emit PlaybackFinished();

@@ -19,6 +19,7 @@ public:
     int open() override;
     int status() const override { return m_status; }
     void writeBlock(const AudioBlock& block) override;
+    void setExpecting(bool on) override;
     qint64 position() const override { return m_position; }
     void reset() override;
     void close() override;
@@ -40,11 +41,14 @@ public:
 
 private:
     qint64 consumeFrom(qint64 frames);
+    void endWhenDry();
 
     int m_rateHz = 0;
     int m_channels = 0;
     int m_status = 0;
     bool m_open = false;
+    bool m_expecting = false;
+    bool m_dry = false; // play() found nothing more
     QList<QList<qint16>> m_queue;
     qsizetype m_used = 0; // samples of the first block that were consumed
     qint64 m_position = 0;

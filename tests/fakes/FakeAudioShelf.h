@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+#include <mutex>
 #include <optional>
 
 namespace zib {
@@ -44,11 +46,26 @@ struct FakeAudioShelf
         return sound;
     }
 
+    /// Notes a call of a file, on whatever thread it came.
+    void note(const QString& call)
+    {
+        const std::lock_guard lock(mutex);
+        calls << call;
+    }
+    /// The calls so far, while a thread may still be at work.
+    QStringList noted()
+    {
+        const std::lock_guard lock(mutex);
+        return calls;
+    }
+
+    std::mutex mutex;
     QHash<QString, FakeSound> sounds;         ///< Readable files by path; every other path is no audio.
     QStringList refusedTargets;               ///< Paths at which no file can be created.
     std::optional<int> blocksUntilDiskFull{}; ///< Blocks that still fit; then writing fails.
     QHash<QString, FakeSound> written;        ///< What was finished with close(), by path.
     QStringList discarded;                    ///< Targets that were dropped.
+    std::function<void()> onRead;             ///< Runs before each block, on the reading thread.
     QStringList calls;                        ///< "open PATH", "create PATH", "close PATH" ... in order.
 };
 

@@ -4,6 +4,15 @@
 
 namespace zib {
 
+Outcome<Printer::Target> FakePrinter::target()
+{
+    constexpr double kMargin = 360; // A quarter of an inch.
+    if (!m_tray.answer)
+        return m_tray.answer.error();
+    return Target{"paper", "210x297", m_tray.printable + QSizeF(2 * kMargin, 2 * kMargin), m_tray.printable,
+                  QPointF(kMargin, kMargin)};
+}
+
 Outcome<> FakePrinter::print(const QString& jobName, const Page& page)
 {
     if (!m_tray.answer)

@@ -22,10 +22,12 @@ public:
     struct Tray
     {
         QList<Job> jobs;
-        Outcome<> answer; ///< A failure takes no job.
+        Outcome<> answer;               ///< A failure takes no job.
+        QSizeF printable{11186, 16118}; ///< A4 within margins of a quarter of an inch, in twips.
     };
 
     explicit FakePrinter(Tray& tray) : m_tray(tray) {}
+    Outcome<Target> target() override;
     Outcome<> print(const QString& jobName, const Page& page) override;
 
 private:

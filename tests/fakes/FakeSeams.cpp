@@ -27,8 +27,9 @@ void ScriptedMessages::plain(QWidget* owner, const QString& text)
     remember(owner, "p: " + text);
 }
 
-Messages::Answer ScriptedMessages::askYesNoCancel(QWidget* owner, const QString& text)
+Messages::Answer ScriptedMessages::askYesNoCancel(QWidget* owner, const QString& text, Answer preset)
 {
+    presets << preset;
     remember(owner, "q: " + text);
     return answer;
 }
@@ -103,6 +104,12 @@ Outcome<> RecordingWindows::showPreview(QWidget*)
 {
     note("preview");
     return previewAnswer;
+}
+
+Outcome<> RecordingWindows::showCalibrate(QWidget*)
+{
+    note("calibrate");
+    return calibrateAnswer;
 }
 
 bool RecordingShell::ShellExecuteA(const QString& verb, const QString& file, const QString& parameters,

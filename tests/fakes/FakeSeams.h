@@ -29,10 +29,11 @@ public:
     void information(QWidget* owner, const QString& text) override;
     void critical(QWidget* owner, const QString& text, const QString& title = kApplicationTitle) override;
     void plain(QWidget* owner, const QString& text) override;
-    Answer askYesNoCancel(QWidget* owner, const QString& text) override;
+    Answer askYesNoCancel(QWidget* owner, const QString& text, Answer preset = Answer::Yes) override;
 
     QStringList shown;
     QList<QPointer<QWidget>> owners;
+    QList<Answer> presets;                      ///< Of the questions, in order.
     Answer answer = Answer::Cancel;             ///< What a question is answered with.
     std::function<void(const QString&)> onShow; ///< Runs while a box is "open".
 
@@ -77,6 +78,7 @@ public:
     void showPlay(QWidget*) override { note("play"); }
     void showLabelDesigner(QWidget*, const QList<CompilationRow>& rows) override;
     Outcome<> showPreview(QWidget*) override;
+    Outcome<> showCalibrate(QWidget*) override;
     void showLabelList(QWidget*) override { note("labelList"); }
     void showLabelBack(QWidget*) override { note("labelBack"); }
     void showLabelTitle(QWidget*) override { note("labelTitle"); }
@@ -88,6 +90,7 @@ public:
     DiscNames discNames;                        ///< What showWrite was given.
     QStringList preparedFiles;                  ///< What showPrepare answers.
     Outcome<> previewAnswer;                    ///< What showPreview answers.
+    Outcome<> calibrateAnswer;                  ///< What showCalibrate answers.
     std::function<void(const QString&)> onShow; ///< Runs while a window is "open".
 
 private:

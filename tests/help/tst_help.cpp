@@ -14,10 +14,10 @@
 
 namespace {
 
-const QStringList kWindows = {"frmMain",    "frmSplash",    "frmTip",       "frmAbout",
-                              "frmOptions", "frmPrepare",   "frmWrite",     "frmRip",
-                              "frmPlay",    "frmMP3ToWAV",  "frmPlayer",    "frmLabelDesigner",
-                              "frmPreview", "frmLabelList", "frmLabelBack", "frmLabelTitle"};
+const QStringList kWindows = {
+    "frmMain",    "frmSplash",    "frmTip",       "frmAbout",      "frmOptions",  "frmPrepare",
+    "frmWrite",   "frmRip",       "frmPlay",      "frmMP3ToWAV",   "frmPlayer",   "frmLabelDesigner",
+    "frmPreview", "frmLabelList", "frmLabelBack", "frmLabelTitle", "frmCalibrate"};
 
 /// The text a reader sees: tags gone, character references resolved, blanks and line ends joined.
 QString visibleText(QString html)

@@ -216,6 +216,27 @@ private slots:
         QCOMPARE(TotalColumnWidth(), 0);
         QCOMPARE(ColumnLeft(2), 0);
     }
+    void setDocument_withLongTexts_halvesNoCharacter_data()
+    {
+        QTest::addColumn<QString>("last");
+        QTest::addColumn<int>("kept");
+        QTest::newRow("letter") << "x" << 256;
+        QTest::newRow("emoji") << QString::fromUtf8("\U0001F3B5") << 255;
+        QTest::newRow("accent on a letter") << QString::fromUtf8("e\u0301") << 255;
+        QTest::newRow("family") << QString::fromUtf8("\U0001F468\u200D\U0001F469") << 255;
+    }
+    void setDocument_withLongTexts_halvesNoCharacter()
+    {
+        QFETCH(QString, last);
+        QFETCH(int, kept);
+        LabelMaker::Document document;
+        document.TitleText = QString(255, 't') + last + "more";
+        LabelMaker::setLabelDocument(document);
+        QCOMPARE(LabelDocument.TitleText.size(), kept);
+        document.TitleText = "x" + QString(400, QChar(0x301)); // One endless character fills the field.
+        LabelMaker::setLabelDocument(document);
+        QCOMPARE(LabelDocument.TitleText.size(), 256);
+    }
     void setDocument_withLongTexts_cutsThemAtTheirFields()
     {
         Document longest = LabelDocument;

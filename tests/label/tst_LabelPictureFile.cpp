@@ -149,6 +149,33 @@ private slots:
         QVERIFY(qAbs(double(kept.width()) / kept.height() * size.height() / size.width() - 1) < 0.03);
         QCOMPARE(qGray(picture->image.pixel(3, 3)), 128);
     }
+    void read_aPictureBeyondTheLimit_isRefusedInWords()
+    {
+        QImage image(21000, 20000, QImage::Format_Mono);
+        image.fill(1);
+        QVERIFY(image.save(path("wide.png")));
+        const auto picture = zib::readPicture(path("wide.png"));
+        QVERIFY(!picture);
+        const QString words = picture.error().detail;
+        for (const char* part : {"wide.png", "21,000 x 20,000 pixels", "1,525 MB"})
+            QVERIFY2(words.contains(part), qPrintable(words));
+    }
+    void shared_aPicture_isReadOnceWhileHeld()
+    {
+        QObject owner;
+        QImage image(64, 48, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        QVERIFY(image.save(path("shared.bmp")));
+        auto one = zib::sharedPicture(path("shared.bmp"), &owner);
+        const auto other = zib::sharedPicture(path("shared.bmp"), &owner);
+        QVERIFY(one && other);
+        QCOMPARE(one->get(), other->get());
+        QVERIFY(image.scaled(32, 24).save(path("shared.bmp")));
+        const auto changed = zib::sharedPicture(path("shared.bmp"), &owner);
+        QVERIFY(changed);
+        QCOMPARE((*changed)->size, QSize(32, 24));
+        QVERIFY(!zib::sharedPicture(path("none.bmp"), &owner));
+    }
     void read_anyPicture_leavesTheReadersLimitAlone()
     {
         const int before = QImageReader::allocationLimit();

@@ -1,6 +1,7 @@
 #include "label/LabelSurface.h"
 
 #include "common/GenralMacro.h"
+#include "label/CaptionLayout.h"
 #include "label/LabelControls.h"
 #include "label/LabelLayout.h"
 #include "label/LabelMaker.h"
@@ -61,6 +62,27 @@ void edit(const std::function<void(Document&)>& change)
     Document document = LabelDocument;
     change(document);
     setLabelDocument(document);
+}
+
+/// The smallest rectangle that holds everything dark.
+QRect inkOf(const QImage& canvas)
+{
+    QRect ink;
+    for (int y = 0; y < canvas.height(); ++y)
+        for (int x = 0; x < canvas.width(); ++x)
+            if (qGray(canvas.pixel(x, y)) < 128)
+                ink |= QRect(x, y, 1, 1);
+    return ink;
+}
+
+/// The scene as paper of 96 dots to the inch.
+QImage paperOf(const zib::LabelScene& scene)
+{
+    QImage paper(550, 550, QImage::Format_RGB32);
+    QPainter painter(&paper);
+    painter.scale(1 / 15.0, 1 / 15.0);
+    zib::paintScene(painter, scene);
+    return paper;
 }
 
 /// A file of one colour. @returns its path.
@@ -322,6 +344,18 @@ private slots:
         edit([](Document& d) { d.UseBackImage = false; });
         QVERIFY(s.surface->RedrawBackground());
     }
+    void background_ofOneFile_isDecodedOnceForAllSurfaces()
+    {
+        const QTemporaryDir folder;
+        edit([&](Document& d) { d.BackImagePath = pictureFile(folder, "a.png", {30, 20}, Qt::green); });
+        const Surface one;
+        const Surface other;
+        QVERIFY(one.surface->RedrawBackground() && other.surface->RedrawBackground());
+        QVERIFY(one.image()->item().picture.image.constBits() ==
+                other.image()->item().picture.image.constBits());
+        QVERIFY(one.surface->scene().image.picture.image.constBits() ==
+                one.image()->item().picture.image.constBits());
+    }
     void background_ofAChangedFile_isReadAgain()
     {
         const QTemporaryDir folder;
@@ -395,11 +429,7 @@ private slots:
         });
         QVERIFY(s.surface->RedrawLabel());
         const QImage screen = s.seen().convertToFormat(QImage::Format_RGB32);
-        QImage paper(550, 550, QImage::Format_RGB32);
-        QPainter painter(&paper);
-        painter.scale(1 / 15.0, 1 / 15.0);
-        zib::paintScene(painter, s.surface->scene());
-        painter.end();
+        const QImage paper = paperOf(s.surface->scene());
         int different = 0;
         for (int y = 0; y < 550; ++y)
             for (int x = 0; x < 550; ++x)
@@ -433,19 +463,159 @@ private slots:
         QFETCH(QString, text);
         QFont font("DejaVu Sans");
         font.setPixelSize(40);
-        const QSize room = zib::textSize(text, font).toSize() + QSize(2, 2);
+        const zib::CaptionLayout layout(text, font);
+        const QSize room = layout.size().toSize() + QSize(2, 2);
         QImage canvas(1200, 200, QImage::Format_RGB32);
         canvas.fill(Qt::white);
         QPainter painter(&canvas);
-        zib::paintText(painter, {50, 20}, text, font, Qt::black);
+        layout.paint(painter, {50, 20}, Qt::black);
         painter.end();
-        QRect ink;
-        for (int y = 0; y < canvas.height(); ++y)
-            for (int x = 0; x < canvas.width(); ++x)
-                if (qGray(canvas.pixel(x, y)) < 128)
-                    ink |= QRect(x, y, 1, 1);
+        const QRect ink = inkOf(canvas);
         QVERIFY(ink.width() > room.width() / 2);
         QVERIFY2(QRect(QPoint(50, 20), room).adjusted(-3, -3, 3, 3).contains(ink), qPrintable(text));
+    }
+    void tab_isBlanksUpToTheNextEighthPlace_data()
+    {
+        QTest::addColumn<QString>("caption");
+        QTest::addColumn<QString>("drawn");
+        QTest::newRow("none") << "a b"
+                              << "a b";
+        QTest::newRow("first") << "\tb"
+                               << "        b";
+        QTest::newRow("middle") << "abc\td"
+                                << "abc     d";
+        QTest::newRow("at a stop") << "12345678\tx"
+                                   << "12345678        x";
+        QTest::newRow("two") << "a\t\tb"
+                             << "a               b";
+        QTest::newRow("accent") << QString::fromUtf8("e\u0301\tb") << QString::fromUtf8("e\u0301       b");
+        QTest::newRow("each line") << "ab\tc\r\nd\te"
+                                   << "ab      c\nd       e";
+        QTest::newRow("line breaks") << QString::fromUtf8("a\rb\vc\u2028d\u2029e") << "a\nb\nc\nd\ne";
+    }
+    void tab_isBlanksUpToTheNextEighthPlace()
+    {
+        QFETCH(QString, caption);
+        QFETCH(QString, drawn);
+        QCOMPARE(zib::withoutTabs(caption), drawn);
+    }
+    void tab_inATitle_losesNothingOnPaper()
+    {
+        const Surface s;
+        edit([](Document& d) {
+            d.TitleText = "MM\tMM", d.TitleColor = Qt::black, d.TitleLeft = d.TitleTop = 300;
+            d.ShowTableLines = d.ShowTableText = false;
+        });
+        QVERIFY(s.surface->RedrawLabel());
+        QCOMPARE(s.surface->title()->text(), QString("MM\tMM")); // What is edited keeps its tab.
+        const QRect screen = inkOf(s.seen());
+        const QRect paper = inkOf(paperOf(s.surface->scene()));
+        QVERIFY(screen.width() > 100);
+        QVERIFY(qAbs(screen.left() - paper.left()) <= 1 && qAbs(screen.right() - paper.right()) <= 1);
+    }
+    void slantedText_isNotCutOnTheScreen_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("right") << "f";
+        QTest::newRow("left") << "j";
+        QTest::newRow("above") << QString::fromUtf8("A\u0302\u0302\u0302");
+    }
+    void slantedText_isNotCutOnTheScreen()
+    {
+        QFETCH(QString, text);
+        const Surface s;
+        edit([&](Document& d) {
+            d.TitleText = text, d.TitleFontName = "Liberation Serif", d.TitleFontSize = 200;
+            d.TitleFontItalic = true, d.TitleColor = Qt::black, d.TitleLeft = 2700, d.TitleTop = 1800;
+            d.ShowTableLines = d.ShowTableText = false;
+        });
+        QVERIFY(s.surface->RedrawLabel());
+        const QRect screen = inkOf(s.seen());
+        const QRect paper = inkOf(paperOf(s.surface->scene()));
+        for (const int off : {screen.left() - paper.left(), screen.right() - paper.right(),
+                              screen.top() - paper.top(), screen.bottom() - paper.bottom()})
+            QVERIFY2(qAbs(off) <= 1, qPrintable(QString::number(off)));
+    }
+    void desktop_fromRightToLeft_movesNothing()
+    {
+        const auto look = [] {
+            const Surface s;
+            edit([](Document& d) {
+                d.TitleText = QString::fromUtf8("שיר one"), d.TableRowText[2] = "1#*_+{}Song, with dots...";
+            });
+            static_cast<void>(s.surface->RedrawLabel());
+            return s.seen();
+        };
+        const QImage before = look();
+        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+        const QImage turned = look();
+        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+        QCOMPARE(turned, before);
+    }
+    void outline_ofTheDisc_isOnTheScreenOnly()
+    {
+        const Surface s;
+        edit([](Document& d) { d.TitleText = "x", d.ShowTableLines = d.ShowTableText = false; });
+        QVERIFY(s.surface->RedrawLabel());
+        const auto* disc = s.find<QWidget>("discOutline");
+        QVERIFY(disc && disc->isVisible() && disc->testAttribute(Qt::WA_TransparentForMouseEvents));
+        QCOMPARE(disc->geometry(), QRect(0, 0, 550, 550));
+        QCOMPARE(s.host.children().last(), disc); // Before everything else.
+        const auto darkFrom = [&](const QImage& image, int radius) {
+            int dark = 0;
+            for (int angle = 0; angle < 360; ++angle) {
+                const QPointF at = QPointF(275, 275) + QLineF::fromPolar(radius, angle).p2();
+                for (int dx = -1; dx <= 1; ++dx)
+                    dark += qGray(image.pixel(at.toPoint() + QPoint(dx, 0))) < 250;
+            }
+            return dark;
+        };
+        const QImage screen = s.seen();
+        const QImage paper = paperOf(s.surface->scene());
+        for (const int radius : {223, 42}) { // 118 and 22 mm at 96 dots to the inch.
+            QVERIFY2(darkFrom(screen, radius) > 150, qPrintable(QString::number(darkFrom(screen, radius))));
+            QVERIFY(darkFrom(screen, radius + 10) < 10);
+            QCOMPARE(darkFrom(paper, radius), 0);
+        }
+    }
+    void outline_staysInFrontOfANewTable()
+    {
+        const Surface s;
+        QVERIFY(s.surface->RedrawLabel());
+        s.surface->RedrawTable();
+        QCOMPARE(s.host.children().last()->objectName(), QString("discOutline"));
+    }
+    void picture_forPaper_isCutToTheLabelAndTo600Dpi_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<QRect>("place");
+        QTest::addColumn<QSize>("pixels");
+        QTest::addColumn<QRect>("where");
+        const QRect all(0, 0, 8250, 8250);
+        QTest::newRow("few pixels") << QSize(30, 20) << all << QSize(30, 20) << all;
+        QTest::newRow("photo") << QSize(6000, 4000) << all << QSize(3438, 3438) << all;
+        QTest::newRow("own size") << QSize(6000, 4000) << QRect(1500, 300, 90000, 60000) << QSize(450, 530)
+                                  << QRect(1500, 300, 6750, 7950);
+        QTest::newRow("outside") << QSize(30, 20) << QRect(9000, 0, 450, 300) << QSize() << QRect();
+    }
+    void picture_forPaper_isCutToTheLabelAndTo600Dpi()
+    {
+        QFETCH(QSize, size);
+        QFETCH(QRect, place);
+        QFETCH(QSize, pixels);
+        QFETCH(QRect, where);
+        QImage image;
+        if (!size.isEmpty()) {
+            image = QImage(size, QImage::Format_RGB32);
+            image.fill(Qt::green);
+        }
+        const zib::LabelImage fitted = zib::forPaper({place, {image, size}}, kArea);
+        QCOMPARE(fitted.picture.image.isNull(), pixels.isEmpty());
+        if (pixels.isEmpty())
+            return;
+        QCOMPARE(fitted.picture.image.size(), pixels);
+        QCOMPARE(fitted.place, where);
+        QCOMPARE(fitted.picture.image.pixelColor(0, 0), QColor(Qt::green));
     }
     void redraw_ofThirtyByTenCells_isBenchmarked()
     {

@@ -38,6 +38,20 @@ struct Desk : zib::FakeDesk
     frmLabelDesigner designer;
 };
 
+QString fitText(const Desk& desk)
+{
+    return desk.find<QLabel>("lblFit")->text();
+}
+
+QList<zib::CompilationRow> tracks(int count)
+{
+    QList<zib::CompilationRow> rows;
+    for (int i = 1; i <= count; ++i)
+        rows << zib::CompilationRow{
+            QString::number(i), "a.mp3", QString("Song %1").arg(i), "Me", "01:02:03", "1 KB", "/m/"};
+    return rows;
+}
+
 void edit(const std::function<void(LabelMaker::Document&)>& change)
 {
     LabelMaker::Document document = LabelDocument;
@@ -234,8 +248,114 @@ private slots:
         QVERIFY(desk.designer.isVisible());
         QVERIFY(!desk.editor()->isVisible());
         QCOMPARE(desk.label(1)->text(), QString("No"));
-        QTest::keyClick(&desk.designer, Qt::Key_Escape);
-        QVERIFY(!desk.designer.isVisible());
+        QTest::keyClick(&desk.designer, Qt::Key_Escape); // The label would be lost.
+        QVERIFY(desk.designer.isVisible());
+    }
+    void enter_pressesTheFocusedButton()
+    {
+        Desk desk;
+        desk.designer.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&desk.designer));
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+            desk.find("cmdList")->setFocus();
+            QTest::keyClick(desk.find("cmdList"), key);
+        }
+        QCOMPARE(desk.windows.shown, (QStringList{"labelList", "labelList"}));
+    }
+    void enter_whileEditing_pressesNoButton()
+    {
+        Desk desk;
+        desk.designer.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&desk.designer));
+        desk.click("labels_2");
+        QTest::keyClicks(desk.editor(), "Song");
+        QTest::keyClick(desk.editor(), Qt::Key_Return);
+        QCOMPARE(desk.label(2)->text(), QString("Song"));
+        QVERIFY(!desk.editor()->isVisible());
+        QVERIFY(desk.windows.shown.isEmpty());
+    }
+    void longList_saysHowManyTracksFit_andFitsMore()
+    {
+        const Desk desk(tracks(99));
+        QVERIFY(desk.find("lblFit")->isVisible());
+        // Rows of 300 twips from 1200 on: the header and 22 tracks end above 8250, the next does not.
+        QVERIFY(fitText(desk).startsWith("22 of 99 tracks fit."));
+        desk.click("cmdFit");
+        QCOMPARE(LabelDocument.RowHeight, 150);
+        QVERIFY2(fitText(desk).startsWith("46 of 99 tracks fit."), qPrintable(fitText(desk)));
+        QVERIFY(!desk.find("cmdFit")->isVisible());
+        QCOMPARE(LabelDocument.TableRows, qint16(100));
+    }
+    void fit_ofThirtyTracks_fitsThemAll()
+    {
+        const Desk desk(tracks(30));
+        QVERIFY(fitText(desk).startsWith("22 of 30 tracks fit."));
+        desk.click("cmdFit");
+        QVERIFY(!desk.find("lblFit")->isVisible());
+        QVERIFY(!desk.find("cmdFit")->isVisible());
+        const QRect last = desk.label(31 * 4)->geometry();
+        QVERIFY(desk.find("Picture1")->rect().contains(last));
+        QVERIFY(last.height() * 15 <= LabelDocument.RowHeight + 15);
+    }
+    void shortList_saysNothing()
+    {
+        Desk desk(tracks(22));
+        QVERIFY(!desk.find("lblFit")->isVisible());
+        edit([](auto& d) { d.ColWidths[2] = 4500; });
+        desk.designer.RedrawTable();
+        QVERIFY(fitText(desk).startsWith("The table is wider than the label."));
+    }
+    void editor_neverLiesOutsideTheLabel()
+    {
+        Desk desk(tracks(99));
+        const QRect area = desk.find("Picture1")->rect();
+        edit([](auto& d) { d.TableLeft = 0, d.PaddingLeft = 1500, d.ColWidths[2] = 4500; });
+        desk.designer.RedrawTable();
+        QTest::keyClick(&desk.designer, Qt::Key_F2);
+        int texts = 0;
+        for (; desk.editor()->isVisible() && texts < 500; ++texts) {
+            QVERIFY2(area.contains(desk.editor()->geometry()), qPrintable(QString::number(texts)));
+            QTest::keyClicks(desk.editor(), QString(80, 'W'));
+            QVERIFY2(area.contains(desk.editor()->geometry()), qPrintable(QString::number(texts)));
+            QTest::keyClick(desk.editor(), Qt::Key_Tab);
+        }
+        QVERIFY2(texts > 60 && texts < 100,
+                 qPrintable(QString::number(texts))); // Of 401; the others are not seen.
+    }
+    void sent_isSaid()
+    {
+        Desk desk;
+        desk.designer.showSent("Laser");
+        QCOMPARE(desk.find<QLabel>("lblState")->text(), QString("Sent to Laser"));
+        desk.click("cmdPrint");
+        QCOMPARE(desk.find<QLabel>("lblState")->text(), QString());
+    }
+    void calibrate_opensByButtonAndKey()
+    {
+        Desk desk;
+        desk.designer.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&desk.designer));
+        desk.click("cmdCalibrate");
+        QTest::keyClick(&desk.designer, Qt::Key_P, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(desk.windows.shown, (QStringList{"calibrate", "calibrate"}));
+        desk.windows.calibrateAnswer = zib::Failure{zib::Failure::Kind::NotFound, "There is no printer."};
+        desk.click("cmdCalibrate");
+        QCOMPARE(desk.messages.shown, QStringList{"c: There is no printer."});
+    }
+    void samplePicture_broken_isToldAtOpeningOnce()
+    {
+        const QTemporaryDir folder;
+        QFile broken(folder.filePath("Sample1.jpg"));
+        QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("nothing") > 0);
+        broken.close();
+        zib::FakeDesk desk;
+        zib::setApplicationFolder(folder.path());
+        frmLabelDesigner designer(desk.services, {});
+        designer.show();
+        QVERIFY(desk.messages.shown.isEmpty()); // There is no window to tell it in yet.
+        QTRY_COMPARE(desk.messages.shown.size(), 1);
+        QVERIFY(desk.messages.shown[0].contains("Sample1.jpg"));
+        QCOMPARE(desk.messages.owners[0].data(), &designer);
     }
     void buttons_openTheirWindows()
     {

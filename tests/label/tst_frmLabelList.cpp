@@ -4,6 +4,9 @@
 #include "label/LabelControls.h"
 
 #include <QCheckBox>
+#include <QApplication>
+#include <QLabel>
+#include <QWheelEvent>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QTabWidget>
@@ -257,6 +260,66 @@ private slots:
     {
         const Desk desk([](auto& d) { d.TableRows = 41; });
         QCOMPARE(desk.text("txtRows"), QString("30"));
+        QVERIFY(desk.find("lblRowsInUse")->isVisible());
+        QCOMPARE(desk.find<QLabel>("lblRowsInUse")->text(), QString("(41 now)"));
+    }
+    void apply_ofALongListUntouched_keepsItsRows()
+    {
+        const Desk desk([](auto& d) { d.TableRows = 100; });
+        desk.set("RowHeight", 15);
+        desk.click("cmdApply");
+        QCOMPARE(LabelDocument.TableRows, qint16(100));
+        QCOMPARE(LabelDocument.RowHeight, 225);
+        desk.set("Rows", 29);
+        QVERIFY(!desk.find("lblRowsInUse")->isVisible());
+        desk.click("cmdApply");
+        QCOMPARE(LabelDocument.TableRows, qint16(29));
+    }
+    void load_ofAShortList_needsNoHint()
+    {
+        const Desk desk;
+        QVERIFY(!desk.find("lblRowsInUse")->isVisible());
+    }
+    void numberBoxes_takeKeysAndWheel()
+    {
+        const Desk desk;
+        auto* box = desk.find<QLineEdit>("txtLeft");
+        const auto press = [&](Qt::Key key) {
+            QTest::keyClick(box, key);
+            return box->text();
+        };
+        QCOMPARE(press(Qt::Key_Up), QString("36"));
+        QCOMPARE(press(Qt::Key_PageUp), QString("46"));
+        QCOMPARE(press(Qt::Key_Home), QString("0"));
+        QCOMPARE(press(Qt::Key_End), QString("300"));
+        QCOMPARE(press(Qt::Key_PageDown), QString("290"));
+        QCOMPARE(press(Qt::Key_Down), QString("289"));
+        const QPointF middle = QPointF(box->rect().center());
+        QWheelEvent up(middle, box->mapToGlobal(middle), {}, {0, 120}, Qt::NoButton, Qt::NoModifier,
+                       Qt::NoScrollPhase, false);
+        QApplication::sendEvent(box, &up);
+        QVERIFY(box->text().toInt() > 289 && box->text().toInt() < 300);
+        QTest::keyClick(desk.find("vsLeft"), Qt::Key_Home);
+        QCOMPARE(box->text(), QString("0"));
+    }
+    void numberBoxes_stepFasterWhileAKeyIsHeld()
+    {
+        const Desk desk;
+        auto* box = desk.find<QLineEdit>("txtLeft");
+        QTest::keyClick(box, Qt::Key_Home);
+        const auto hold = [&](int times) {
+            for (int i = 0; i < times; ++i) {
+                QKeyEvent again(QEvent::KeyPress, Qt::Key_Up, Qt::NoModifier, QString(), true);
+                QApplication::sendEvent(box, &again);
+            }
+            return box->text().toInt();
+        };
+        QTest::keyClick(box, Qt::Key_Up);
+        QCOMPARE(hold(9), 10);
+        QVERIFY(hold(10) >= 50);
+        QVERIFY(hold(40) == 300);
+        QTest::keyClick(box, Qt::Key_Down); // A new press begins slowly.
+        QCOMPARE(box->text(), QString("299"));
     }
     void ok_appliesAndCloses()
     {

@@ -3,6 +3,8 @@
 #include "fakes/FakePrinter.h"
 #include "fakes/FakeSeams.h"
 #include "label/LabelMaker.h"
+#include "label/LabelSettings.h"
+#include "platform/IniFile.h"
 
 #include <QLabel>
 #include <QSignalSpy>
@@ -17,7 +19,7 @@ namespace {
 /// What a preview needs around it.
 struct Desk : zib::FakeDesk
 {
-    Desk()
+    explicit Desk(zib::IniService* ini = nullptr) : FakeDesk(ini)
     {
         zib::setApplicationFolder("/nowhere");
         LabelMaker::InitLabelDocument({});
@@ -102,6 +104,94 @@ private slots:
         const Desk desk;
         const Preview preview(desk);
         QTRY_COMPARE_WITH_TIMEOUT(desk.tray.jobs.size(), 1, 30000);
+    }
+    void printing_thatSucceeds_isSaid()
+    {
+        const Desk desk;
+        const Preview preview(desk);
+        QSignalSpy sent(&preview.window, &frmPreview::Sent);
+        preview.hurry();
+        QTRY_COMPARE(sent.count(), 1);
+        QCOMPARE(sent[0][0].toString(), QString("paper"));
+        QCOMPARE(preview.window.windowTitle(), QString("Sent to paper - Zib CD Burner"));
+        QVERIFY(desk.messages.shown.isEmpty());
+    }
+    void printing_onPaperThatIsTooSmall_isAskedFirst_data()
+    {
+        QTest::addColumn<zib::Messages::Answer>("answer");
+        QTest::addColumn<int>("jobs");
+        QTest::newRow("yes") << zib::Messages::Answer::Yes << 1;
+        QTest::newRow("no") << zib::Messages::Answer::No << 0;
+        QTest::newRow("closed") << zib::Messages::Answer::Cancel << 0;
+    }
+    void printing_onPaperThatIsTooSmall_isAskedFirst()
+    {
+        QFETCH(zib::Messages::Answer, answer);
+        QFETCH(int, jobs);
+        Desk desk;
+        desk.tray.printable = QSizeF(7670, 11180); // A5.
+        desk.messages.answer = answer;
+        desk.messages.onShow = [&](const QString&) { QVERIFY(desk.tray.jobs.isEmpty()); };
+        const Preview preview(desk);
+        preview.hurry();
+        QTRY_COMPARE(desk.messages.shown.size(), 1);
+        QVERIFY(desk.messages.shown[0].startsWith("q: The label is 145.5 x 145.5 mm"));
+        QVERIFY(desk.messages.shown[0].contains("135.3 x 197.2 mm"));
+        QTRY_COMPARE(desk.tray.jobs.size(), jobs);
+    }
+    void printing_withACalibration_followsItsNumbers()
+    {
+        zib::IniFile ini;
+        Desk desk(&ini);
+        const QTemporaryDir folder;
+        zib::setSettingsFile(folder.filePath("settings.ini"));
+        QVERIFY(zib::storeCalibration("paper", "210x297", {10, 5, 95, 105}));
+        edit([](auto& d) { d.ShowTableText = false, d.TitleText = " ", d.LineWidth = 3; });
+        const Preview preview(desk);
+        preview.hurry();
+        QTRY_COMPARE(desk.tray.jobs.size(), 1);
+        QRect red;
+        const QImage paper = desk.tray.jobs[0].paper;
+        for (int y = 0; y < paper.height(); ++y)
+            for (int x = 0; x < paper.width(); ++x)
+                if (paper.pixelColor(x, y) == QColor(255, 0, 0))
+                    red |= QRect(x, y, 1, 1);
+        // From the paper's corner, which is 24 dots away: 59 and 104 dots, stretched, then shifted.
+        QVERIFY2(qAbs(red.left() - ((35 - 1.5 + 24) * 0.95 + 37.8 - 24)) < 1.5,
+                 qPrintable(QString::number(red.left())));
+        QVERIFY2(qAbs(red.top() - ((80 - 1.5 + 24) * 1.05 + 18.9 - 24)) < 1.5,
+                 qPrintable(QString::number(red.top())));
+        QVERIFY(qAbs(red.width() - 483 * 0.95) < 2);
+        QVERIFY(qAbs(red.height() - 323 * 1.05) < 2);
+    }
+    void calibrationKey_printsThePageThenOpensItsDialog()
+    {
+        Desk desk;
+        Preview preview(desk);
+        preview.window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&preview.window));
+        QTest::keyClick(&preview.window, Qt::Key_P, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(desk.tray.jobs.size(), 1);
+        QCOMPARE(desk.windows.shown, QStringList{"calibrate"});
+        // Across from the cross at 30 mm: the ruler, 100 mm long.
+        const QImage paper = desk.tray.jobs[0].paper;
+        const int y = qRound(30 / 25.4 * 96 - 24);
+        QVERIFY(qGray(paper.pixel(qRound(80 / 25.4 * 96 - 24), y)) < 200);
+        QVERIFY(qGray(paper.pixel(qRound(129 / 25.4 * 96 - 24), y)) < 200);
+        QCOMPARE(paper.pixelColor(qRound(132 / 25.4 * 96 - 24), y), QColor(Qt::white));
+        QTRY_COMPARE_WITH_TIMEOUT(desk.tray.jobs.size(), 2, 30000); // And the label all the same.
+    }
+    void calibrationKey_withoutAPrinter_tellsWhy()
+    {
+        Desk desk;
+        desk.tray.answer = zib::Failure{zib::Failure::Kind::NotFound, "There is no default printer."};
+        Preview preview(desk);
+        preview.timer()->stop();
+        preview.window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&preview.window));
+        QTest::keyClick(&preview.window, Qt::Key_P, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(desk.messages.shown, QStringList{"c: There is no default printer."});
+        QVERIFY(desk.windows.shown.isEmpty());
     }
     void printing_thatFails_isToldAndTheWindowStays()
     {

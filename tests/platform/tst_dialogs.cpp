@@ -33,6 +33,7 @@ private slots:
     void box_withoutAnOwner_belongsToTheActiveWindow();
     void question_answeredOrClosed_givesTheAnswer_data();
     void question_answeredOrClosed_givesTheAnswer();
+    void question_withAPresetAnswer_givesItToEnter();
     void filters_ofAText_becomeQtsOwn_data();
     void filters_ofAText_becomeQtsOwn();
     void openFile_ofOne_givesItsPath();
@@ -225,6 +226,14 @@ void TestDialogs::question_answeredOrClosed_givesTheAnswer()
             box.button(static_cast<QMessageBox::StandardButton>(button))->click();
     });
     QTEST(int(messages.askYesNoCancel(&m_owner, "Would you like to save this project?")), "answer");
+}
+
+void TestDialogs::question_withAPresetAnswer_givesItToEnter()
+{
+    zib::BoxMessages messages;
+    whenOpen<QMessageBox>([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); });
+    QCOMPARE(int(messages.askYesNoCancel(&m_owner, "Replace it?", zib::Messages::Answer::No)),
+             int(zib::Messages::Answer::No));
 }
 
 void TestDialogs::filters_ofAText_becomeQtsOwn_data()

@@ -87,9 +87,13 @@ void PrintSystem::makeServerPrograms() const
     for (const QFileInfo& part : QDir(kServerPrograms).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
         QFile::link(part.filePath(), m_folder.filePath("bin/" + part.fileName()));
     QFile::link(kServerPrograms + "/backend/cups-pdf", m_folder.filePath("bin/backend/cups-pdf"));
-    writeFile("bin/backend/keep",
-              "#!/bin/sh\n[ $# -eq 0 ] && exit 0\ncat ${6:--} > \"${DEVICE_URI#keep:}\"\n");
-    QFile::setPermissions(m_folder.filePath("bin/backend/keep"), QFile::Permissions(0x7700));
+    addDriver("keep", "cat ${6:--} > \"${DEVICE_URI#keep:}\"\n");
+}
+
+void PrintSystem::addDriver(const QString& name, const QString& script) const
+{
+    writeFile("bin/backend/" + name, "#!/bin/sh\n[ $# -eq 0 ] && exit 0\n" + script);
+    QFile::setPermissions(m_folder.filePath("bin/backend/" + name), QFile::Permissions(0x7700));
 }
 
 QString PrintSystem::configuration(const QString& extra) const
@@ -110,6 +114,25 @@ QString PrintSystem::addFileQueue(const QString& name, const QStringList& option
 {
     const QString file = m_folder.filePath(name + ".pdf");
     run("lpadmin", QStringList{"-p", name, "-v", "keep:" + file, "-m", "raw"} + options + QStringList{"-E"});
+    return file;
+}
+
+QString PrintSystem::addCrookedQueue(const QString& name, const Miss& miss, double paperHeightMm)
+{
+    constexpr double kPointsPerMm = 72 / 25.4;
+    // PostScript counts from the lower edge of the paper.
+    const double up = (paperHeightMm * (1 - miss.scaleDown) - miss.downMm) * kPointsPerMm;
+    addDriver(name, QString("file=\"${DEVICE_URI#%1:}\"\ncat ${6:--} > \"$file.sent\"\n"
+                            "gs -q -dNOPAUSE -dBATCH -sDEVICE=pdfwrite -dAutoRotatePages=/None -o \"$file\" "
+                            "-c '<</BeginPage {pop %2 %3 translate %4 %5 scale}>> setpagedevice' "
+                            "-f \"$file.sent\" >&2\n")
+                        .arg(name)
+                        .arg(miss.acrossMm * kPointsPerMm)
+                        .arg(up)
+                        .arg(miss.scaleAcross)
+                        .arg(miss.scaleDown));
+    const QString file = m_folder.filePath(name + ".pdf");
+    run("lpadmin", {"-p", name, "-v", name + ":" + file, "-m", "raw", "-E"});
     return file;
 }
 

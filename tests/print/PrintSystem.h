@@ -18,6 +18,16 @@ public:
     QString problem() const { return m_problem; }
     /// Makes a queue that stores what it is sent, unchanged, in the file it returns.
     QString addFileQueue(const QString& name, const QStringList& options = {});
+    /// How a printer misses: from the paper's upper left corner everything is scaled, then shifted.
+    struct Miss
+    {
+        double acrossMm = 0;
+        double downMm = 0;
+        double scaleAcross = 1;
+        double scaleDown = 1;
+    };
+    /// Makes a queue like addFileQueue's, but of a printer that misses by so much on paper of that height.
+    QString addCrookedQueue(const QString& name, const Miss& miss, double paperHeightMm);
     /// Makes a queue of Debian's PDF printer.
     bool addPdfQueue(const QString& name);
     /// Runs a CUPS command against the server. @returns whether it succeeded.
@@ -32,6 +42,7 @@ public:
 
 private:
     void makeServerPrograms() const;
+    void addDriver(const QString& name, const QString& script) const;
     bool writeFile(const QString& name, const QString& text) const;
     QString configuration(const QString& extra) const;
     QString start(const QString& extra);

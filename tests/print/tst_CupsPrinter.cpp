@@ -9,6 +9,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <cups/cups.h>
+
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -16,6 +18,26 @@
 namespace {
 
 const Printer::Page kBlankPage = [](QPainter&) {};
+
+/// What the print system holds of a job: "name=value" for each attribute.
+QStringList attributesOfJob(int job)
+{
+    QStringList lines;
+    http_t* http = httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, HTTP_ENCRYPTION_IF_REQUESTED, 1,
+                                10'000, nullptr);
+    ipp_t* request = ippNewRequest(IPP_OP_GET_JOB_ATTRIBUTES);
+    const QByteArray uri = "ipp://localhost/jobs/" + QByteArray::number(job);
+    ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_URI, "job-uri", nullptr, uri.constData());
+    ipp_t* answer = cupsDoRequest(http, request, "/jobs/");
+    for (ipp_attribute_t* each = ippFirstAttribute(answer); each; each = ippNextAttribute(answer)) {
+        char value[256] = "";
+        ippAttributeString(each, value, sizeof value);
+        lines << QString("%1=%2").arg(QString::fromUtf8(ippGetName(each)), QString::fromUtf8(value));
+    }
+    ippDelete(answer);
+    httpClose(http);
+    return lines;
+}
 
 /// @returns the failure's sentence, or nothing after a success.
 QString complaint(const QString& job = "Job", const Printer::Page& page = kBlankPage)
@@ -130,6 +152,23 @@ private slots:
         QVERIFY2(words.startsWith("The printing system does not answer: "), qPrintable(words));
         QVERIFY(ticks > 5);
         close(silent);
+    }
+    void print_withSavedOptions_keepsThoseThatMoveNothing()
+    {
+        const QString file = m_system->addFileQueue("one");
+        m_system->setDefault("one");
+        for (const char* saved : {"number-up-default=4", "page-ranges-default=2", "fit-to-page-default=true",
+                                  "orientation-requested-default=4", "copies-default=3", "media-default=a5"})
+            QVERIFY(m_system->run("lpadmin", {"-p", "one", "-o", saved}));
+        QVERIFY(m_system->run("cupsdisable", {"one"}));
+        const auto queue = zib::CupsQueue::openDefault();
+        QVERIFY(queue);
+        QVERIFY(queue.value()->send("Job", "%PDF-1.4\n"));
+        const QStringList attributes = attributesOfJob(1);
+        const QString all = attributes.join('\n');
+        for (const char* wanted : {"number-up=1", "page-ranges=1-1", "print-scaling=none", "copies=3",
+                                   "orientation-requested=portrait"})
+            QVERIFY2(attributes.contains(wanted), qPrintable(all));
     }
     void paper_ofAQueueWithADriver_isItsDefault()
     {

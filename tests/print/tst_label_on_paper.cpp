@@ -1,14 +1,21 @@
 #include "engines/print/makers.h"
 #include "fakes/FakeSeams.h"
 #include "label/LabelLayout.h"
+#include "label/CalibrationPage.h"
 #include "label/LabelMaker.h"
+#include "label/LabelPrint.h"
+#include "label/LabelSettings.h"
 #include "label/frmPreview.h"
+#include "platform/IniFile.h"
 #include "print/PrintSystem.h"
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
 #include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
 #include <QTimer>
@@ -80,8 +87,9 @@ QList<QRectF> rectanglesOf(const QString& pdf, const QString& rgb)
 /// The label's windows and a print system whose default queue is the test's choice.
 struct Desk : zib::FakeDesk
 {
-    Desk()
+    explicit Desk(zib::IniFile* ini) : FakeDesk(ini)
     {
+        zib::setSettingsFile(folder.filePath("settings.ini"));
         components.makePrinter = zib::makePrinter;
         zib::setApplicationFolder(ZIB_SOURCE_DIR "/data");
         LabelMaker::InitLabelDocument(tracks());
@@ -98,6 +106,7 @@ struct Desk : zib::FakeDesk
         return system.waitForJobs() ? preview.grab().toImage() : QImage();
     }
 
+    QTemporaryDir folder;
     PrintSystem system;
 };
 
@@ -155,7 +164,7 @@ class TestLabelOnPaper : public QObject
 private slots:
     void init()
     {
-        m_desk = std::make_unique<Desk>();
+        m_desk = std::make_unique<Desk>(&m_ini);
         if (!m_desk->system.problem().isEmpty())
             QSKIP(qPrintable(m_desk->system.problem()));
         for (const char* tool : {"pdftotext", "pdftocairo", "pdftohtml", "pdfimages"})
@@ -222,6 +231,11 @@ private slots:
             QSKIP("the generic printer driver is not installed");
         QVERIFY(m_desk->system.run("lpadmin",
                                    {"-p", "paper", "-o", "PageSize=A4", "-o", "print-scaling-default=fit"}));
+        for (const char* saved :
+             {"number-up-default=4", "fit-to-page-default=true", "page-border-default=double",
+              "mirror-default=true", "scaling-default=50", "natural-scaling-default=50",
+              "landscape-default=true", "orientation-requested-default=4", "page-ranges-default=2"})
+            QVERIFY(m_desk->system.run("lpadmin", {"-p", "paper", "-o", saved}));
         QVERIFY(!m_desk->print().isNull());
         const QTemporaryDir folder;
         const QString pdf = folder.filePath("paper.pdf");
@@ -236,6 +250,101 @@ private slots:
         }
         QVERIFY2(qAbs(right - left - 360.75) < kNear, qPrintable(QString::number(right - left)));
         QVERIFY2(qAbs(left - (12 + 525 / kTwipsPerPoint - 0.375)) < kNear, qPrintable(QString::number(left)));
+    }
+    void label_onACrookedPrinter_isSetRightByItsNumbers_data()
+    {
+        QTest::addColumn<double>("acrossMm");
+        QTest::addColumn<double>("downMm");
+        QTest::addColumn<double>("scaleAcross");
+        QTest::addColumn<double>("scaleDown");
+        QTest::newRow("shifted") << 2.5 << -1.75 << 1.0 << 1.0;
+        QTest::newRow("scaled") << 0.0 << 0.0 << 0.97 << 1.02;
+        QTest::newRow("both") << -3.0 << 4.0 << 1.015 << 0.985;
+    }
+    void label_onACrookedPrinter_isSetRightByItsNumbers()
+    {
+        QFETCH(double, acrossMm);
+        QFETCH(double, downMm);
+        QFETCH(double, scaleAcross);
+        QFETCH(double, scaleDown);
+        if (QStandardPaths::findExecutable("gs").isEmpty())
+            QSKIP("gs is not installed");
+        const auto plain = zib::makePrinter()->target();
+        QVERIFY(plain);
+        const QString file =
+            m_desk->system.addCrookedQueue("crooked", {acrossMm, downMm, scaleAcross, scaleDown},
+                                           zib::mmFromTwips(plain->paperSize.height()));
+        m_desk->system.setDefault("crooked");
+        const QString paper = zib::makePrinter()->target()->paper;
+        // As a user does it: measure the rulers, set the scale, print again, measure the cross, set the
+        // shift.
+        zib::Calibration right;
+        const auto [across, down] = rulers(file);
+        right.scaleAcross = 100 * 100.15 / across.width(); // The line is 0.15 mm thick.
+        right.scaleDown = 100 * 100.15 / down.height();
+        QVERIFY(zib::storeCalibration("crooked", paper, right));
+        const auto [again, downAgain] = rulers(file);
+        QVERIFY2(qAbs(again.width() - 100.15) < 0.1, qPrintable(QString::number(again.width())));
+        right.shiftAcross = zib::kCrossMm - (again.left() + 0.075);
+        right.shiftDown = zib::kCrossMm - again.center().y();
+        QVERIFY(zib::storeCalibration("crooked", paper, right));
+        QVERIFY(!m_desk->print().isNull());
+        QCOMPARE(m_desk->messages.shown, QStringList());
+        const QList<QRectF> drawn = rectanglesOf(file, "100%,0%,0%");
+        const QList<zib::LabelLine> lines = zib::layout::gridLines();
+        QCOMPARE(drawn.size(), lines.size());
+        double worst = 0;
+        for (int i = 0; i < lines.size(); ++i) {
+            const QPointF first =
+                QPointF(lines[i].x1, lines[i].y1) / kTwipsPerPoint + QPointF(kMargin, kMargin);
+            const QPointF last =
+                QPointF(lines[i].x2, lines[i].y2) / kTwipsPerPoint + QPointF(kMargin, kMargin);
+            const QPointF off = drawn[i].normalized().center() - (first + last) / 2;
+            const double length = qMax(drawn[i].normalized().width(), drawn[i].normalized().height());
+            const double wanted = qMax(last.x() - first.x(), last.y() - first.y()) + 0.75;
+            worst = qMax(worst, qMax(qAbs(length - wanted), qMax(qAbs(off.x()), qAbs(off.y()))));
+        }
+        qInfo("worst miss: %.3f mm", worst / kPointsPerMm);
+        QVERIFY(worst < kNear);
+    }
+    void photo_of24Megapixels_isScaledAndPaintedAside()
+    {
+        QImage photo(6000, 4000, QImage::Format_RGB32);
+        for (int y = 0; y < photo.height(); ++y) {
+            auto* line = reinterpret_cast<QRgb*>(photo.scanLine(y));
+            for (int x = 0; x < photo.width(); ++x)
+                line[x] = qRgb((x * 7 + y) / 80 % 256, (x + y * 3) / 60 % 256, (x ^ y) % 24 * 10);
+        }
+        LabelMaker::Document document = LabelDocument;
+        document.BackImagePath = m_desk->folder.filePath("photo.jpg");
+        QVERIFY(photo.save(document.BackImagePath));
+        photo = {};
+        LabelMaker::setLabelDocument(document);
+        qint64 longest = 0;
+        QElapsedTimer beat;
+        QTimer heart;
+        heart.callOnTimeout([&] { longest = qMax(longest, beat.restart()); });
+        QElapsedTimer all;
+        frmPreview preview(m_desk->services, {8250, 8250});
+        preview.show();
+        QTest::qWait(50); // Shown: the picture is fitted to the screen.
+        QSignalSpy sent(&preview, &frmPreview::Sent);
+        heart.start(5);
+        beat.start();
+        all.start();
+        preview.findChild<QTimer*>("Timer1")->start(0);
+        QTRY_COMPARE_WITH_TIMEOUT(sent.count(), 1, 120'000);
+        const qint64 total = all.elapsed();
+        heart.stop();
+        QVERIFY(m_desk->system.waitForJobs());
+        const double megabytes = static_cast<double>(QFileInfo(m_file).size()) / 1e6;
+        qInfo("printed in %lld ms, longest pause of the window %lld ms (100 wanted), %.1f MB sent", total,
+              longest, megabytes);
+        QVERIFY2(megabytes < 16, qPrintable(QString::number(megabytes)));
+        QVERIFY2(longest < 1000, qPrintable(QString::number(longest)));
+        const QString pictures = output("pdfimages", {"-list", m_file});
+        QVERIFY2(pictures.contains(QRegularExpression("image +3438 +3438 .* 600 +600 ")),
+                 qPrintable(pictures));
     }
     void picture_keepsItsPixels()
     {
@@ -281,6 +390,26 @@ private:
         return QImage(folder.filePath("page.png")).convertToFormat(QImage::Format_RGB32);
     }
 
+    /// Prints the calibration page. @returns its rulers, across and down, in millimetres from the paper's
+    /// corner.
+    std::pair<QRectF, QRectF> rulers(const QString& file)
+    {
+        const auto sent = zib::printLabelPage(m_desk->services, &m_window, {}, &zib::calibrationPage);
+        QRectF across;
+        QRectF down;
+        if (!sent || !m_desk->system.waitForJobs())
+            return {};
+        for (const QRectF& points : rectanglesOf(file, "0%,0%,0%")) {
+            const QRectF mm =
+                QRectF(points.topLeft() / kPointsPerMm, points.bottomRight() / kPointsPerMm).normalized();
+            across = mm.width() > across.width() ? mm : across;
+            down = mm.height() > down.height() ? mm : down;
+        }
+        return {across, down};
+    }
+
+    zib::IniFile m_ini;
+    QWidget m_window;
     QString m_file;
     std::unique_ptr<Desk> m_desk;
 };

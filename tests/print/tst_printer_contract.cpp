@@ -68,6 +68,33 @@ private slots:
         QVERIFY(world.printer->print("Again", [&](QPainter&) { ++painted; }));
         QCOMPARE(painted, 2);
     }
+    void target_namesPrinterPaperAndWhereItPrints_data() { worlds(); }
+    void target_namesPrinterPaperAndWhereItPrints()
+    {
+        QFETCH(bool, real);
+        World world(real);
+        if (!world.problem.isEmpty())
+            QSKIP(qPrintable(world.problem));
+        const auto target = world.printer->target();
+        QVERIFY(target);
+        QCOMPARE(target->printer, QString("paper"));
+        QVERIFY(target->paper == "210x297" || target->paper == "216x279");
+        QVERIFY(target->corner.x() >= 0 && target->corner.y() >= 0);
+        QVERIFY(target->printable.width() > 8250 &&
+                target->printable.width() < target->paperSize.width() + 1);
+        QVERIFY(target->printable.height() > 8250);
+    }
+    void target_withoutAPrinter_failsInWords_data() { worlds(); }
+    void target_withoutAPrinter_failsInWords()
+    {
+        QFETCH(bool, real);
+        World world(real);
+        if (!world.problem.isEmpty())
+            QSKIP(qPrintable(world.problem));
+        world.takePrinterAway();
+        const auto target = world.printer->target();
+        QVERIFY(!target && !target.error().detail.isEmpty());
+    }
     void print_withoutAPrinter_failsInWords_data() { worlds(); }
     void print_withoutAPrinter_failsInWords()
     {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/Errands.h"
 #include "fakes/FakeAudioFile.h"
 #include "fakes/FakeAudioInformation.h"
 #include "fakes/FakeAudioPlayer.h"
@@ -13,8 +14,10 @@ namespace zib {
 /// Everything outside a tool window, faked: a shelf of sounds, and the player of the window made last.
 struct Stage
 {
+    /// Answers of the fakes are waited for, so that a call's effect is there when it returns.
     Stage()
     {
+        Errands::setPatience(std::chrono::minutes(1));
         desk.components.makeFile = [this] { return std::make_unique<FakeAudioFile>(shelf); };
         desk.components.makeInformation = [this] { return std::make_unique<FakeAudioInformation>(shelf); };
         desk.components.makePlayer = [this] {

@@ -3,13 +3,17 @@
 #include "tools/frmMP3ToWAV.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QProgressBar>
+#include <QSemaphore>
 #include <QTemporaryDir>
-#include <QTimer>
+#include <QToolTip>
+
+#include <unistd.h>
 
 namespace {
 
@@ -53,11 +57,31 @@ struct Desk : zib::Stage
         press("cmdConvert");
     }
 
+    /// Begins a conversion whose blocks come one by one, as @p gate lets them.
+    void beginGated(const QString& source, const QString& target)
+    {
+        zib::Errands::setPatience(zib::Errands::kPatience);
+        shelf.onRead = [this] { gate.acquire(); };
+        convert(source, target);
+    }
+    /// Lets the rest through and waits for the last call.
+    bool finish(const QString& source)
+    {
+        gate.release(1000);
+        const QString last = "close " + path(source);
+        return QTest::qWaitFor([&] { return shelf.noted().contains(last); }, 20'000);
+    }
+    QAbstractButton* button(const char* name) const { return window->findChild<QAbstractButton*>(name); }
+    QStringList& shown() { return desk.messages.shown; }
+
     QTemporaryDir folder;
+    QSemaphore gate;
     std::unique_ptr<frmMP3ToWAV> window;
 };
 
 } // namespace
+
+Q_DECLARE_METATYPE(zib::Messages::Answer)
 
 /// The converter, by its controls.
 class TestFrmMP3ToWAV : public QObject
@@ -225,39 +249,210 @@ private slots:
     {
         Desk desk;
         desk.addFile("a.mp3", 44100 * 4);
-        QStringList seen;
-        bool disabled = true;
-        bool hourglass = true;
-        const auto look = [&] {
-            seen << desk.percent();
-            disabled = disabled && !desk.window->findChild<QAbstractButton*>("cmdConvert")->isEnabled();
-            hourglass = hourglass && desk.window->cursor().shape() == Qt::WaitCursor;
-        };
-        QTimer timer;
-        connect(&timer, &QTimer::timeout, this, [&] {
-            if (desk.shelf.calls.last().startsWith("input"))
-                look();
-        });
-        timer.start(0);
-        desk.convert("a.mp3", "a.wav");
-        seen.removeDuplicates();
-        QVERIFY(seen.size() >= 2);
-        QVERIFY(seen.contains("Progress  -  25%") || seen.contains("Progress  -  50%"));
-        QVERIFY(disabled);
-        QVERIFY(hourglass);
+        desk.beginGated("a.mp3", "a.wav");
+        for (const char* percent : {"25%", "50%", "75%"}) {
+            desk.gate.release();
+            QTRY_COMPARE_WITH_TIMEOUT(desk.percent(), QString("Progress  -  ") + percent, 20'000);
+            QVERIFY(!desk.button("cmdConvert")->isEnabled());
+            QCOMPARE(desk.window->cursor().shape(), Qt::WaitCursor);
+        }
+        QVERIFY(desk.finish("a.mp3"));
+        QTRY_COMPARE_WITH_TIMEOUT(desk.shown(), QStringList{"i: Converting Completed."}, 20'000);
+        QVERIFY(desk.button("cmdConvert")->isEnabled());
+        QCOMPARE(desk.window->cursor().shape(), Qt::ArrowCursor);
     }
 
     void progress_roundsToWholePercents()
     {
         Desk desk;
         desk.addFile("a.mp3", 44100 * 8, 44100, 1);
-        QStringList seen;
-        QTimer timer;
-        connect(&timer, &QTimer::timeout, this, [&] { seen << desk.percent(); });
-        timer.start(0);
+        desk.beginGated("a.mp3", "a.wav");
+        for (const char* percent : {"12%", "25%", "38%"}) { // 12.5 and 37.5 are rounded to the even number
+            desk.gate.release();
+            QTRY_COMPARE_WITH_TIMEOUT(desk.percent(), QString("Progress  -  ") + percent, 20'000);
+        }
+        QVERIFY(desk.finish("a.mp3"));
+    }
+
+    void keys_whileRunning_doNoHarm()
+    {
+        Desk desk;
+        desk.addFile("a.mp3", 44100 * 4);
+        QApplication::setActiveWindow(desk.window.get());
+        desk.beginGated("a.mp3", "a.wav");
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape}) {
+            QCOMPARE(desk.window->focusWidget()->objectName(), QString("pbPer"));
+            QTest::keyClick(desk.window->focusWidget(), key);
+            QVERIFY(desk.window->isVisible());
+        }
+        desk.button("CancelButton")->setFocus();
+        QTest::keyClick(desk.button("CancelButton"), Qt::Key_Return);
+        QVERIFY(desk.window->isVisible());
+        desk.button("cmdOptions")->setFocus();
+        QTest::keyClick(desk.button("cmdOptions"), Qt::Key_Return);
+        QVERIFY(desk.desk.windows.shown.isEmpty());
+        QVERIFY(desk.finish("a.mp3"));
+        QTRY_COMPARE_WITH_TIMEOUT(desk.shown(), QStringList{"i: Converting Completed."}, 20'000);
+        QCOMPARE(desk.window->focusWidget()->objectName(), QString("cmdConvert"));
+        QTest::keyClick(desk.window.get(), Qt::Key_Escape);
+        QVERIFY(!desk.window->isVisible());
+    }
+
+    void secondRun_beginsWithAFreshProgress()
+    {
+        Desk desk;
+        desk.addFile("a.mp3", 44100 * 4);
         desk.convert("a.mp3", "a.wav");
-        QVERIFY2(seen.contains("Progress  -  12%"), "12.5 is rounded to the even number");
-        QVERIFY(seen.contains("Progress  -  38%"));
+        QCOMPARE(desk.percent(), QString("Progress  -  100%"));
+        QStringList seen;
+        desk.desk.messages.answer = zib::Messages::Answer::Yes;
+        desk.desk.messages.onShow = [&](const QString&) {
+            seen << desk.percent()
+                 << QString::number(desk.window->findChild<QProgressBar*>("pbPer")->value());
+        };
+        desk.press("cmdConvert");
+        QCOMPARE(seen.first(2), (QStringList{"Progress", "0"})); // at the question
+    }
+
+    void targetThatIsTheSource_isRefused_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::newRow("same") << "a.mp3";
+        QTest::newRow("blanks") << "a.mp3  ";
+        QTest::newRow("parts") << "sub/../a.mp3";
+        QTest::newRow("symbolic link") << "link.wav";
+        QTest::newRow("hard link") << "hard.wav";
+        QTest::newRow("linked folder") << "linked/a.mp3";
+    }
+    void targetThatIsTheSource_isRefused()
+    {
+        QFETCH(QString, target);
+        Desk desk;
+        desk.addFile("a.mp3", 1000);
+        QVERIFY(QDir(desk.folder.path()).mkdir("sub"));
+        QVERIFY(QFile::link(desk.path("a.mp3"), desk.path("link.wav")));
+        QVERIFY(QFile::link(desk.folder.path(), desk.path("linked")));
+        QCOMPARE(::link(qPrintable(desk.path("a.mp3")), qPrintable(desk.path("hard.wav"))), 0);
+        desk.shelf.calls.clear();
+        desk.convert("a.mp3", target);
+        QCOMPARE(desk.shelf.calls, QStringList());
+        QCOMPARE(desk.shown().size(), 1);
+        QVERIFY(desk.shown()[0].startsWith("i: The WAV file would replace the MP3 file itself."));
+        QVERIFY(desk.button("cmdConvert")->isEnabled());
+    }
+
+    void existingTarget_isAskedFor_data()
+    {
+        QTest::addColumn<zib::Messages::Answer>("answer");
+        QTest::newRow("yes") << zib::Messages::Answer::Yes;
+        QTest::newRow("no") << zib::Messages::Answer::No;
+        QTest::newRow("cancel") << zib::Messages::Answer::Cancel;
+    }
+    void existingTarget_isAskedFor()
+    {
+        QFETCH(zib::Messages::Answer, answer);
+        Desk desk;
+        desk.addFile("a.mp3", 1000);
+        desk.addFile("old.wav", 10);
+        desk.desk.messages.answer = answer;
+        desk.convert("a.mp3", "old.wav");
+        QCOMPARE(desk.shown()[0],
+                 "q: The following WAV file exists already. Replace it?\n" + desk.path("old.wav"));
+        QCOMPARE(desk.desk.messages.presets, QList{zib::Messages::Answer::No});
+        QCOMPARE(desk.shelf.written.contains(desk.path("old.wav")), answer == zib::Messages::Answer::Yes);
+        QCOMPARE(desk.shown().size(), answer == zib::Messages::Answer::Yes ? 2 : 1);
+        QVERIFY(desk.button("cmdConvert")->isEnabled());
+    }
+
+    void existingTarget_chosenInTheSaveDialog_isReplaced()
+    {
+        Desk desk;
+        desk.addFile("a.mp3", 1000);
+        desk.addFile("old.wav", 10);
+        desk.text("txtOpen")->setText(desk.path("a.mp3"));
+        desk.desk.dialogs.files << desk.path("old.wav");
+        desk.press("cmdSave");
+        desk.press("cmdConvert");
+        QCOMPARE(desk.shown(), QStringList{"i: Converting Completed."});
+        QVERIFY(desk.shelf.written.contains(desk.path("old.wav")));
+    }
+
+    void linkedTarget_isWrittenWhereTheLinkLeads()
+    {
+        Desk desk;
+        desk.addFile("a.mp3", 1000);
+        QVERIFY(QFile::link(desk.path("real.wav"), desk.path("one.wav")));
+        QVERIFY(QFile::link(desk.path("one.wav"), desk.path("two.wav")));
+        desk.convert("a.mp3", "two.wav");
+        QVERIFY(desk.shelf.written.contains(desk.path("real.wav")));
+        QVERIFY(QFileInfo(desk.path("one.wav")).isSymLink());
+        QVERIFY(QFileInfo(desk.path("two.wav")).isSymLink());
+    }
+
+    void protectedTarget_isLeft()
+    {
+        Desk desk;
+        desk.addFile("a.mp3", 1000);
+        desk.addFile("old.wav", 10);
+        QFile::setPermissions(desk.path("old.wav"), QFile::ReadOwner | QFile::ReadGroup);
+        desk.shelf.calls.clear();
+        desk.convert("a.mp3", "old.wav");
+        QVERIFY(desk.shelf.calls.isEmpty());
+        QVERIFY(desk.shown()[0].startsWith("i: The following WAV file may not be written to"));
+        QCOMPARE(desk.shown().size(), 1);
+    }
+
+    void unusableFolder_isToldOnceWithItsReason()
+    {
+        Desk desk;
+        desk.addFile("a.mp3", 1000);
+        desk.addFile("file", 1);
+        desk.shelf.calls.clear();
+        desk.convert("a.mp3", "file/deep/a.wav");
+        QVERIFY(desk.shelf.calls.isEmpty());
+        QCOMPARE(desk.shown(),
+                 QStringList{"c: The WAV file cannot be made in this folder: a file of that name is "
+                             "in the way.\n" +
+                             desk.path("file/deep/")});
+        QVERIFY(desk.button("cmdConvert")->isEnabled());
+        QCOMPARE(desk.percent(), QString("Progress"));
+    }
+
+    void blanksAtTheEnds_makeNoStrayFolders()
+    {
+        Desk desk;
+        desk.addFile("a.mp3", 1000);
+        QTemporaryDir here;
+        const QString before = QDir::currentPath();
+        QDir::setCurrent(here.path());
+        desk.text("txtOpen")->setText("  " + desk.path("a.mp3") + " ");
+        desk.text("txtSave")->setText("  " + desk.path("My Album /a.wav") + " ");
+        desk.press("cmdConvert");
+        QDir::setCurrent(before);
+        QCOMPARE(desk.shown(), QStringList{"i: Converting Completed."});
+        QVERIFY(desk.shelf.written.contains(desk.path("My Album /a.wav")));
+        QCOMPARE(QDir(here.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+        QCOMPARE(QDir(desk.folder.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
+                 QStringList{"My Album "});
+    }
+
+    void sourceWhoseNameEndsInABlank_isFound()
+    {
+        Desk desk;
+        desk.addFile("a ", 1000);
+        desk.convert("a ", "a.wav");
+        QVERIFY(desk.shelf.written.contains(desk.path("a.wav")));
+    }
+
+    void cmdOpen_moreNamesThanFit_saysWhatToDo()
+    {
+        Desk desk;
+        desk.desk.dialogs.noFile.kind = zib::Failure::Kind::BadValue;
+        desk.press("cmdOpen");
+        QVERIFY(desk.text("txtOpen")->text().isEmpty());
+        QVERIFY(desk.text("txtSave")->text().isEmpty());
+        QVERIFY(QToolTip::text().startsWith("So many names do not fit in one choice."));
+        QVERIFY(desk.shown().isEmpty());
     }
 
     void cmdConvert_aSecondTime_worksWithTheSamePaths()
@@ -265,6 +460,7 @@ private slots:
         Desk desk;
         desk.addFile("a.mp3", 1000);
         desk.convert("a.mp3", "a.wav");
+        desk.desk.messages.answer = zib::Messages::Answer::Yes;
         desk.press("cmdConvert");
         QCOMPARE(desk.desk.messages.shown.count("i: Converting Completed."), 2);
     }
@@ -346,16 +542,15 @@ private slots:
     {
         Desk desk;
         desk.addFile("a.mp3", 44100 * 20);
-        QTimer timer;
-        connect(&timer, &QTimer::timeout, this, [&] {
-            if (desk.shelf.calls.last().startsWith("input"))
-                desk.press("CancelButton");
-        });
-        timer.start(0);
-        desk.convert("a.mp3", "a.wav");
+        desk.beginGated("a.mp3", "a.wav");
+        desk.gate.release();
+        QTRY_COMPARE_WITH_TIMEOUT(desk.percent(), QString("Progress  -  5%"), 20'000);
+        desk.press("CancelButton");
         QVERIFY(!desk.window->isVisible());
+        QVERIFY(desk.finish("a.mp3"));
         QCOMPARE(desk.shelf.discarded, QStringList{desk.path("a.wav")});
         QVERIFY(desk.shelf.written.isEmpty());
+        QTest::qWait(100);
         QVERIFY(desk.desk.messages.shown.isEmpty());
         QVERIFY(desk.desk.shell.calls.isEmpty());
     }

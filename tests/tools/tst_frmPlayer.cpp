@@ -413,6 +413,51 @@ private slots:
         QVERIFY(!desk.player->isOpen());
     }
 
+    void escape_stopsFirst_andNeverLosesTheList()
+    {
+        const Desk desk(2);
+        QApplication::setActiveWindow(desk.window.get());
+        desk.press("cmdPlay");
+        for (int time = 0; time < 3; ++time) {
+            QTest::keyClick(desk.list(), Qt::Key_Escape);
+            QVERIFY(desk.window->isVisible());
+            QVERIFY(!desk.player->isOpen());
+        }
+        for (int row = 0; row < 2; ++row)
+            desk.tick(row);
+        desk.press("cmdRemove");
+        QTest::keyClick(desk.window.get(), Qt::Key_Escape);
+        QVERIFY(!desk.window->isVisible());
+    }
+
+    void enter_onAButton_closesNothing()
+    {
+        const Desk desk(1);
+        QApplication::setActiveWindow(desk.window.get());
+        desk.press("cmdPlay");
+        for (auto* button : desk.window->findChildren<QAbstractButton*>()) {
+            button->setFocus();
+            QTest::keyClick(button, Qt::Key_Return);
+        }
+        QVERIFY(desk.window->isVisible());
+        QVERIFY(desk.player->isOpen());
+    }
+
+    void list_obeysItsKeys()
+    {
+        const Desk desk(3);
+        desk.select(1);
+        QApplication::setActiveWindow(desk.window.get());
+        QTest::keyClick(desk.list(), Qt::Key_A, Qt::ControlModifier);
+        for (int row = 0; row < 3; ++row)
+            QCOMPARE(desk.rows()->index(row, 0).data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
+        desk.key(Qt::Key_End);
+        QCOMPARE(desk.list()->currentIndex().row(), 2);
+        desk.key(Qt::Key_Home);
+        QCOMPARE(desk.list()->currentIndex().row(), 0);
+        QVERIFY(!desk.player->isOpen());
+    }
+
     void tab_visitsEveryControlInItsOrder()
     {
         const Desk desk(1);
@@ -462,8 +507,12 @@ private slots:
             desk.player->play(1000);
             fed = desk.player->queuedBlocks() == 2;
         });
+        zib::Errands::setPatience(zib::Errands::kPatience);
         desk.desk.dialogs.files << answer.join(QChar::Null);
         desk.press("cmdOpen");
+        QTRY_VERIFY_WITH_TIMEOUT(fed, 20'000);
+        QVERIFY(desk.rows()->rowCount() < 199999);
+        QTRY_COMPARE_WITH_TIMEOUT(desk.rows()->rowCount(), 199999, 60'000);
         QVERIFY(fed);
     }
 };

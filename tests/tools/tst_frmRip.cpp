@@ -1,3 +1,4 @@
+#include "common/Errands.h"
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "fakes/FakeCDRipperX.h"
@@ -5,8 +6,11 @@
 #include "tools/frmRip.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QFrame>
 #include <QLabel>
 #include <QLineEdit>
@@ -30,6 +34,7 @@ struct RipDesk
 {
     explicit RipDesk(const QList<FakeReader>& readers = {kAlbum})
     {
+        Errands::setPatience(std::chrono::minutes(1));
         OptionsData options = gOptions;
         options.WAVOutput = QString("  %1  ").arg(target());
         options.ExploreAfterRipping = false;
@@ -83,6 +88,16 @@ struct RipDesk
             all << combo->itemText(i);
         return all;
     }
+    /// Puts files into the folder, as a disc copied before has left them.
+    void leaveFiles(const QList<int>& tracks) const
+    {
+        for (const int track : tracks) {
+            QFile left(file(track));
+            if (!left.open(QIODevice::WriteOnly) || left.write("old") != 3)
+                qFatal("no file");
+        }
+    }
+    QString focus() const { return window->focusWidget() ? window->focusWidget()->objectName() : QString(); }
     QString target() const { return folder.filePath("WAV"); }
     QString file(int track) const { return target() + QString("/Track%1.wav").arg(track); }
     QString progress() const { return control<QLabel>("lblRip")->text(); }
@@ -358,16 +373,133 @@ private slots:
         QCOMPARE(d.shown(), QStringList());
     }
 
-    void start_withTheBlankFolder_namesTheFileAlone()
+    void start_withAFolderThatCannotBeUsed_isToldOnce_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QString>("told");
+        QTest::newRow("blank") << "  "
+                               << "no folder is named.\n";
+        QTest::newRow("relative") << "WAV"
+                                  << "its name must begin with /.\nWAV";
+        QTest::newRow("another system's") << "C:\\"
+                                          << "its name must begin with /.\nC:\\";
+        QTest::newRow("below a file") << "FOLDER/file/WAV"
+                                      << "a file of that name is in the way.\nFOLDER/file/WAV";
+        QTest::newRow("a file") << "FOLDER/file"
+                                << "a file of that name is in the way.\nFOLDER/file";
+        QTest::newRow("system's") << "/proc/WAV"
+                                  << "No such file or directory.\n/proc/WAV";
+    }
+    void start_withAFolderThatCannotBeUsed_isToldOnce()
+    {
+        QFETCH(QString, folder);
+        QFETCH(QString, told);
+        RipDesk d;
+        d.open();
+        QFile file(d.folder.filePath("file"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        d.control<QLineEdit>("txtSaveTo")->setText(folder.replace("FOLDER", d.folder.path()));
+        d.tick({1, 3});
+        d.ripper->calls.clear();
+        d.click("cmdRip");
+        QCOMPARE(d.shown(), QStringList("i: The WAV files cannot be saved in this folder: " +
+                                        told.replace("FOLDER", d.folder.path())));
+        QVERIFY(d.idle());
+        QVERIFY(!d.hourglass());
+        QVERIFY(!d.ripper->calls.contains("start"));
+    }
+
+    void start_withBlanksAroundTheFolder_makesNoStrayOne()
     {
         RipDesk d;
         d.open();
-        d.control<QLineEdit>("txtSaveTo")->setText("  ");
+        d.control<QLineEdit>("txtSaveTo")->setText("  " + d.folder.filePath("new") + "  ");
         d.tick({1});
         d.click("cmdRip");
-        QVERIFY(d.ripper->calls.contains("addTrack 1 Track1.wav"));
-        QCOMPARE(d.shown(), (QStringList{"i: Track #01 could not be added for extraction!",
-                                         "i: Extraction could not be started."}));
+        QVERIFY(d.ripper->calls.contains("addTrack 1 " + d.folder.filePath("new/Track1.wav")));
+        QCOMPARE(QDir(d.folder.path()).entryList({"*new*"}, QDir::Dirs), QStringList{"new"});
+    }
+
+    void start_thatWouldReplaceFiles_asksOnce_data()
+    {
+        QTest::addColumn<QList<int>>("there");
+        QTest::addColumn<QString>("question");
+        QTest::newRow("one") << QList<int>{2} << "The file Track2.wav is in the folder already. Replace it?";
+        QTest::newRow("two") << QList<int>{1, 2} << "2 of the files are in the folder already. Replace them?";
+    }
+    void start_thatWouldReplaceFiles_asksOnce()
+    {
+        QFETCH(QList<int>, there);
+        QFETCH(QString, question);
+        RipDesk d;
+        d.open();
+        d.leaveFiles(there);
+        d.leaveFiles({3}); // a data track's name, which nothing would replace
+        d.desk.messages.answer = Messages::Answer::Yes;
+        d.tick({1, 2, 3});
+        d.click("cmdRip");
+        QCOMPARE(d.shown().size(), 2);
+        QVERIFY(d.shown()[0].startsWith("q: " + question));
+        QCOMPARE(d.desk.messages.presets, QList{Messages::Answer::No});
+        QVERIFY(d.shown()[1].startsWith("i: Track #03 is a data track"));
+        QCOMPARE(d.ripper->queuedTracks, (QList<int>{1, 2}));
+        QVERIFY(d.busy());
+    }
+
+    void start_answeredWithNo_leavesTheFilesAndCopiesTheOthers()
+    {
+        RipDesk d;
+        d.open();
+        d.leaveFiles({2});
+        d.desk.messages.answer = Messages::Answer::No;
+        d.ripper->plays = true;
+        d.tick({1, 2});
+        d.click("cmdRip");
+        QTRY_VERIFY_WITH_TIMEOUT(d.shown().contains("i: Audio Ripping Completed."), 20'000);
+        QCOMPARE(d.ripper->queuedTracks, QList<int>{1});
+        QCOMPARE(QFileInfo(d.file(2)).size(), 3);
+        QCOMPARE(d.list()->topLevelItem(1)->checkState(0), Qt::Unchecked);
+    }
+
+    void start_answeredWithNo_andNothingLeft_staysIdle()
+    {
+        RipDesk d;
+        d.open();
+        d.leaveFiles({1, 2});
+        d.desk.messages.answer = Messages::Answer::No;
+        d.tick({1, 2});
+        d.ripper->calls.clear();
+        d.click("cmdRip");
+        QVERIFY(d.idle());
+        QVERIFY(d.ripper->calls.isEmpty());
+        QCOMPARE(d.shown().size(), 1);
+    }
+
+    void start_cancelled_changesNothing()
+    {
+        RipDesk d;
+        d.open();
+        d.leaveFiles({1});
+        d.desk.messages.answer = Messages::Answer::Cancel;
+        d.tick({1, 2});
+        d.ripper->calls.clear();
+        d.click("cmdRip");
+        QVERIFY(d.idle());
+        QVERIFY(d.ripper->calls.isEmpty());
+        QCOMPARE(d.list()->topLevelItem(0)->checkState(0), Qt::Checked);
+    }
+
+    void speeds_thatComeLate_areListedWithoutADisc()
+    {
+        RipDesk d({FakeReader{.maxSpeed = 0}});
+        d.open();
+        QCOMPARE(d.entries("cboSpeeds"), QStringList("AUTO"));
+        d.ripper->readers[0].maxSpeed = 4;
+        QTRY_COMPARE_WITH_TIMEOUT(d.entries("cboSpeeds"), (QStringList{"AUTO", "1X", "2X", "4X"}), 20'000);
+        d.control<QComboBox>("cboSpeeds")->setCurrentIndex(2);
+        QTest::qWait(450);
+        QCOMPARE(d.control<QComboBox>("cboSpeeds")->currentIndex(), 2);
+        QCOMPARE(d.ripper->calls.count("selectDevice 0"), 1);
     }
 
     void start_withATickedDataTrack_tellsAndGoesOn()
@@ -558,10 +690,11 @@ private slots:
         RipDesk d;
         d.open();
         d.ripper->plays = true;
+        d.desk.messages.answer = Messages::Answer::Yes; // the first run's file is in the way of the second
         d.tick({1});
         for (int time = 1; time <= 2; ++time) {
             d.click("cmdRip");
-            QTRY_COMPARE_WITH_TIMEOUT(d.shown().size(), time, 20'000);
+            QTRY_COMPARE_WITH_TIMEOUT(d.shown().count("i: Audio Ripping Completed."), time, 20'000);
         }
         QCOMPARE(d.ripper->calls.count("start"), 2);
     }
@@ -600,6 +733,29 @@ private slots:
         QVERIFY(!d.window->isVisible());
     }
 
+    void enter_whileRipping_doesNoHarm()
+    {
+        RipDesk d;
+        d.open();
+        QApplication::setActiveWindow(d.window.get());
+        d.tick({1});
+        d.list()->setFocus();
+        QTest::keyClick(d.list(), Qt::Key_Return);
+        emit d.ripper->ExtractionStarted();
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+            QCOMPARE(d.focus(), QString("pbRip"));
+            QTest::keyClick(d.window->focusWidget(), key);
+        }
+        d.control<QWidget>("cmdClose")->setFocus();
+        QTest::keyClick(d.control<QWidget>("cmdClose"), Qt::Key_Return);
+        QVERIFY(d.window->isVisible());
+        QVERIFY(!d.ripper->calls.contains("abort"));
+        QCOMPARE(d.ripper->calls.count("start"), 1);
+        QTest::keyClick(d.control<QWidget>("cmdClose"), Qt::Key_Space); // pressed on purpose
+        QVERIFY(!d.window->isVisible());
+        QVERIFY(d.ripper->calls.contains("abort"));
+    }
+
     void escape_whileRipping_doesNothing()
     {
         RipDesk d;
@@ -629,7 +785,7 @@ private slots:
         QTest::keyClick(d.list(), Qt::Key_Space);
         QTest::keyClick(d.list(), Qt::Key_Return);
         QCOMPARE(d.ripper->queuedTracks, QList<int>{2});
-        QCOMPARE(d.window->focusWidget(), d.control<QWidget>("cmdClose"));
+        QCOMPARE(d.focus(), QString("pbRip"));
     }
 
     void layout_keepsItsPlaceWhileRipping()

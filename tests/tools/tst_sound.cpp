@@ -1,3 +1,4 @@
+#include "common/Errands.h"
 #include "engines/audio/AudioKit.h"
 #include "engines/audio/makers.h"
 #include "engines/play/makers.h"
@@ -32,6 +33,7 @@ struct Studio
     /// @param delayMs how long the device takes for 50 ms of sound.
     explicit Studio(int delayMs = 0)
     {
+        zib::Errands::setPatience(std::chrono::minutes(2)); // a call's effect is there when it returns
         desk.components.makeFile = zib::makeAudioFile;
         desk.components.makeInformation = zib::makeAudioInformation;
         desk.components.makePlayer = [this, delayMs] {

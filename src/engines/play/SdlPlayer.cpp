@@ -57,7 +57,7 @@ int SdlPlayer::open()
     m_device = SdlDevice::open(m_rateHz, m_channels, m_queue);
     if (!m_device)
         return m_status;
-    m_ending = false;
+    m_ending = m_expecting = false;
     m_lastMove = std::chrono::steady_clock::now();
     m_lastHanded = 0;
     m_ticks.start();
@@ -71,6 +71,12 @@ void SdlPlayer::writeBlock(const AudioBlock& block)
         return;
     m_ending = false;
     m_queue->append(*block.narrow());
+}
+
+void SdlPlayer::setExpecting(bool on)
+{
+    if (std::exchange(m_expecting, on) && !on)
+        QMetaObject::invokeMethod(this, &SdlPlayer::collect, Qt::QueuedConnection);
 }
 
 qint64 SdlPlayer::position() const
@@ -118,7 +124,7 @@ void SdlPlayer::collect()
 /// Nothing queued although the owner has answered everything: no more will come.
 void SdlPlayer::endWhenDry()
 {
-    if (m_ending || !m_queue->isEmpty())
+    if (m_ending || m_expecting || !m_queue->isEmpty())
         return;
     m_ending = true;
     m_queue->end();

@@ -26,6 +26,7 @@ public:
     int open() override;
     int status() const override { return m_status; }
     void writeBlock(const AudioBlock& block) override;
+    void setExpecting(bool on) override;
     qint64 position() const override;
     void reset() override;
     void close() override;
@@ -44,6 +45,7 @@ private:
     std::unique_ptr<SdlDevice> m_device;  // null while closed
     QTimer m_ticks;
     bool m_ending = false;
+    bool m_expecting = false;
     qint64 m_lastHanded = 0;
     std::chrono::steady_clock::time_point m_lastMove{};
 };

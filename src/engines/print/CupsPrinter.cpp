@@ -35,20 +35,20 @@ auto aside(Task task)
 }
 
 /// The default queue and its paper, once it is found ready.
-struct Target
+struct Found
 {
     std::shared_ptr<CupsQueue> queue;
     Paper paper;
 };
 
-Outcome<Target> findTarget()
+Outcome<Found> findQueue()
 {
     const Outcome<std::shared_ptr<CupsQueue>> queue = CupsQueue::openDefault();
     if (!queue)
         return queue.error();
     if (const Outcome<> ready = queue.value()->ready(); !ready)
         return ready.error();
-    return Target{*queue, queue.value()->paper()};
+    return Found{*queue, queue.value()->paper()};
 }
 
 /// The page as a PDF document; empty when it cannot be painted.
@@ -70,6 +70,27 @@ QByteArray pdfOf(const QString& jobName, const Paper& paper, const Printer::Page
     return painter.end() ? document.data() : QByteArray();
 }
 
+constexpr double kTwipsPerMm = kTwipsPerInch / 25.4;
+
+QSizeF printable(const Paper& paper)
+{
+    const QMarginsF& margins = paper.margins;
+    return {paper.size.width() - margins.left() - margins.right(),
+            paper.size.height() - margins.top() - margins.bottom()};
+}
+
+/// Finds the queue, paints and sends, all on the thread that it is called on.
+Outcome<> printNow(const QString& jobName, const Printer::Page& page)
+{
+    const Outcome<Found> found = findQueue();
+    if (!found)
+        return found.error();
+    const QByteArray pdf = pdfOf(jobName, found->paper, page);
+    if (pdf.isEmpty())
+        return Failure{Failure::Kind::WriteFailed, QStringLiteral("The page could not be painted.")};
+    return found->queue->send(jobName, pdf);
+}
+
 } // namespace
 
 std::unique_ptr<Printer> makePrinter()
@@ -77,15 +98,21 @@ std::unique_ptr<Printer> makePrinter()
     return std::make_unique<CupsPrinter>();
 }
 
+Outcome<Printer::Target> CupsPrinter::target()
+{
+    const Outcome<Found> found = aside(findQueue);
+    if (!found)
+        return found.error();
+    const Paper& paper = found->paper;
+    return Target{found->queue->name(),
+                  QStringLiteral("%1x%2").arg(qRound(paper.size.width())).arg(qRound(paper.size.height())),
+                  paper.size * kTwipsPerMm, printable(paper) * kTwipsPerMm,
+                  QPointF(paper.margins.left(), paper.margins.top()) * kTwipsPerMm};
+}
+
 Outcome<> CupsPrinter::print(const QString& jobName, const Page& page)
 {
-    const Outcome<Target> target = aside(findTarget);
-    if (!target)
-        return target.error();
-    const QByteArray pdf = pdfOf(jobName, target->paper, page);
-    if (pdf.isEmpty())
-        return Failure{Failure::Kind::WriteFailed, QStringLiteral("The page could not be painted.")};
-    return aside([&] { return target->queue->send(jobName, pdf); });
+    return aside([&] { return printNow(jobName, page); });
 }
 
 } // namespace zib

@@ -12,6 +12,7 @@ class CupsPrinter final : public ::Printer
 public:
     using ::Printer::Printer;
 
+    Outcome<Target> target() override;
     Outcome<> print(const QString& jobName, const Page& page) override;
 };
 

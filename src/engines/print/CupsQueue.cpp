@@ -6,6 +6,7 @@
 #include <cups/pwg.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <optional>
 
@@ -93,15 +94,62 @@ QSizeF namedSize(const QString& name)
     return media ? QSizeF(media->width, media->length) * kHundredthMm : QSizeF();
 }
 
-/// The options of a job: the user's own for this printer, and the one that keeps every length true.
+/// Saved options that change the size or the place of what is printed, or leave the one page out. They are
+/// meant for documents; a label must come out as it is.
+constexpr std::array kLayoutOptions{"booklet",
+                                    "fit-to-page",
+                                    "fitplot",
+                                    "imposition-template",
+                                    "job-pages-per-set",
+                                    "landscape",
+                                    "mirror",
+                                    "natural-scaling",
+                                    "number-up",
+                                    "number-up-layout",
+                                    "orientation-requested",
+                                    "page-border",
+                                    "page-bottom",
+                                    "page-left",
+                                    "page-ranges",
+                                    "page-right",
+                                    "page-set",
+                                    "page-top",
+                                    "position",
+                                    "ppi",
+                                    "print-scaling",
+                                    "scaling",
+                                    "x-image-position",
+                                    "x-image-shift",
+                                    "x-side1-image-shift",
+                                    "y-image-position",
+                                    "y-image-shift",
+                                    "y-side1-image-shift"};
+
+bool changesLayout(const char* option)
+{
+    return std::any_of(kLayoutOptions.begin(), kLayoutOptions.end(),
+                       [option](const char* name) { return qstricmp(name, option) == 0; });
+}
+
+/// The options of a job: the user's own for this printer, and those that keep every length true, also where
+/// the queue's own defaults would not.
 class JobOptions
 {
 public:
     explicit JobOptions(const cups_dest_t* dest)
     {
         for (int i = 0; i < dest->num_options; ++i)
-            m_count = cupsAddOption(dest->options[i].name, dest->options[i].value, m_count, &m_options);
-        m_count = cupsAddOption("print-scaling", "none", m_count, &m_options);
+            if (!changesLayout(dest->options[i].name))
+                add(dest->options[i].name, dest->options[i].value);
+        add("print-scaling", "none");
+        add("number-up", "1");
+        add("page-ranges", "1-1");
+        add("page-set", "all");
+        add("orientation-requested", "3"); // Portrait (RFC 8011, 5.2.10).
+        add("page-border", "none");
+        add("mirror", "false");
+        add("fit-to-page", "false");
+        add("landscape", "false");
     }
     ~JobOptions() { cupsFreeOptions(m_count, m_options); }
     Q_DISABLE_COPY_MOVE(JobOptions)
@@ -110,6 +158,11 @@ public:
     cups_option_t* data() const { return m_options; }
 
 private:
+    void add(const char* name, const char* value)
+    {
+        m_count = cupsAddOption(name, value, m_count, &m_options);
+    }
+
     int m_count = 0;
     cups_option_t* m_options = nullptr;
 };

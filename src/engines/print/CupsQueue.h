@@ -35,6 +35,8 @@ public:
 
     /// @returns Unsupported when the queue is stopped: it would keep a job without printing it.
     Outcome<> ready() const;
+    /// The queue's name, as the user knows it.
+    QString name() const;
     /// The paper that the user chose for this printer, or the one that the queue takes by itself.
     Paper paper() const;
     /// Hands over one document.
@@ -46,7 +48,6 @@ private:
 
     QString option(const char* name) const;
     QString stateMessage() const;
-    QString name() const;
     Failure refusal() const;
     bool sendDocument(int job, const QString& jobName, const QByteArray& pdf);
 

@@ -1,0 +1,182 @@
+#include "label/frmCalibrate.h"
+
+#include "fakes/FakePrinter.h"
+#include "fakes/FakeSeams.h"
+#include "label/CalibrationPage.h"
+#include "label/LabelSettings.h"
+#include "platform/IniFile.h"
+
+#include <QAbstractButton>
+#include <QDoubleSpinBox>
+#include <QFile>
+#include <QLabel>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const zib::Calibration kCrooked{1.25, -0.5, 99.5, 101};
+
+/// The dialog with a settings file of its own.
+struct Desk
+{
+    Desk()
+    {
+        zib::setSettingsFile(folder.filePath("settings.ini"));
+        fake.components.makePrinter = [this] { return std::make_unique<zib::FakePrinter>(tray); };
+    }
+    void open()
+    {
+        dialog = std::make_unique<frmCalibrate>(fake.services);
+        dialog->show();
+    }
+    double number(const char* name) const { return dialog->findChild<QDoubleSpinBox*>(name)->value(); }
+    void set(const char* name, double value) const
+    {
+        dialog->findChild<QDoubleSpinBox*>(name)->setValue(value);
+    }
+    void click(const char* name) const { dialog->findChild<QAbstractButton*>(name)->click(); }
+    zib::Calibration stored() const { return zib::calibrationFor("paper", "210x297"); }
+
+    zib::IniFile ini;
+    QTemporaryDir folder;
+    zib::FakeDesk fake{&ini};
+    zib::FakePrinter::Tray tray;
+    std::unique_ptr<frmCalibrate> dialog;
+};
+
+} // namespace
+
+/// The numbers that set a printer right: the dialog, the settings file and the page to measure.
+class TestFrmCalibrate : public QObject
+{
+    Q_OBJECT
+private slots:
+    void load_showsThePrinterAndItsNumbers()
+    {
+        Desk desk;
+        QVERIFY(zib::storeCalibration("paper", "210x297", kCrooked));
+        QVERIFY(zib::storeCalibration("other", "210x297", {9, 9, 109, 109}));
+        desk.open();
+        QCOMPARE(desk.dialog->findChild<QLabel*>("lblPrinter")->text(), QString("paper, 210x297 mm"));
+        QCOMPARE(desk.number("txtShiftAcross"), 1.25);
+        QCOMPARE(desk.number("txtShiftDown"), -0.5);
+        QCOMPARE(desk.number("txtScaleAcross"), 99.5);
+        QCOMPARE(desk.number("txtScaleDown"), 101.0);
+    }
+    void ok_storesForThisPrinterAndPaper()
+    {
+        Desk desk;
+        desk.open();
+        desk.set("txtShiftAcross", 1.25);
+        desk.set("txtShiftDown", -0.5);
+        desk.set("txtScaleAcross", 99.5);
+        desk.set("txtScaleDown", 101);
+        QCOMPARE(desk.stored(), zib::Calibration());
+        desk.click("OKButton");
+        QVERIFY(!desk.dialog->isVisible());
+        QCOMPARE(desk.stored(), kCrooked);
+        QCOMPARE(zib::calibrationFor("paper", "148x210"), zib::Calibration());
+        QFile file(gSettingsFile);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(file.readAll()), QString("[Label, paper, 210x297]\nShift Across=1.25\n"
+                                                            "Shift Down=-0.50\nScale Across=99.50\n"
+                                                            "Scale Down=101.00\n"));
+    }
+    void cancel_storesNothing()
+    {
+        Desk desk;
+        desk.open();
+        desk.set("txtShiftAcross", 1);
+        desk.click("CancelButton");
+        QVERIFY(!desk.dialog->isVisible());
+        QCOMPARE(desk.stored(), zib::Calibration());
+    }
+    void reset_putsBackWhatChangesNothing()
+    {
+        Desk desk;
+        QVERIFY(zib::storeCalibration("paper", "210x297", kCrooked));
+        desk.open();
+        desk.click("cmdReset");
+        QCOMPARE(desk.stored(), kCrooked);
+        desk.click("OKButton");
+        QCOMPARE(desk.stored(), zib::Calibration());
+    }
+    void testPage_isPrintedWithTheNumbersShown()
+    {
+        Desk desk;
+        desk.open();
+        desk.set("txtShiftAcross", 10);
+        desk.click("cmdTestPage");
+        QCOMPARE(desk.tray.jobs.size(), 1);
+        QCOMPARE(desk.dialog->findChild<QLabel*>("lblState")->text(), QString("Sent to paper"));
+        QCOMPARE(desk.stored(), zib::Calibration()); // It is a trial.
+        const QImage paper = desk.tray.jobs[0].paper;
+        const int y = qRound(30 / 25.4 * 96 - 24);
+        QVERIFY(qGray(paper.pixel(qRound(139 / 25.4 * 96 - 24), y)) < 200);
+        QCOMPARE(paper.pixelColor(qRound(142 / 25.4 * 96 - 24), y), QColor(Qt::white));
+        desk.tray.answer = zib::Failure{zib::Failure::Kind::Busy, "The printer is busy."};
+        desk.click("cmdTestPage");
+        QCOMPARE(desk.fake.messages.shown, QStringList{"c: The printer is busy."});
+        QCOMPARE(desk.dialog->findChild<QLabel*>("lblState")->text(), QString());
+    }
+    void load_withoutAPrinter_saysWhy()
+    {
+        Desk desk;
+        desk.tray.answer = zib::Failure{zib::Failure::Kind::NotFound, "There is no default printer."};
+        desk.open();
+        QVERIFY(!desk.dialog->loaded());
+        QCOMPARE(desk.dialog->loaded().error().detail, QString("There is no default printer."));
+    }
+    void ok_whenTheFileCannotBeWritten_tellsAndStays()
+    {
+        Desk desk;
+        zib::setSettingsFile("/nowhere/settings.ini");
+        desk.open();
+        desk.click("OKButton");
+        QCOMPARE(desk.fake.messages.shown.size(), 1);
+        QVERIFY(desk.fake.messages.shown[0].contains("/nowhere/settings.ini"));
+        QVERIFY(desk.dialog->isVisible());
+    }
+    void numbers_thatAreNone_changeNothing_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<double>("shift");
+        QTest::newRow("comma") << "1,5" << 1.5;
+        QTest::newRow("words") << "much" << 0.0;
+        QTest::newRow("too far") << "26" << 0.0;
+        QTest::newRow("endless") << "inf" << 0.0;
+        QTest::newRow("nothing") << "" << 0.0;
+    }
+    void numbers_thatAreNone_changeNothing()
+    {
+        QFETCH(QString, text);
+        QFETCH(double, shift);
+        const Desk desk;
+        QFile file(gSettingsFile);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Label, paper, 210x297]\nShift Across=" + text.toUtf8() + "\nScale Across=50\n");
+        file.close();
+        QCOMPARE(desk.stored(), (zib::Calibration{shift, 0, 100, 100}));
+    }
+    void disc_hasTheSizeOfTheSettingsFile()
+    {
+        const Desk desk;
+        QCOMPARE(zib::discSize().outer, 118.0);
+        QCOMPARE(zib::discSize().hub, 22.0);
+        QFile file(gSettingsFile);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Label]\nDisc Diameter=116.5\nHub Hole=46\n");
+        file.close();
+        QCOMPARE(zib::discSize().outer, 116.5);
+        QCOMPARE(zib::discSize().hub, 46.0);
+    }
+    void rulers_fitTheirPaper()
+    {
+        QCOMPARE(zib::rulerMm(QSizeF(11906, 16838)), 100.0); // A4
+        QCOMPARE(zib::rulerMm(QSizeF(5953, 8391)), 60.0);    // A6
+    }
+};
+
+QTEST_MAIN(TestFrmCalibrate)
+#include "tst_frmCalibrate.moc"
