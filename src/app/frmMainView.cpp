@@ -11,6 +11,7 @@
 #include <QAction>
 #include <QDateTime>
 #include <QLocale>
+#include <QMouseEvent>
 
 // The main window's look: the View menu, the view settings, the status bar.
 
@@ -99,10 +100,11 @@ void frmMain::setUpStatusbar()
     ui->lblProgress->hide();
 }
 
-/// The panel of the address opens the help.
+/// A click on the panel of the address opens the help.
 bool frmMain::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == ui->StatusBar1_4 && event->type() == QEvent::MouseButtonRelease)
+    if (watched == ui->StatusBar1_4 && event->type() == QEvent::MouseButtonRelease &&
+        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton)
         run(&frmMain::showHelp);
     return QMainWindow::eventFilter(watched, event);
 }

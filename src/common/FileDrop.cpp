@@ -7,6 +7,8 @@
 #include <QUrl>
 #include <QWidget>
 
+#include <algorithm>
+
 namespace zib {
 
 namespace {
@@ -34,7 +36,10 @@ bool FileDrop::eventFilter(QObject*, QEvent* event)
     if (event->type() != QEvent::DragEnter && event->type() != QEvent::Drop)
         return false;
     auto* drop = static_cast<QDropEvent*>(event);
-    if (!drop->mimeData()->hasUrls() || !m_accepts())
+    const QList<QUrl> urls = drop->mimeData()->urls();
+    const bool local =
+        std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); });
+    if (!local || !m_accepts()) // What no one would take is not accepted, so the pointer says so.
         return false;
     drop->acceptProposedAction();
     if (event->type() == QEvent::Drop)

@@ -147,6 +147,15 @@ private slots:
                      QStringList{"c: The following projects could not be opened.\n\n" + project});
         QCOMPARE(desk.rows(), 3);
     }
+    void drop_ofAddressesOfTheWeb_isNotAccepted()
+    {
+        Desk desk;
+        QMimeData data;
+        data.setUrls({QUrl("https://example.org/song.mp3")});
+        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&desk.window(), &enter);
+        QVERIFY(!enter.isAccepted());
+    }
     void escape_whileAFileHangs_keepsWhatIsListed()
     {
         const auto go = std::make_shared<QSemaphore>();
