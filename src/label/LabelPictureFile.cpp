@@ -5,12 +5,16 @@
 
 #include <QApplication>
 #include <QDateTime>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QLocale>
+#include <QtEndian>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
+#include <cstdlib>
 #include <optional>
 
 namespace zib {
@@ -47,6 +51,21 @@ QSize keptSize(QSize size)
 bool isLarge(QSize size)
 {
     return qint64{size.width()} * size.height() > kMostPicturePixels;
+}
+
+/// The size that a bitmap's header claims (BITMAPINFOHEADER), which the reader keeps to itself when it finds
+/// it too large; nothing for any other file.
+QSize claimedSize(const QString& path)
+{
+    constexpr qsizetype kWidthAt = 18;
+    constexpr qsizetype kHeightAt = 22;
+    QFile file(path);
+    const QByteArray head = file.open(QIODevice::ReadOnly) ? file.read(kHeightAt + 4) : QByteArray();
+    if (head.size() < kHeightAt + 4 || !head.startsWith("BM"))
+        return {};
+    const auto height =
+        qFromLittleEndian<qint32>(head.constData() + kHeightAt); // Below 0 it is from top to bottom.
+    return {qFromLittleEndian<qint32>(head.constData() + kWidthAt), std::abs(std::max(height, -INT_MAX))};
 }
 
 /// The memory that decoding takes. A JPEG file is read scaled down, all others whole.
@@ -87,7 +106,7 @@ Outcome<LabelPicture> readPicture(const QString& path)
     const ReaderLimit limit;
     QImageReader reader(path);
     reader.setAutoTransform(true);
-    QSize size = reader.size();
+    QSize size = reader.size().isValid() ? reader.size() : claimedSize(path);
     if (const qint64 bytes = bytesFor(reader, size); bytes > kMostPictureBytes)
         return tooLarge(path, size, bytes);
     if (isLarge(size))

@@ -160,6 +160,24 @@ private slots:
         for (const char* part : {"wide.png", "21,000 x 20,000 pixels", "1,525 MB"})
             QVERIFY2(words.contains(part), qPrintable(words));
     }
+    void read_aBitmapThatClaimsTooMuch_isRefusedInWords_data()
+    {
+        QTest::addColumn<QByteArray>("height");
+        QTest::newRow("from bottom to top") << fromHex("50c30000");
+        QTest::newRow("from top to bottom") << fromHex("b03cffff");
+    }
+    void read_aBitmapThatClaimsTooMuch_isRefusedInWords()
+    {
+        QFETCH(QByteArray, height);
+        // 100,000 x 50,000 pixels of 24 bits.
+        const QByteArray head = fromHex("424d 00000000 00000000 36000000 28000000 a0860100") + height +
+                                fromHex("0100 1800 00000000 00000000 130b0000 130b0000 00000000 00000000");
+        QVERIFY(writeFile(path("claim.bmp"), head + QByteArray(5000, 'x')));
+        const auto picture = zib::readPicture(path("claim.bmp"));
+        QVERIFY(!picture);
+        QVERIFY2(picture.error().detail.contains("100,000 x 50,000 pixels"),
+                 qPrintable(picture.error().detail));
+    }
     void shared_aPicture_isReadOnceWhileHeld()
     {
         QObject owner;

@@ -257,7 +257,6 @@ private slots:
         QTest::addColumn<double>("downMm");
         QTest::addColumn<double>("scaleAcross");
         QTest::addColumn<double>("scaleDown");
-        QTest::newRow("shifted") << 2.5 << -1.75 << 1.0 << 1.0;
         QTest::newRow("scaled") << 0.0 << 0.0 << 0.97 << 1.02;
         QTest::newRow("both") << -3.0 << 4.0 << 1.015 << 0.985;
     }
