@@ -150,6 +150,8 @@ void Transport::resume()
 
 void Transport::SeekToSlider(int slider)
 {
+    if (m_opening)
+        return; // there is no place to go to yet, and what was asked for must not be forgotten
     if (const auto product = narrowed<qint32>(slider * m_length))
         seekTo(*product);
 }
