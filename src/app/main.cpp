@@ -36,7 +36,8 @@ zib::Components engines()
         return zib::makeDiscWriter(GeneralAPI::JoinPath(zib::applicationFolder(), QStringLiteral("Images")));
     };
     components.makeRipper = [] {
-        return zib::makeRipper(GeneralAPI::JoinPath(zib::applicationFolder(), QStringLiteral("Images")));
+        return zib::makeRipper(GeneralAPI::JoinPath(zib::applicationFolder(), QStringLiteral("Images")),
+                               zib::makeAudioFile);
     };
     components.makePrinter = zib::makePrinter;
     return components;

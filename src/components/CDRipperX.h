@@ -40,12 +40,16 @@ public:
     using QObject::QObject;
     ~CDRipperX() override;
 
-    /// Drives first, then the disc images of the program folder.
+    /// Looks for devices: drives first, then the disc images of the program folder. What answers late is told by
+    /// DevicesChanged.
     virtual int deviceCount() = 0;
-    /// Identity texts: the path, the maker and the model; of an image its name, "Disc" and "image".
+    /// Identity texts: the path, the maker and the model; of an image its name, "Disc" and "image". The last one
+    /// tells in parentheses why the device cannot be used, for as long as that is so.
     virtual QString deviceText1(int device) const = 0;
     virtual QString deviceText2(int device) const = 0;
     virtual QString deviceText3(int device) const = 0;
+    /// The path of the device, and why it cannot be used where that is known: more than the list has room for.
+    virtual QString deviceHint(int device) const { return deviceText1(device); }
     /// @returns false when the drive cannot be used; status then says why, and driveState tells when it can
     /// be.
     virtual bool selectDevice(int device) = 0;
@@ -85,6 +89,8 @@ public:
     virtual QStringList unreadTracks() const = 0;
 
 signals:
+    /// The texts of devices are others now, or there are more of them: each keeps its number.
+    void DevicesChanged(int count);
     void ExtractionStarted();
     /// @param file the path of the file to be.  @param end the frame behind the track's last one.
     void TrackStarted(const QString& file, qint32 start, qint32 end, qint32 track);

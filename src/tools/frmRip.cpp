@@ -33,6 +33,7 @@ frmRip::frmRip(const zib::Services& services, QWidget* parent)
 {
     ui->setupUi(this);
     Timer1.setObjectName(QStringLiteral("Timer1"));
+    m_devicesToolTip = ui->cboDevices->toolTip();
     QSizePolicy keepsItsPlace = ui->picFolder->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
     ui->picFolder->setSizePolicy(keepsItsPlace);
@@ -62,6 +63,7 @@ void frmRip::connectControls()
 void frmRip::connectRipper()
 {
     const CDRipperX* ripper = m_ripper.get();
+    connect(ripper, &CDRipperX::DevicesChanged, this, &frmRip::CDRipperX1_DevicesChanged);
     connect(ripper, &CDRipperX::ExtractionStarted, this, &frmRip::CDRipperX1_ExtractionStarted);
     connect(ripper, &CDRipperX::TrackStarted, this, &frmRip::CDRipperX1_TrackStarted);
     connect(ripper, &CDRipperX::ExtractionProgress, this, &frmRip::CDRipperX1_ExtractionProgress);
@@ -108,6 +110,7 @@ void frmRip::Form_Load()
 void frmRip::cboDevices_Click()
 {
     Timer1.stop();
+    showDeviceHint();
     ui->lvwTracks->clear();
     m_selected = m_ripper->selectDevice(ui->cboDevices->currentIndex());
     if (m_selected) {
@@ -234,6 +237,15 @@ void frmRip::Timer1_Timer()
     }
 }
 
+/// What was found late stands behind the rest, and what is wrong with a device may have changed.
+void frmRip::CDRipperX1_DevicesChanged(int count)
+{
+    const bool wasEmpty = ui->cboDevices->count() == 0;
+    showDevices(count);
+    if (wasEmpty && count > 0)
+        cboDevices_Click();
+}
+
 void frmRip::CDRipperX1_ExtractionStarted()
 {
     setCursor(Qt::WaitCursor);
@@ -277,13 +289,31 @@ void frmRip::CDRipperX1_ExtractionFinished()
 
 void frmRip::LoadDevices()
 {
-    const QSignalBlocker untilFilled(ui->cboDevices);
     const int count = m_ripper->deviceCount();
-    for (int device = 0; device < count; ++device)
-        ui->cboDevices->addItem(m_ripper->deviceText1(device) + QStringLiteral(": ") +
-                                m_ripper->deviceText2(device) + u' ' + m_ripper->deviceText3(device));
+    showDevices(count);
     if (count > 0)
         cboDevices_Click();
+}
+
+void frmRip::showDevices(int count)
+{
+    const QSignalBlocker untilFilled(ui->cboDevices);
+    for (int device = 0; device < count; ++device) {
+        const QString text = m_ripper->deviceText1(device) + QStringLiteral(": ") +
+                             m_ripper->deviceText2(device) + u' ' + m_ripper->deviceText3(device);
+        if (device == ui->cboDevices->count())
+            ui->cboDevices->addItem(text);
+        else
+            ui->cboDevices->setItemText(device, text);
+        ui->cboDevices->setItemData(device, m_ripper->deviceHint(device), Qt::ToolTipRole);
+    }
+    showDeviceHint();
+}
+
+void frmRip::showDeviceHint()
+{
+    const QString hint = ui->cboDevices->currentData(Qt::ToolTipRole).toString();
+    ui->cboDevices->setToolTip(hint.isEmpty() ? m_devicesToolTip : m_devicesToolTip + u'\n' + hint);
 }
 
 void frmRip::LoadSpeeds()

@@ -44,6 +44,7 @@ private:
     void cmdOptions_Click();
     void cmdClose_Click();
     void Timer1_Timer();
+    void CDRipperX1_DevicesChanged(int count);
     void CDRipperX1_ExtractionStarted();
     void CDRipperX1_TrackStarted(const QString& file, qint32 start, qint32 end, qint32 track);
     void CDRipperX1_ExtractionProgress(int kind, qint32 position);
@@ -53,6 +54,8 @@ private:
     void startUnlessRefused(const zib::OutputPlace::Folder& folder);
     bool leaveTaken(const zib::OutputPlace::Folder& folder);
     void LoadDevices();
+    void showDevices(int count);
+    void showDeviceHint();
     void LoadSpeeds();
     void EnableControls(bool enabled);
     qint16 CountCheckedTracks() const;
@@ -65,7 +68,8 @@ private:
     const std::unique_ptr<CDRipperX> m_ripper;
     zib::Errands m_errands;
     QTimer Timer1{this};
-    int m_activated = 0; ///< The entry of cboDevices that the user chose last.
+    QString m_devicesToolTip; ///< Of cboDevices, without what is said of the device.
+    int m_activated = 0;      ///< The entry of cboDevices that the user chose last.
     bool m_loaded = false;
     bool m_selected = false; ///< Whether the entry of cboDevices can be used.
     bool m_starting = false; ///< The output folder has not answered yet.

@@ -1,10 +1,9 @@
 #include "engines/rip/CdioDisc.h"
 
 #include "common/CdTime.h"
-#include "engines/rip/ImageSheet.h"
+#include "engines/rip/TrackReader.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <array>
 #include <cerrno>
@@ -32,7 +31,11 @@ constexpr int kMostSpeed = 72;
 
 // Sense data (SPC-4, annex D).
 constexpr int kNotReady = 0x2;
+constexpr int kIllegalRequest = 0x5;
 constexpr int kUnitAttention = 0x6;
+constexpr int kInvalidCommand = 0x20;
+constexpr int kInvalidField = 0x24;
+constexpr int kIllegalMode = 0x64; // for this track
 constexpr int kMediumNotPresent = 0x3A;
 constexpr int kMediumMayHaveChanged = 0x28;
 
@@ -76,37 +79,32 @@ void silenceLibrary()
     std::call_once(once, [] { cdio_log_set_handler([](cdio_log_level_t, const char*) {}); });
 }
 
-std::shared_ptr<_CdIo> opened(const QString& path, driver_id_t driver)
+std::shared_ptr<_CdIo> opened(const QString& device)
 {
     silenceLibrary();
-    std::shared_ptr<_CdIo> disc(cdio_open(QFile::encodeName(path).constData(), driver), cdio_destroy);
-    return disc;
+    return {cdio_open(QFile::encodeName(device).constData(), DRIVER_LINUX), cdio_destroy};
+}
+
+/// Whether the drive will not read sound, which no second try mends.
+bool isRefusal(const Sense& sense)
+{
+    return sense.key == kIllegalRequest &&
+           (sense.asc == kInvalidCommand || sense.asc == kInvalidField || sense.asc == kIllegalMode);
 }
 
 } // namespace
 
-CdioDisc::CdioDisc(std::shared_ptr<_CdIo> disc, QString path, QString binary)
-    : m_disc(std::move(disc)), m_path(std::move(path)), m_binary(std::move(binary))
+CdioDisc::CdioDisc(std::shared_ptr<_CdIo> disc, QString path) : m_disc(std::move(disc)), m_path(std::move(path))
 {
 }
 
 Outcome<std::shared_ptr<CdioDisc>> CdioDisc::openDrive(const QString& device)
 {
     errno = 0;
-    if (auto disc = opened(device, DRIVER_LINUX))
-        return std::shared_ptr<CdioDisc>(new CdioDisc(std::move(disc), device, {}));
+    if (auto disc = opened(device))
+        return std::shared_ptr<CdioDisc>(new CdioDisc(std::move(disc), device));
     const bool denied = errno == EACCES || errno == EPERM;
     return Failure{denied ? Failure::Kind::NoPermission : Failure::Kind::NotFound, device};
-}
-
-Outcome<std::shared_ptr<CdioDisc>> CdioDisc::openImage(const QString& sheet)
-{
-    const auto binary = soundBinaryOf(sheet);
-    if (!binary)
-        return binary.error();
-    if (auto disc = opened(sheet, DRIVER_BINCUE))
-        return std::shared_ptr<CdioDisc>(new CdioDisc(std::move(disc), sheet, *binary));
-    return Failure{Failure::Kind::UnreadableFile, sheet};
 }
 
 DriveIdentity CdioDisc::identity() const
@@ -120,8 +118,6 @@ DriveIdentity CdioDisc::identity() const
 
 DiscPresence CdioDisc::presence(bool* newDisc) const
 {
-    if (!m_binary.isEmpty())
-        return QFileInfo::exists(m_path) ? DiscPresence::Ready : DiscPresence::Absent;
     // GET EVENT STATUS NOTIFICATION, polled, media class (MMC-5, 6.7).
     constexpr int kMediaClass = 4;
     std::array<quint8, 8> reply{};
@@ -137,8 +133,6 @@ DiscPresence CdioDisc::presence(bool* newDisc) const
 
 DiscPresence CdioDisc::readiness() const
 {
-    if (!m_binary.isEmpty())
-        return presence();
     mmc_cdb_t cdb{};
     errno = 0;
     for (int attempt = 0; attempt < 2; ++attempt) { // the first answer may only tell of a change
@@ -157,8 +151,6 @@ DiscPresence CdioDisc::readiness() const
 
 int CdioDisc::maxReadSpeed() const
 {
-    if (!m_binary.isEmpty())
-        return 0;
     // MODE SENSE (10), page 2A; the fastest reading stands at bytes 8 and 9 of the page, behind the header.
     constexpr std::size_t kHeader = 8;
     std::array<quint8, 32> reply{};
@@ -173,8 +165,7 @@ int CdioDisc::maxReadSpeed() const
 
 void CdioDisc::setReadSpeed(int factor) const
 {
-    if (m_binary.isEmpty())
-        cdio_set_speed(m_disc.get(), factor);
+    cdio_set_speed(m_disc.get(), factor);
 }
 
 QList<TocTrack> CdioDisc::tracks() const
@@ -193,7 +184,7 @@ QList<TocTrack> CdioDisc::tracks() const
         tracks << track;
     }
     lsn_t lastSession = 0;
-    if (!m_binary.isEmpty() || cdio_get_last_session(m_disc.get(), &lastSession) != DRIVER_OP_SUCCESS)
+    if (cdio_get_last_session(m_disc.get(), &lastSession) != DRIVER_OP_SUCCESS)
         lastSession = 0;
     tracks << TocTrack{.start = cdio_get_track_lsn(m_disc.get(), CDIO_CDROM_LEADOUT_TRACK)};
     for (qsizetype i = 0; i + 1 < tracks.size(); ++i) {
@@ -206,6 +197,11 @@ QList<TocTrack> CdioDisc::tracks() const
     return tracks;
 }
 
+std::unique_ptr<FrameReader> CdioDisc::makeReader(const std::atomic<bool>& stopped, Progress progress) const
+{
+    return std::make_unique<TrackReader>(*this, stopped, std::move(progress));
+}
+
 qint32 CdioDisc::sessionCut(const TocTrack& track, const TocTrack& next, qint32 lastSession) const
 {
     const bool crosses = lastSession > 0 && track.start < lastSession && next.start >= lastSession &&
@@ -215,8 +211,6 @@ qint32 CdioDisc::sessionCut(const TocTrack& track, const TocTrack& next, qint32 
 
 Outcome<> CdioDisc::read(char* data, qint32 first, qint32 count) const
 {
-    if (!m_binary.isEmpty() && QFileInfo(m_binary).size() / kBytesPerFrame < qint64{first} + count)
-        return Failure{Failure::Kind::UnreadableFile, m_binary};
     errno = 0;
     const auto answer = cdio_read_audio_sectors(m_disc.get(), data, first, static_cast<uint32_t>(count));
     if (answer == DRIVER_OP_SUCCESS)
@@ -226,8 +220,6 @@ Outcome<> CdioDisc::read(char* data, qint32 first, qint32 count) const
 
 Failure CdioDisc::whyFailed(int error) const
 {
-    if (!m_binary.isEmpty())
-        return {Failure::Kind::UnreadableFile, m_binary};
     if (isGone(error) || ::access(QFile::encodeName(m_path).constData(), F_OK) != 0)
         return {Failure::Kind::DeviceGone, m_path};
     const Sense sense = lastSense(m_disc.get());
@@ -237,6 +229,8 @@ Failure CdioDisc::whyFailed(int error) const
         return {Failure::Kind::WrongMedium, m_path};
     if (sense.key == kNotReady)
         return {Failure::Kind::Busy, m_path};
+    if (isRefusal(sense))
+        return {Failure::Kind::Unsupported, m_path};
     return {Failure::Kind::UnreadableFile, m_path};
 }
 

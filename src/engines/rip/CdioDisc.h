@@ -1,28 +1,10 @@
 #pragma once
 
-#include "common/Outcome.h"
-
-#include <QList>
-#include <QString>
-
-#include <memory>
+#include "engines/rip/Disc.h"
 
 struct _CdIo;
 
 namespace zib {
-
-/// A track as the table of contents tells it.
-struct TocTrack
-{
-    int number = 0;   ///< The disc's own number.
-    qint32 start = 0; ///< First frame.
-    qint32 frames = 0;
-    bool audio = false;
-    bool copyPermitted = false;
-    bool preemphasis = false;
-
-    bool operator==(const TocTrack&) const = default;
-};
 
 /// How a drive is sold.
 struct DriveIdentity
@@ -40,14 +22,12 @@ enum class DiscPresence
     Gone ///< The drive itself is not there.
 };
 
-/// A disc to be read, in a drive or as an image. One thread at a time.
-class CdioDisc
+/// The disc in a drive. One thread at a time.
+class CdioDisc final : public Disc
 {
 public:
     /// @returns NoPermission or NotFound.
     static Outcome<std::shared_ptr<CdioDisc>> openDrive(const QString& device);
-    /// @param sheet a CUE sheet.  @returns UnreadableFile when it, or its binary file, is not sound.
-    static Outcome<std::shared_ptr<CdioDisc>> openImage(const QString& sheet);
 
     DriveIdentity identity() const;
     /// Asks without waking or locking the drive.  @param newDisc set when the drive reports another disc.
@@ -58,23 +38,25 @@ public:
     int maxReadSpeed() const;
     /// @param factor times playing speed; 0 is the drive's own choice.
     void setReadSpeed(int factor) const;
-    /// The tracks in disc order; the lead-out between two sessions belongs to none. Empty when there is none.
-    QList<TocTrack> tracks() const;
+    /// The lead-out between two sessions belongs to no track.
+    QList<TocTrack> tracks() const override;
+    std::unique_ptr<FrameReader> makeReader(const std::atomic<bool>& stopped,
+                                            Progress progress) const override;
 
     /// Reads frames of sound once, without a second try.
-    /// @returns NoMedium, WrongMedium (another disc), DeviceGone, Busy (not ready yet), or UnreadableFile.
+    /// @returns NoMedium, WrongMedium (another disc), DeviceGone, Busy (not ready yet), Unsupported (the drive
+    /// refuses to read sound), or UnreadableFile.
     Outcome<> read(char* data, qint32 first, qint32 count) const;
 
     _CdIo* handle() const { return m_disc.get(); }
 
 private:
-    CdioDisc(std::shared_ptr<_CdIo> disc, QString path, QString binary);
+    CdioDisc(std::shared_ptr<_CdIo> disc, QString path);
     Failure whyFailed(int error) const;
     qint32 sessionCut(const TocTrack& track, const TocTrack& next, qint32 lastSession) const;
 
     std::shared_ptr<_CdIo> m_disc;
     QString m_path;
-    QString m_binary; ///< The image's binary file; empty for a drive.
 };
 
 } // namespace zib

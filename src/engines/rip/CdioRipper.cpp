@@ -1,7 +1,7 @@
 #include "engines/rip/CdioRipper.h"
 
 #include "common/CdTime.h"
-#include "common/Worker.h"
+#include "engines/rip/Within.h"
 
 #include <QDir>
 #include <QFile>
@@ -22,10 +22,12 @@ using namespace std::chrono_literals;
 
 /// Positions are told so often at most.
 constexpr int kDeliveryMs = 50;
-/// A call waits no longer for a drive.
-constexpr auto kPatience = 90ms;
-/// The list of drives may wait longer, while the owner's windows repaint.
-constexpr auto kIdentityPatience = 2000ms;
+/// A call waits no longer for a drive or a folder; two calls in a row stay below a tenth of a second.
+constexpr auto kPatience = 45ms;
+/// Devices that tell something late are listened to so often.
+constexpr int kNewsMs = 300;
+/// A file that is to go is waited for so long.
+constexpr auto kRemovalPatience = 250ms;
 /// An aborted extraction that hangs in its drive loses its file after so long.
 constexpr int kAbandonMs = 1000;
 constexpr qint64 kHeaderBytes = 44;
@@ -52,13 +54,24 @@ bool canBeMade(const QString& path, qint64 bytes)
            QStorageInfo(target.path()).bytesAvailable() >= bytes;
 }
 
+/// Takes the file of an extraction away, whose storage may hang.
+void abandon(const std::shared_ptr<RipRun>& run, std::chrono::milliseconds patience)
+{
+    Within(patience).answer<bool>([run] {
+        run->abandon();
+        return true;
+    });
+}
+
 } // namespace
 
-CdioRipper::CdioRipper(QString imagesFolder, QObject* parent)
-    : CDRipperX(parent), m_imagesFolder(std::move(imagesFolder))
+CdioRipper::CdioRipper(const QString& imagesFolder, MakeAudioFile makeSound, QObject* parent)
+    : CDRipperX(parent), m_makeSound(std::move(makeSound)), m_shelf(imagesFolder, m_makeSound)
 {
     m_deliveries.setInterval(kDeliveryMs);
+    m_news.setInterval(kNewsMs);
     connect(&m_deliveries, &QTimer::timeout, this, &CdioRipper::deliverEvents);
+    connect(&m_news, &QTimer::timeout, this, &CdioRipper::tellDevices);
 }
 
 CdioRipper::~CdioRipper()
@@ -66,43 +79,71 @@ CdioRipper::~CdioRipper()
     abort();
     m_watch.reset(); // waits a while for the thread
     if (m_aborted)
-        m_aborted->abandon();
+        abandon(m_aborted, kRemovalPatience);
 }
 
 int CdioRipper::deviceCount()
 {
-    m_devices = findReaders();
-    if (!m_devices.isEmpty() && !m_run) {
-        Worker asking(0ms);
-        const auto drives = m_devices;
-        const auto identified = asking.ask<QList<RipDevice>>(
-            this,
-            [drives] {
-                QList<RipDevice> all;
-                for (const RipDevice& drive : drives)
-                    all << withIdentity(drive);
-                return all;
-            },
-            kIdentityPatience);
-        m_devices = identified.value_or(drives);
-    }
-    m_devices << findImages(m_imagesFolder);
+    if (!m_run)
+        m_shelf.look(kPatience);
+    m_devices = m_shelf.devices();
+    m_told = deviceTexts();
+    m_news.start();
     return static_cast<int>(m_devices.size());
 }
 
 QString CdioRipper::deviceText1(int device) const
 {
-    return m_devices.value(device).text1;
+    return m_devices.value(device).device.text1;
 }
 
 QString CdioRipper::deviceText2(int device) const
 {
-    return m_devices.value(device).text2;
+    return m_devices.value(device).device.text2;
 }
 
 QString CdioRipper::deviceText3(int device) const
 {
-    return m_devices.value(device).text3;
+    const ListedDevice listed = m_devices.value(device);
+    const QString note = noteOf(listed);
+    return (note.isEmpty() ? listed.device.text3 : listed.device.text3 + QStringLiteral(" (%1)").arg(note))
+        .trimmed();
+}
+
+QString CdioRipper::deviceHint(int device) const
+{
+    const ListedDevice listed = m_devices.value(device);
+    const QString note = noteOf(listed);
+    return note.isEmpty() ? listed.device.path : listed.device.path + QStringLiteral(": ") + note;
+}
+
+/// Of the selected device more is known than the list knows.
+QString CdioRipper::noteOf(const ListedDevice& listed) const
+{
+    const DiscKnowledge found = known();
+    if (!found.answered || m_watch->device().path != listed.device.path)
+        return listed.note;
+    return found.refusal ? refusalWords(*found.refusal) : found.remark;
+}
+
+QStringList CdioRipper::deviceTexts() const
+{
+    QStringList all;
+    for (int device = 0; device < m_devices.size(); ++device)
+        all << deviceText1(device) + u' ' + deviceText2(device) + u' ' + deviceText3(device);
+    return all;
+}
+
+void CdioRipper::tellDevices()
+{
+    if (m_run)
+        return;
+    m_shelf.recheck();
+    m_devices = m_shelf.devices();
+    if (QStringList now = deviceTexts(); now != m_told) {
+        m_told = std::move(now);
+        emit DevicesChanged(static_cast<int>(m_devices.size()));
+    }
 }
 
 bool CdioRipper::refuse(int status)
@@ -119,8 +160,9 @@ bool CdioRipper::selectDevice(int device)
         m_watch.reset();
         return refuse(kNoSuchDevice);
     }
-    if (!m_watch || m_watch->device() != m_devices[device])
-        watch(m_devices[device]);
+    const RipDevice& chosen = m_devices[device].device;
+    if (!m_watch || m_watch->device().path != chosen.path)
+        watch(chosen);
     m_queue.clear();
     const DiscKnowledge found = m_watch->look(kPatience);
     if (found.refusal)
@@ -134,7 +176,7 @@ void CdioRipper::watch(const RipDevice& device)
 {
     if (m_watch && m_watch->isAsking())
         m_putAside.push_back(std::move(m_watch));
-    m_watch = std::make_unique<DiscWatch>(device);
+    m_watch = std::make_unique<DiscWatch>(device, m_makeSound);
 }
 
 int CdioRipper::status() const
@@ -220,6 +262,7 @@ int CdioRipper::driveState()
 void CdioRipper::clearQueue()
 {
     m_queue.clear();
+    m_targetHangs = false;
 }
 
 bool CdioRipper::addTrack(int track, const QString& path)
@@ -227,13 +270,26 @@ bool CdioRipper::addTrack(int track, const QString& path)
     const TocTrack found = toc(track);
     if (m_run)
         return refuse(kExtracting);
-    if (!found.audio)
+    if (!found.audio || found.frames < 1)
         return refuse(kNothingToDo);
-    if (!canBeMade(path, kHeaderBytes + CdTime::fromFrames(found.frames).bytes()))
+    const RipTask task{track, path, found};
+    if (!canTake(task))
         return refuse(kNoPermission);
-    m_queue << RipTask{track, path, found};
+    m_queue << task;
     m_status = kReady;
     return true;
+}
+
+/// A folder that does not answer in time is not asked again, and the extraction tells what becomes of it.
+bool CdioRipper::canTake(const RipTask& task)
+{
+    if (m_targetHangs)
+        return true;
+    const qint64 bytes = kHeaderBytes + CdTime::fromFrames(task.toc.frames).bytes();
+    const auto can =
+        Within(kPatience).answer<bool>([path = task.path, bytes] { return canBeMade(path, bytes); });
+    m_targetHangs = !can;
+    return can.value_or(true);
 }
 
 bool CdioRipper::start()
@@ -258,7 +314,7 @@ void CdioRipper::abort()
     m_run->stop();
     m_aborted = std::move(m_run);
     m_run.reset();
-    QTimer::singleShot(kAbandonMs, this, [run = m_aborted] { run->abandon(); });
+    QTimer::singleShot(kAbandonMs, this, [run = m_aborted] { zib::abandon(run, 0ms); });
 }
 
 QStringList CdioRipper::unreadTracks() const

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "components/CDRipperX.h"
-#include "engines/rip/DeviceList.h"
+#include "engines/rip/DeviceShelf.h"
 #include "engines/rip/DiscWatch.h"
 #include "engines/rip/RipRun.h"
 
@@ -14,19 +14,20 @@ namespace zib {
 
 struct RipEvent;
 
-/// The ripper on libcdio and its paranoia: drives and disc images through the same calls. Everything that
-/// touches a drive runs on that drive's own thread; the calls here answer from what is known.
+/// The ripper: drives through libcdio and its paranoia, disc images by plain reads. Everything that touches a
+/// drive or an image runs on a thread of its own; the calls here answer from what is known.
 class CdioRipper final : public CDRipperX
 {
     Q_OBJECT
 public:
-    explicit CdioRipper(QString imagesFolder, QObject* parent = nullptr);
+    CdioRipper(const QString& imagesFolder, MakeAudioFile makeSound, QObject* parent = nullptr);
     ~CdioRipper() override;
 
     int deviceCount() override;
     QString deviceText1(int device) const override;
     QString deviceText2(int device) const override;
     QString deviceText3(int device) const override;
+    QString deviceHint(int device) const override;
     bool selectDevice(int device) override;
     int status() const override;
     int maxReadSpeed() override;
@@ -53,14 +54,22 @@ private:
     void watch(const RipDevice& device);
     DiscKnowledge known() const;
     TocTrack toc(int track) const;
+    QString noteOf(const ListedDevice& listed) const;
+    bool canTake(const RipTask& task);
+    QStringList deviceTexts() const;
+    void tellDevices();
     void deliverEvents();
     void deliver(const RipEvent& event);
 
-    QString m_imagesFolder;
-    QList<RipDevice> m_devices;
+    MakeAudioFile m_makeSound;
+    DeviceShelf m_shelf;
+    QList<ListedDevice> m_devices;
+    QStringList m_told; ///< What the list of devices said last.
+    QTimer m_news;      ///< For what devices tell late.
     int m_status = kReady;
     int m_speed = 0;
     QList<RipTask> m_queue;
+    bool m_targetHangs = false; ///< A folder for files did not answer in time.
     QStringList m_unread;
     QTimer m_deliveries;
     std::shared_ptr<RipRun> m_run;     ///< The extraction under way.

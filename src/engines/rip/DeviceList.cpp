@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <QStorageInfo>
 
 #include <algorithm>
@@ -57,12 +58,32 @@ QList<RipDevice> findReaders()
 QList<RipDevice> findImages(const QString& folder)
 {
     QList<RipDevice> found;
-    const auto sheets =
-        QDir(folder).entryInfoList({QStringLiteral("*.cue")}, QDir::Files | QDir::Readable, QDir::Name);
-    for (const QFileInfo& sheet : sheets)
-        found << RipDevice{sheet.absoluteFilePath(), sheet.completeBaseName(), QStringLiteral("Disc"),
-                           QStringLiteral("image"), true};
+    QSet<QString> names;
+    for (const QString& ending : {QStringLiteral("*.cue"), QStringLiteral("*.toc")})
+        for (const QFileInfo& sheet : QDir(folder).entryInfoList({ending}, QDir::Files, QDir::Name)) {
+            const QString name = sheet.completeBaseName();
+            found << RipDevice{sheet.absoluteFilePath(), names.contains(name) ? sheet.fileName() : name,
+                               QStringLiteral("Disc"), QStringLiteral("image"), true};
+            names << name;
+        }
+    std::stable_sort(found.begin(), found.end(),
+                     [](const RipDevice& a, const RipDevice& b) { return a.text1 < b.text1; });
     return found;
+}
+
+QString refusalWords(const Failure& why)
+{
+    switch (why.kind) {
+    case Failure::Kind::Busy:
+        return QStringLiteral("used by another program");
+    case Failure::Kind::NoPermission:
+        return QFileInfo(why.detail).isAbsolute() ? QStringLiteral("no permission") : why.detail;
+    case Failure::Kind::UnreadableFile:
+    case Failure::Kind::BadValue:
+        return why.detail;
+    default:
+        return why.detail.startsWith(u'/') ? QString() : why.detail;
+    }
 }
 
 Outcome<> whetherFree(const QString& device)
@@ -96,10 +117,6 @@ RipDevice withIdentity(RipDevice device)
         }
     if (device.text2.isEmpty())
         device.text2 = QStringLiteral("Drive");
-    if (!free && free.error().kind == Failure::Kind::Busy)
-        device.text3 = (device.text3 + QStringLiteral(" (used by another program)")).trimmed();
-    else if (!free && free.error().kind == Failure::Kind::NoPermission)
-        device.text3 = (device.text3 + QStringLiteral(" (no permission)")).trimmed();
     return device;
 }
 

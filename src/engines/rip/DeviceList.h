@@ -10,7 +10,7 @@ namespace zib {
 /// One place that a disc can be read from.
 struct RipDevice
 {
-    QString path{};  ///< The device node, or the CUE sheet of an image.
+    QString path{};  ///< The device node, or the sheet of an image.
     QString text1{}; ///< What the list of drives shows: place,
     QString text2{}; ///< maker,
     QString text3{}; ///< and model.
@@ -21,14 +21,15 @@ struct RipDevice
 
 /// The optical drives of this machine, with maker and model where the system knows them. Asks no drive.
 QList<RipDevice> findReaders();
-/// The disc images in @p folder, by name.
+/// The disc images in @p folder, by name: CUE sheets and TOC files. May wait for the storage.
 QList<RipDevice> findImages(const QString& folder);
 
 /// Whether a drive can be had, without disturbing who has it.
 /// @returns Busy, NoPermission or NotFound. A mounted disc does not make its drive busy.
 Outcome<> whetherFree(const QString& device);
-/// Asks a drive for maker and model where the system did not know them, and notes why it cannot be used.
-/// May take its time.
+/// Why a device cannot be used, in a few words for the list; empty when the list need not tell.
+QString refusalWords(const Failure& why);
+/// Asks a drive for maker and model where the system did not know them. May take its time.
 RipDevice withIdentity(RipDevice device);
 
 /// A drive for ourselves, for as long as this lives.

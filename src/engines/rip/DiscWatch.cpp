@@ -1,5 +1,7 @@
 #include "engines/rip/DiscWatch.h"
 
+#include "engines/rip/CdioDisc.h"
+#include "engines/rip/ImageDisc.h"
 #include "engines/rip/RipRun.h"
 
 #include <condition_variable>
@@ -16,9 +18,10 @@ constexpr qint64 kRefusedPollMs = 1000;
 /// Lives as long as the last task on the thread, which may be longer than the watch.
 struct DiscWatch::Shared
 {
-    explicit Shared(RipDevice watched) : device(std::move(watched)) {}
+    Shared(RipDevice watched, MakeAudioFile make) : device(std::move(watched)), makeSound(std::move(make)) {}
 
     const RipDevice device;
+    const MakeAudioFile makeSound;
     std::mutex mutex;
     std::condition_variable changed;
     DiscKnowledge knowledge; // under the mutex
@@ -26,7 +29,8 @@ struct DiscWatch::Shared
     bool swapped = false;    // under the mutex
 
     // The thread's own.
-    std::shared_ptr<CdioDisc> disc;
+    std::shared_ptr<CdioDisc> disc;   // in a drive
+    std::shared_ptr<ImageDisc> image; // or an image
     int setSpeed = 0;
 
     void refresh();
@@ -37,6 +41,7 @@ struct DiscWatch::Shared
     void publishEmpty();
     void refuse(const Failure& why);
     void extract(RipRun& run, int speed);
+    void extractFromDrive(RipRun& run, int speed);
     bool isPresent();
 };
 
@@ -52,12 +57,14 @@ void DiscWatch::Shared::publishEmpty()
         known.refusal.reset();
         known.present = false;
         known.tracks.clear();
+        known.remark.clear();
     });
 }
 
 void DiscWatch::Shared::refuse(const Failure& why)
 {
     disc.reset();
+    image.reset();
     publish([&why](DiscKnowledge& known) { known = {.refusal = why}; });
 }
 
@@ -75,20 +82,23 @@ void DiscWatch::Shared::refresh()
         refreshDrive();
     const std::lock_guard lock(mutex);
     asking = false;
+    knowledge.answered = true;
     changed.notify_all();
 }
 
 /// An image may be written anew, or go.
 void DiscWatch::Shared::refreshImage()
 {
-    const auto opened = CdioDisc::openImage(device.path);
+    if (image && image->isCurrent())
+        return;
+    const auto opened = ImageDisc::open(device.path, makeSound);
     if (!opened)
         return refuse(opened.error());
-    disc = opened.value();
-    const QList<TocTrack> tracks = disc->tracks();
+    image = opened.value();
+    const QList<TocTrack> tracks = image->tracks();
     const std::lock_guard lock(mutex);
     swapped = swapped || (knowledge.present && knowledge.tracks != tracks);
-    knowledge = {.present = true, .tracks = tracks};
+    knowledge = {.present = true, .tracks = tracks, .names = image->names(), .remark = image->remark()};
 }
 
 void DiscWatch::Shared::refreshDrive()
@@ -134,30 +144,41 @@ void DiscWatch::Shared::readDisc()
     knowledge.refusal.reset();
     knowledge.present = true;
     knowledge.tracks = tracks;
+    knowledge.remark.clear();
+}
+
+void DiscWatch::Shared::extract(RipRun& run, int speed)
+{
+    if (!device.isImage)
+        return extractFromDrive(run, speed);
+    std::unique_lock lock(mutex);
+    const Outcome<> why = knowledge.refusal ? Outcome<>(*knowledge.refusal) : Outcome<>();
+    lock.unlock();
+    run.run(image.get(), why);
 }
 
 /// The drive is ours meanwhile. A disc that was lost on the way is looked at anew.
-void DiscWatch::Shared::extract(RipRun& run, int speed)
+void DiscWatch::Shared::extractFromDrive(RipRun& run, int speed)
 {
-    const Outcome<> free = device.isImage ? Outcome<>() : whetherFree(device.path);
+    const Outcome<> free = whetherFree(device.path);
     if (!free || !disc)
         return free ? run.run(nullptr) : run.run(nullptr, free);
     if (std::exchange(setSpeed, speed) != speed)
         disc->setReadSpeed(speed);
     {
-        std::optional<DriveHold> hold;
-        if (!device.isImage)
-            hold.emplace(device.path);
+        const DriveHold hold(device.path);
         run.run(disc.get());
     }
+    if (run.refusedSound())
+        publish([](DiscKnowledge& known) { known.remark = QStringLiteral("refuses to read sound"); });
     if (run.lostDisc()) {
         disc.reset();
         publishEmpty();
     }
 }
 
-DiscWatch::DiscWatch(const RipDevice& device)
-    : m_shared(std::make_shared<Shared>(device)), m_worker(kFarewell)
+DiscWatch::DiscWatch(const RipDevice& device, MakeAudioFile makeSound)
+    : m_shared(std::make_shared<Shared>(device, std::move(makeSound))), m_worker(kFarewell)
 {
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "common/Worker.h"
-#include "engines/rip/CdioDisc.h"
 #include "engines/rip/DeviceList.h"
+#include "engines/rip/Disc.h"
+#include "engines/rip/ImageFile.h"
 
 #include <QElapsedTimer>
 
@@ -21,6 +22,9 @@ struct DiscKnowledge
     bool present = false;             ///< A disc is in, and its tracks are known.
     int maxSpeed = 0;
     QList<TocTrack> tracks{};
+    AlbumNames names{};
+    QString remark{};      ///< What is amiss although tracks can be read, in words.
+    bool answered = false; ///< The drive, or the image, was asked once.
 };
 
 /// Watches the disc in one drive, or one image, on a thread of its own, so that nobody waits for a drive.
@@ -28,12 +32,13 @@ struct DiscKnowledge
 class DiscWatch
 {
 public:
-    explicit DiscWatch(const RipDevice& device);
+    /// @param makeSound for images that stand on files of sound.
+    DiscWatch(const RipDevice& device, MakeAudioFile makeSound);
     ~DiscWatch();
     Q_DISABLE_COPY_MOVE(DiscWatch)
 
-    /// What hangs in the drive when the watch ends is left behind after so long.
-    static constexpr std::chrono::milliseconds kFarewell{1000};
+    /// What hangs in the drive, or in the storage of an image, when the watch ends is left behind after so long.
+    static constexpr std::chrono::milliseconds kFarewell{90};
 
     const RipDevice& device() const;
     /// Has the drive asked anew and waits a little for the answer: what is known then, fresh or not.

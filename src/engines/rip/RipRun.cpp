@@ -2,10 +2,9 @@
 
 #include "common/CdTime.h"
 #include "components/CDRipperX.h"
-#include "engines/rip/TrackReader.h"
 
 #include <algorithm>
-#include <optional>
+#include <memory>
 
 namespace zib {
 
@@ -23,12 +22,15 @@ QString sentence(const Failure& failure, const QString& place)
         return QStringLiteral("could not be read at %1: the drive does not answer any more").arg(place);
     case Failure::Kind::Busy:
         return QStringLiteral("could not be read at %1: another program uses the drive").arg(place);
+    case Failure::Kind::Unsupported:
+        return QStringLiteral("could not be read at %1: the drive refuses to read sound").arg(place);
     case Failure::Kind::WriteFailed:
         return QStringLiteral("could not be saved: check the folder and its free space");
     case Failure::Kind::NoPermission:
         return QStringLiteral("could not be saved: you may not write into the folder");
     default:
-        return QStringLiteral("could not be read at %1").arg(place);
+        return QStringLiteral("could not be read at %1").arg(place) +
+               (failure.detail.isEmpty() ? QString() : QStringLiteral(": ") + failure.detail);
     }
 }
 
@@ -40,13 +42,13 @@ bool holdsForAllTracks(Failure::Kind kind)
 
 } // namespace
 
-void RipRun::run(const CdioDisc* disc, const Outcome<>& why)
+void RipRun::run(const Disc* disc, const Outcome<>& why)
 {
     m_events.push({.kind = RipEvent::Kind::Started});
-    std::optional<TrackReader> reader;
+    std::unique_ptr<FrameReader> reader;
     Outcome<> usable = why;
     if (disc) {
-        reader.emplace(*disc, m_stopped, [this](int kind, qint32 frame) { tellPosition(kind, frame); });
+        reader = disc->makeReader(m_stopped, [this](int kind, qint32 frame) { tellPosition(kind, frame); });
         usable = reader->open();
     }
     for (const RipTask& task : m_tasks) {
@@ -68,6 +70,7 @@ void RipRun::run(const CdioDisc* disc, const Outcome<>& why)
             if (holdsForAllTracks(copied.error().kind))
                 usable = copied;
             m_lostDisc = !usable;
+            m_refusedSound = m_refusedSound || copied.error().kind == Failure::Kind::Unsupported;
         }
         m_events.push({.kind = RipEvent::Kind::TrackFinished});
     }
@@ -75,7 +78,7 @@ void RipRun::run(const CdioDisc* disc, const Outcome<>& why)
     m_events.push({.kind = RipEvent::Kind::Finished});
 }
 
-Outcome<> RipRun::copy(TrackReader& reader, const RipTask& task, qint32& done)
+Outcome<> RipRun::copy(FrameReader& reader, const RipTask& task, qint32& done)
 {
     if (auto begun = m_file.begin(task.path, task.toc.frames); !begun)
         return begun;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engines/rip/CdioDisc.h"
+#include "engines/rip/Disc.h"
 #include "engines/rip/RipEvents.h"
 #include "engines/rip/RipFile.h"
 
@@ -10,8 +10,6 @@
 #include <atomic>
 
 namespace zib {
-
-class TrackReader;
 
 /// One track to be copied.
 struct RipTask
@@ -29,12 +27,15 @@ public:
     explicit RipRun(QList<RipTask> tasks) : m_tasks(std::move(tasks)) {}
 
     /// Does it all, on the worker's thread.  @param disc none when it cannot be had, for the reason @p why.
-    void run(const CdioDisc* disc, const Outcome<>& why = Failure{Failure::Kind::DeviceGone});
+    void run(const Disc* disc, const Outcome<>& why = Failure{Failure::Kind::DeviceGone});
     /// Behind run(): whether the disc or its drive was lost on the way.
     bool lostDisc() const { return m_lostDisc; }
+    /// Behind run(): whether the drive refused to read sound.
+    bool refusedSound() const { return m_refusedSound; }
     /// Asks a running extraction to end; any thread.
     void stop() { m_stopped = true; }
-    /// Takes the unfinished file away, even while the worker hangs in a drive; any thread.
+    /// Takes the unfinished file away, even while the worker hangs in a drive; any thread. Waits where the
+    /// storage of the file hangs.
     void abandon();
 
     RipEvents& events() { return m_events; }
@@ -42,7 +43,7 @@ public:
     const QStringList& unread() const { return m_unread; }
 
 private:
-    Outcome<> copy(TrackReader& reader, const RipTask& task, qint32& done);
+    Outcome<> copy(FrameReader& reader, const RipTask& task, qint32& done);
     void tellPosition(int kind, qint32 frame);
 
     const QList<RipTask> m_tasks;
@@ -50,7 +51,8 @@ private:
     RipFile m_file;
     QStringList m_unread;
     std::atomic<bool> m_stopped = false;
-    bool m_lostDisc = false; ///< The worker's own.
+    bool m_lostDisc = false; ///< The worker's own, as the next one.
+    bool m_refusedSound = false;
 };
 
 } // namespace zib

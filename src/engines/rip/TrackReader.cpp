@@ -45,12 +45,12 @@ int kindOf(int what)
 bool endsEverything(Failure::Kind kind)
 {
     return kind == Failure::Kind::NoMedium || kind == Failure::Kind::WrongMedium ||
-           kind == Failure::Kind::DeviceGone;
+           kind == Failure::Kind::DeviceGone || kind == Failure::Kind::Unsupported;
 }
 
 } // namespace
 
-TrackReader::TrackReader(const CdioDisc& disc, const std::atomic<bool>& stopped, Progress progress,
+TrackReader::TrackReader(const CdioDisc& disc, const std::atomic<bool>& stopped, Disc::Progress progress,
                          qint64 framePatienceMs)
     : m_disc(disc), m_stopped(stopped), m_progress(std::move(progress)), m_patienceMs(framePatienceMs)
 {
@@ -71,10 +71,22 @@ Outcome<> TrackReader::open()
         return closed;
     cdio_cddap_verbose_set(m_drive, CDDA_MESSAGE_FORGETIT, CDDA_MESSAGE_FORGETIT);
     if (cdio_cddap_open(m_drive) != 0)
-        return closed;
+        return whyClosed();
     m_drive->bigendianp = 0; // as READ CD is defined; otherwise the library guesses by listening
     m_drive->read_audio = &TrackReader::readGuarded;
     return {};
+}
+
+/// The library does not say why; the first frame of sound does.
+Failure TrackReader::whyClosed() const
+{
+    const QList<TocTrack> tracks = m_disc.tracks();
+    const auto sound =
+        std::find_if(tracks.cbegin(), tracks.cend(), [](const TocTrack& track) { return track.audio; });
+    QByteArray frame(kBytesPerFrame, '\0');
+    const auto read = sound == tracks.cend() ? Outcome<>(Failure{Failure::Kind::DeviceGone})
+                                             : m_disc.read(frame.data(), sound->start, 1);
+    return read ? Failure{Failure::Kind::Unsupported} : read.error();
 }
 
 void TrackReader::begin(const TocTrack& track)

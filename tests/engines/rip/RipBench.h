@@ -79,13 +79,26 @@ struct RipBench
     /// Selects the drive whose first text is @p name and waits for its disc.
     bool takeDisc(const QString& name)
     {
-        const int count = ripper->deviceCount();
-        for (int i = 0; i < count; ++i)
-            if (ripper->deviceText1(i) == name)
-                return ripper->selectDevice(i) &&
-                       QTest::qWaitFor([this] { return ripper->driveState() == CDRipperX::kDiscLoaded; },
-                                       30'000);
-        return false;
+        const int device = find(name);
+        return device >= 0 && ripper->selectDevice(device) &&
+               QTest::qWaitFor([this] { return ripper->driveState() == CDRipperX::kDiscLoaded; }, 30'000);
+    }
+    /// The number of the device whose first text is @p name; it may be told late. Negative when there is none.
+    int find(const QString& name)
+    {
+        int count = ripper->deviceCount();
+        QObject::connect(ripper.get(), &CDRipperX::DevicesChanged, ripper.get(), [&count](int now) { count = now; });
+        int found = -1;
+        const bool is = QTest::qWaitFor(
+            [&] {
+                for (int i = 0; i < count; ++i)
+                    if (ripper->deviceText1(i) == name)
+                        found = i;
+                return found >= 0;
+            },
+            20'000);
+        ripper->disconnect(ripper.get(), &CDRipperX::DevicesChanged, ripper.get(), nullptr);
+        return is ? found : -1;
     }
     bool ended() const { return said.contains("finished"); }
     /// Copies tracks and waits for the end.  @returns "finished", or what went wrong instead.

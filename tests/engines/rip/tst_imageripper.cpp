@@ -211,10 +211,9 @@ private slots:
             << head + "  TRACK 01 AUDIO\n  TRACK 02 AUDIO\n    INDEX 01 00:00:00\n";
         QTest::newRow("missing binary") << "FILE \"other.bin\" BINARY\n" + first;
         QTest::newRow("folder as binary") << "FILE \"..\" BINARY\n" + first;
-        QTest::newRow("binary elsewhere") << "FILE \"/etc/passwd\" BINARY\n" + first;
+        QTest::newRow("device as binary") << "FILE \"/dev/null\" BINARY\n" + first;
         QTest::newRow("binary above") << "FILE \"../disc.bin\" BINARY\n" + first;
         QTest::newRow("other kind of file") << "FILE \"disc.bin\" MP3\n" + first;
-        QTest::newRow("two files") << head + first + head + "  TRACK 02 AUDIO\n    INDEX 01 00:00:00\n";
         QTest::newRow("unknown mode") << head + "  TRACK 01 VIDEO\n    INDEX 01 00:00:00\n";
         QTest::newRow("track 0") << head + "  TRACK 00 AUDIO\n    INDEX 01 00:00:00\n";
         QTest::newRow("track 100") << head + "  TRACK 100 AUDIO\n    INDEX 01 00:00:00\n";
@@ -225,13 +224,12 @@ private slots:
         QTest::newRow("no time") << head + "  TRACK 01 AUDIO\n    INDEX 01 soon\n";
         QTest::newRow("backwards")
             << head + "  TRACK 01 AUDIO\n    INDEX 01 00:03:00\n  TRACK 02 AUDIO\n    INDEX 01 00:01:00\n";
-        QTest::newRow("beyond the file") << head + first + "  TRACK 02 AUDIO\n    INDEX 01 70:00:00\n";
         QTest::newRow("index without track") << head + "    INDEX 01 00:00:00\n";
         QTest::newRow("noise") << discSound(1, 1);
         QTest::newRow("noughts") << QByteArray(3000, '\0');
         QTest::newRow("one long line")
             << head + "  TITLE \"" + QByteArray(20'000, 'x') + "\"\n" + "  TRACK 01 AUDIO\n    INDEX 01\n";
-        QTest::newRow("huge") << head + first + QByteArray(70'000, '\n');
+        QTest::newRow("huge") << head + first + QByteArray(1'100'000, '\n');
     }
     void sheet_thatIsBroken_isListedButHasNoDisc()
     {
@@ -301,7 +299,7 @@ private slots:
         QVERIFY(QFile::resize(b.images() + "/disc.bin", 600 * 2352));
         QVERIFY(r.ripper->start());
         QTRY_VERIFY_WITH_TIMEOUT(r.ended(), 60'000);
-        QCOMPARE(r.ripper->unreadTracks(), QStringList("Track 2 could not be read at 00:02:00"));
+        QCOMPARE(r.ripper->unreadTracks(), QStringList("Track 2 could not be read at 00:02:00: the file disc.bin cannot be read there"));
         QCOMPARE(r.left(), QStringList("Track1.wav"));
     }
 

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "common/Outcome.h"
+
+#include <QList>
+#include <QString>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+namespace zib {
+
+/// A track as the table of contents tells it, or the sheet of an image.
+struct TocTrack
+{
+    int number = 0;   ///< The disc's own number.
+    qint32 start = 0; ///< First frame.
+    qint32 frames = 0;
+    bool audio = false;
+    bool copyPermitted = false;
+    bool preemphasis = false;
+    qint32 gap = 0;    ///< Frames of its gap, which lie before its start; 0 where it is not known.
+    QString title{};   ///< Empty where nobody tells it, as the performer.
+    QString performer{};
+
+    bool operator==(const TocTrack&) const = default;
+};
+
+/// What bears a name on a disc besides its tracks.
+struct AlbumNames
+{
+    QString title{};
+    QString performer{};
+
+    bool operator==(const AlbumNames&) const = default;
+};
+
+/// Reads tracks of sound frame by frame. The worker's thread only.
+class FrameReader
+{
+public:
+    virtual ~FrameReader() = default;
+
+    /// @returns why no track can be read.
+    virtual Outcome<> open() = 0;
+    virtual void begin(const TocTrack& track) = 0;
+    /// The next frame of the track: 2352 bytes that last until the next call.
+    /// @returns UnreadableFile when it cannot be read; NoMedium, WrongMedium, DeviceGone or Unsupported (it
+    /// reads no sound) when none can; or Cancelled.
+    virtual Outcome<const char*> next() = 0;
+    /// Behind a frame that cannot be read: the frame that is to blame, which may lie a little ahead.
+    virtual qint32 badFrame() const = 0;
+};
+
+/// A disc to be read, in a drive or as an image. One thread at a time.
+class Disc
+{
+public:
+    /// Told of the work as one of CDRipperX's kinds of progress, with the frame it is at.
+    using Progress = std::function<void(int kind, qint32 frame)>;
+
+    virtual ~Disc() = default;
+
+    /// The tracks in disc order; empty when there is none.
+    virtual QList<TocTrack> tracks() const = 0;
+    /// A reader that does not outlive the disc.  @param stopped ends its work when set by another thread.
+    virtual std::unique_ptr<FrameReader> makeReader(const std::atomic<bool>& stopped,
+                                                    Progress progress) const = 0;
+};
+
+} // namespace zib
