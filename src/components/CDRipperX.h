@@ -40,15 +40,16 @@ public:
     using QObject::QObject;
     ~CDRipperX() override;
 
-    /// Looks for devices: drives first, then the disc images of the program folder. What answers late is told by
-    /// DevicesChanged.
+    /// Looks for devices: drives first, then the disc images of the program folder. What answers late is told
+    /// by DevicesChanged.
     virtual int deviceCount() = 0;
-    /// Identity texts: the path, the maker and the model; of an image its name, "Disc" and "image". The last one
-    /// tells in parentheses why the device cannot be used, for as long as that is so.
+    /// Identity texts: the path, the maker and the model; of an image its name, "Disc" and "image". The last
+    /// one tells in parentheses why the device cannot be used, for as long as that is so.
     virtual QString deviceText1(int device) const = 0;
     virtual QString deviceText2(int device) const = 0;
     virtual QString deviceText3(int device) const = 0;
-    /// The path of the device, and why it cannot be used where that is known: more than the list has room for.
+    /// The path of the device, and why it cannot be used where that is known: more than the list has room
+    /// for.
     virtual QString deviceHint(int device) const { return deviceText1(device); }
     /// @returns false when the drive cannot be used; status then says why, and driveState tells when it can
     /// be.

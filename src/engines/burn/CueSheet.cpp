@@ -6,6 +6,9 @@ namespace zib {
 
 namespace {
 
+/// The disc is its owner's own: nothing forbids to copy it (digital copy permitted).
+const QString kCopyPermitted = QStringLiteral("FLAGS DCP");
+
 /// A time as a whole number of frames, or -1.
 qint64 framesOf(const QString& minutes, const QString& seconds, const QString& frames)
 {
@@ -28,6 +31,8 @@ bool takeLine(const QString& line, CueContent& content)
         content.tracks << CueTrack{CdTime::fromFrames(-1), CdTime::fromFrames(-1)};
         return m.captured(1).toInt() == content.tracks.size();
     }
+    if (line == kCopyPermitted)
+        return !content.tracks.isEmpty();
     const auto m = index.match(line);
     if (!m.hasMatch() || content.tracks.isEmpty())
         return false;
@@ -59,6 +64,7 @@ QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks)
     QString text = QStringLiteral("FILE \"%1\" BINARY\n").arg(binName);
     for (qsizetype i = 0; i < tracks.size(); ++i) {
         text += QStringLiteral("  TRACK %1 AUDIO\n").arg(i + 1, 2, 10, QLatin1Char('0'));
+        text += QStringLiteral("    %1\n").arg(kCopyPermitted);
         if (tracks[i].gap != tracks[i].start)
             text += QStringLiteral("    INDEX 00 %1\n").arg(tracks[i].gap.toMsf());
         text += QStringLiteral("    INDEX 01 %1\n").arg(tracks[i].start.toMsf());

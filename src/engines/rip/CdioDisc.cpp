@@ -94,7 +94,8 @@ bool isRefusal(const Sense& sense)
 
 } // namespace
 
-CdioDisc::CdioDisc(std::shared_ptr<_CdIo> disc, QString path) : m_disc(std::move(disc)), m_path(std::move(path))
+CdioDisc::CdioDisc(std::shared_ptr<_CdIo> disc, QString path)
+    : m_disc(std::move(disc)), m_path(std::move(path))
 {
 }
 

@@ -44,8 +44,8 @@ public:
                                             Progress progress) const override;
 
     /// Reads frames of sound once, without a second try.
-    /// @returns NoMedium, WrongMedium (another disc), DeviceGone, Busy (not ready yet), Unsupported (the drive
-    /// refuses to read sound), or UnreadableFile.
+    /// @returns NoMedium, WrongMedium (another disc), DeviceGone, Busy (not ready yet), Unsupported (the
+    /// drive refuses to read sound), or UnreadableFile.
     Outcome<> read(char* data, qint32 first, qint32 count) const;
 
     _CdIo* handle() const { return m_disc.get(); }

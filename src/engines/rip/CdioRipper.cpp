@@ -10,6 +10,7 @@
 #include <QStorageInfo>
 
 #include <chrono>
+#include <thread>
 #include <utility>
 
 #include <unistd.h>
@@ -27,7 +28,7 @@ constexpr auto kPatience = 45ms;
 /// Devices that tell something late are listened to so often.
 constexpr int kNewsMs = 300;
 /// A file that is to go is waited for so long.
-constexpr auto kRemovalPatience = 250ms;
+constexpr auto kRemovalPatience = 40ms;
 /// An aborted extraction that hangs in its drive loses its file after so long.
 constexpr int kAbandonMs = 1000;
 constexpr qint64 kHeaderBytes = 44;
@@ -171,11 +172,11 @@ bool CdioRipper::selectDevice(int device)
     return true;
 }
 
-/// A watch that hangs in its drive is put aside, for nobody waits for it here.
+/// The old watch may hang in its drive: another thread sees it off, for nobody waits for it here.
 void CdioRipper::watch(const RipDevice& device)
 {
-    if (m_watch && m_watch->isAsking())
-        m_putAside.push_back(std::move(m_watch));
+    if (m_watch)
+        std::thread([old = std::shared_ptr<DiscWatch>(std::move(m_watch))] {}).detach();
     m_watch = std::make_unique<DiscWatch>(device, m_makeSound);
 }
 

@@ -8,7 +8,6 @@
 #include <QTimer>
 
 #include <memory>
-#include <vector>
 
 namespace zib {
 
@@ -75,7 +74,6 @@ private:
     std::shared_ptr<RipRun> m_run;     ///< The extraction under way.
     std::shared_ptr<RipRun> m_aborted; ///< The one that was ended last, and may still hang in its drive.
     std::unique_ptr<DiscWatch> m_watch;
-    std::vector<std::unique_ptr<DiscWatch>> m_putAside;
 };
 
 } // namespace zib

@@ -53,12 +53,12 @@ private:
     DiscSheet m_sheet;
     QString m_failure;
     int m_line = 0;
-    int m_index = -1;         ///< The last index of the track; -1 before its first one.
-    qint64 m_postgap = 0;     ///< Of the track, in bytes.
-    qint64 m_at = 0;          ///< The last index in the file: in frames,
-    qint64 m_offset = 0;      ///< and in bytes.
-    int m_lastSector = 0;     ///< Bytes of a sector behind it; 0 before the first one of a file.
-    int m_openTrack = -1;     ///< The piece that the next index in the file ends.
+    int m_index = -1;     ///< The last index of the track; -1 before its first one.
+    qint64 m_postgap = 0; ///< Of the track, in bytes.
+    qint64 m_at = 0;      ///< The last index in the file: in frames,
+    qint64 m_offset = 0;  ///< and in bytes.
+    int m_lastSector = 0; ///< Bytes of a sector behind it; 0 before the first one of a file.
+    int m_openTrack = -1; ///< The piece that the next index in the file ends.
     qsizetype m_openPiece = 0;
 };
 

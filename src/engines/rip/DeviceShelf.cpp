@@ -20,7 +20,9 @@ constexpr qint64 kRecheckMs = 1000;
 /// Lives as long as the last task on the threads, which may be longer than the shelf.
 struct DeviceShelf::Shared
 {
-    Shared(QString folder, MakeAudioFile make) : imagesFolder(std::move(folder)), makeSound(std::move(make)) {}
+    Shared(QString folder, MakeAudioFile make) : imagesFolder(std::move(folder)), makeSound(std::move(make))
+    {
+    }
 
     const QString imagesFolder;
     const MakeAudioFile makeSound;

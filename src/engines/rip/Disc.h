@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/DiscNames.h"
 #include "common/Outcome.h"
 
 #include <QList>
@@ -20,20 +21,10 @@ struct TocTrack
     bool audio = false;
     bool copyPermitted = false;
     bool preemphasis = false;
-    qint32 gap = 0;    ///< Frames of its gap, which lie before its start; 0 where it is not known.
-    QString title{};   ///< Empty where nobody tells it, as the performer.
-    QString performer{};
+    qint32 gap = 0;     ///< Frames of its gap, which lie before its start; 0 where it is not known.
+    TrackNames names{}; ///< As the sheet of an image tells them.
 
     bool operator==(const TocTrack&) const = default;
-};
-
-/// What bears a name on a disc besides its tracks.
-struct AlbumNames
-{
-    QString title{};
-    QString performer{};
-
-    bool operator==(const AlbumNames&) const = default;
 };
 
 /// Reads tracks of sound frame by frame. The worker's thread only.

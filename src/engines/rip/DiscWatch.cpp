@@ -169,8 +169,8 @@ void DiscWatch::Shared::extractFromDrive(RipRun& run, int speed)
         const DriveHold hold(device.path);
         run.run(disc.get());
     }
-    if (run.refusedSound())
-        publish([](DiscKnowledge& known) { known.remark = QStringLiteral("refuses to read sound"); });
+    const QString remark = run.refusedSound() ? QStringLiteral("refuses to read sound") : QString();
+    publish([&remark](DiscKnowledge& found) { found.remark = remark; });
     if (run.lostDisc()) {
         disc.reset();
         publishEmpty();

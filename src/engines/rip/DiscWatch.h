@@ -22,7 +22,7 @@ struct DiscKnowledge
     bool present = false;             ///< A disc is in, and its tracks are known.
     int maxSpeed = 0;
     QList<TocTrack> tracks{};
-    AlbumNames names{};
+    DiscNames names{};     ///< Of an image.
     QString remark{};      ///< What is amiss although tracks can be read, in words.
     bool answered = false; ///< The drive, or the image, was asked once.
 };
@@ -37,8 +37,9 @@ public:
     ~DiscWatch();
     Q_DISABLE_COPY_MOVE(DiscWatch)
 
-    /// What hangs in the drive, or in the storage of an image, when the watch ends is left behind after so long.
-    static constexpr std::chrono::milliseconds kFarewell{90};
+    /// What hangs in the drive, or in the storage of an image, when the watch ends is left behind after so
+    /// long.
+    static constexpr std::chrono::milliseconds kFarewell{40};
 
     const RipDevice& device() const;
     /// Has the drive asked anew and waits a little for the answer: what is known then, fresh or not.

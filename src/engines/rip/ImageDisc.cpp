@@ -31,7 +31,8 @@ Failure unreadable(const QString& words)
 
 Outcome<QByteArray> textOf(const QString& sheet)
 {
-    const auto file = openImageFile(nativeName(sheet), QStringLiteral("of the sheet"), SheetFile::Kind::Raw, {});
+    const auto file =
+        openImageFile(nativeName(sheet), QStringLiteral("of the sheet"), SheetFile::Kind::Raw, {});
     if (!file && file.error().kind == Failure::Kind::NoPermission)
         return Failure{Failure::Kind::NoPermission, QStringLiteral("the sheet may not be read")};
     if (!file)
@@ -42,7 +43,8 @@ Outcome<QByteArray> textOf(const QString& sheet)
     QByteArray text(bytes, '\0');
     if (file.value()->read(text.data(), 0, bytes) != bytes)
         return unreadable(QStringLiteral("the sheet cannot be read"));
-    return text.trimmed().isEmpty() ? Outcome<QByteArray>(unreadable(QStringLiteral("the sheet is empty"))) : text;
+    return text.trimmed().isEmpty() ? Outcome<QByteArray>(unreadable(QStringLiteral("the sheet is empty")))
+                                    : text;
 }
 
 } // namespace
@@ -72,7 +74,8 @@ Outcome<std::shared_ptr<ImageDisc>> ImageDisc::open(const QString& sheet, const 
     return *why;
 }
 
-Outcome<> ImageDisc::openParts(const DiscSheet& sheet, const SheetFolder& folder, const MakeAudioFile& makeSound)
+Outcome<> ImageDisc::openParts(const DiscSheet& sheet, const SheetFolder& folder,
+                               const MakeAudioFile& makeSound)
 {
     for (const SheetFile& file : sheet.files) {
         const auto path = folder.find(file.name);
@@ -82,7 +85,8 @@ Outcome<> ImageDisc::openParts(const DiscSheet& sheet, const SheetFolder& folder
         const auto opened = openImageFile(*path, file.name, file.kind, makeSound);
         if (!opened)
             return opened.error();
-        m_parts << Part{file.name, *opened, file.kind == SheetFile::Kind::RawSwapped && opened.value()->isRaw()};
+        m_parts << Part{file.name, *opened,
+                        file.kind == SheetFile::Kind::RawSwapped && opened.value()->isRaw()};
     }
     return {};
 }
@@ -96,7 +100,9 @@ Outcome<> ImageDisc::arrange(const DiscSheet& sheet)
     if (!layout)
         return layout.error();
     m_layout = std::move(layout).value();
-    m_names = {sheet.title, sheet.performer};
+    m_names = {sheet.title, sheet.performer, {}};
+    for (const TocTrack& track : std::as_const(m_layout.tracks))
+        m_names.tracks << track.names;
     return {};
 }
 

@@ -24,7 +24,8 @@ public:
     QList<TocTrack> tracks() const override { return m_layout.tracks; }
     std::unique_ptr<FrameReader> makeReader(const std::atomic<bool>& stopped,
                                             Progress progress) const override;
-    AlbumNames names() const { return m_names; }
+    /// What the sheet calls the disc and its tracks.
+    DiscNames names() const { return m_names; }
     /// What is amiss although tracks can be read, in words; empty when all is well.
     QString remark() const { return m_layout.remark; }
     /// Whether sheet and files are still those that were opened.
@@ -66,7 +67,7 @@ private:
     QList<Stamp> m_stamps;
     QList<Part> m_parts;
     ImageLayout m_layout;
-    AlbumNames m_names;
+    DiscNames m_names;
     mutable QHash<int, bool> m_swapped; ///< By part, once it was listened to.
 };
 

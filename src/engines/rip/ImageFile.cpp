@@ -128,10 +128,11 @@ Outcome<std::shared_ptr<ImageFile>> openSound(const QByteArray& path, const QStr
     if (sound->open(QFile::decodeName(path)) < 0)
         return unreadable(QStringLiteral("the file %1 is no sound that can be read"), name);
     if (sound->formatRate() != kCdSampleRate)
-        return Failure{Failure::Kind::UnreadableFile, QStringLiteral("the file %1 has %2 Hz, and a disc has %3")
-                                                          .arg(name)
-                                                          .arg(sound->formatRate())
-                                                          .arg(kCdSampleRate)};
+        return Failure{Failure::Kind::UnreadableFile,
+                       QStringLiteral("the file %1 has %2 Hz, and a disc has %3")
+                           .arg(name)
+                           .arg(sound->formatRate())
+                           .arg(kCdSampleRate)};
     return std::shared_ptr<ImageFile>(std::make_shared<SoundFile>(std::move(sound)));
 }
 

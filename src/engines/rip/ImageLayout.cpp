@@ -75,8 +75,7 @@ void Layouter::addTrack(const SheetTrack& track)
                                 .copyPermitted = track.copyPermitted,
                                 .preemphasis = track.preemphasis,
                                 .gap = static_cast<qint32>((start - begin) / kBytesPerFrame),
-                                .title = track.title,
-                                .performer = track.performer};
+                                .names = {track.title, track.performer}};
 }
 
 void Layouter::addPiece(const SheetTrack& track, const SheetPiece& piece)
@@ -101,8 +100,7 @@ qint64 Layouter::bytesOf(const SheetPiece& piece)
     const qint64 left = m_fileBytes[piece.file] - piece.offset;
     const bool isEmpty = piece.bytes < 0 && left == 0 && !piece.isGap;
     if ((left < qMax<qint64>(piece.bytes, 0) || isEmpty) && m_layout.remark.isEmpty())
-        m_layout.remark =
-            QStringLiteral("the file %1 is too short").arg(m_sheet.files[piece.file].name);
+        m_layout.remark = QStringLiteral("the file %1 is too short").arg(m_sheet.files[piece.file].name);
     return piece.bytes < 0 ? qMax<qint64>(left, 0) : piece.bytes;
 }
 
@@ -116,7 +114,8 @@ Outcome<> Layouter::setLengths()
             end = tracks[i + 1].start - (tracks[i + 1].audio ? 0 : tracks[i + 1].gap);
         tracks[i].frames = qMax(end - tracks[i].start, 0);
         if (tracks[i].frames == 0 && m_layout.remark.isEmpty())
-            return Failure{Failure::Kind::BadValue, QStringLiteral("track %1 is empty").arg(tracks[i].number)};
+            return Failure{Failure::Kind::BadValue,
+                           QStringLiteral("track %1 is empty").arg(tracks[i].number)};
     }
     return {};
 }

@@ -67,9 +67,10 @@ void RipRun::run(const Disc* disc, const Outcome<>& why)
             m_unread << QStringLiteral("Track %1 %2")
                             .arg(task.track)
                             .arg(sentence(copied.error(), CdTime::fromFrames(done).toMsf()));
-            if (holdsForAllTracks(copied.error().kind))
+            if (holdsForAllTracks(copied.error().kind)) {
                 usable = copied;
-            m_lostDisc = !usable;
+                m_lostDisc = true;
+            }
             m_refusedSound = m_refusedSound || copied.error().kind == Failure::Kind::Unsupported;
         }
         m_events.push({.kind = RipEvent::Kind::TrackFinished});

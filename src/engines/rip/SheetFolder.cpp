@@ -96,7 +96,7 @@ SheetFolder::Answer SheetFolder::entryLike(const QByteArray& folder, const QStri
     const QString wanted = folded(name);
     Answer found;
     while (const dirent* entry = ::readdir(entries)) {
-        if (!readsAs(entry->d_name, wanted))
+        if (!readsAs(entry->d_name, wanted) || !exists(folder + '/' + entry->d_name))
             continue;
         found.several = !found.path.isEmpty();
         found.path = folder + '/' + entry->d_name;

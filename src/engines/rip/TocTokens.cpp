@@ -11,7 +11,10 @@ public:
     std::optional<QList<TocToken>> scan();
 
 private:
-    QChar at(qsizetype ahead = 0) const { return m_at + ahead < m_text.size() ? m_text[m_at + ahead] : QChar(); }
+    QChar at(qsizetype ahead = 0) const
+    {
+        return m_at + ahead < m_text.size() ? m_text[m_at + ahead] : QChar();
+    }
     bool ended() const { return m_at >= m_text.size(); }
     bool isWordEnd() const;
     void skipComment();
@@ -66,7 +69,8 @@ bool TocScanner::takeQuoted()
     return true;
 }
 
-/// A quotation mark, a backslash, or three octal digits of ISO 8859-1; the last letter is left for the caller.
+/// A quotation mark, a backslash, or three octal digits of ISO 8859-1; the last letter is left for the
+/// caller.
 QChar TocScanner::takeEscaped()
 {
     const auto digit = [this](qsizetype ahead) {

@@ -42,12 +42,6 @@ int kindOf(int what)
     }
 }
 
-bool endsEverything(Failure::Kind kind)
-{
-    return kind == Failure::Kind::NoMedium || kind == Failure::Kind::WrongMedium ||
-           kind == Failure::Kind::DeviceGone || kind == Failure::Kind::Unsupported;
-}
-
 } // namespace
 
 TrackReader::TrackReader(const CdioDisc& disc, const std::atomic<bool>& stopped, Disc::Progress progress,
@@ -92,6 +86,7 @@ Failure TrackReader::whyClosed() const
 void TrackReader::begin(const TocTrack& track)
 {
     closeTrack();
+    m_track = track;
     m_failure.reset();
     m_reading = cdio_paranoia_init(m_drive);
     cdio_paranoia_modeset(m_reading, PARANOIA_MODE_FULL ^ PARANOIA_MODE_NEVERSKIP);
@@ -149,9 +144,17 @@ Outcome<> TrackReader::readOnce(char* data, qint32 first, qint32 count)
         return {};
     }
     const auto got = m_disc.read(data, first, count);
-    if (!got && endsEverything(got.error().kind))
+    if (!got && endsEverything(got.error().kind, first))
         m_failure = got.error();
     return got;
+}
+
+/// The library reads a little beyond the track too, where a drive may rightly refuse to read sound.
+bool TrackReader::endsEverything(Failure::Kind kind, qint32 frame) const
+{
+    const bool within = frame >= m_track.start && frame < m_track.start + m_track.frames;
+    return kind == Failure::Kind::NoMedium || kind == Failure::Kind::WrongMedium ||
+           kind == Failure::Kind::DeviceGone || (kind == Failure::Kind::Unsupported && within);
 }
 
 /// A request that fails is tried in smaller steps, down to the frame that is to blame.

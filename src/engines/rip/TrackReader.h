@@ -38,6 +38,7 @@ private:
     long read(char* data, qint32 first, qint32 count);
     Outcome<> readOnce(char* data, qint32 first, qint32 count);
     Failure whyClosed() const;
+    bool endsEverything(Failure::Kind kind, qint32 frame) const;
     void told(long words, int what);
     void closeTrack();
 
@@ -48,6 +49,7 @@ private:
     QByteArray m_unwanted; ///< Where frames go that are read only to empty the drive's memory.
     cdrom_drive_s* m_drive = nullptr;
     cdrom_paranoia_s* m_reading = nullptr;
+    TocTrack m_track;
     QElapsedTimer m_frameTime;
     qint32 m_badFrame = 0;
     bool m_unreadable = false;        ///< A single frame was refused while the present one was worked on.

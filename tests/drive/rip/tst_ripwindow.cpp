@@ -5,6 +5,7 @@
 #include "tools/frmRip.h"
 
 #include <QAbstractButton>
+#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
@@ -90,6 +91,36 @@ private slots:
         QVERIFY2(longest < 1900, qPrintable(QString::number(longest)));
     }
 
+    void drive_withoutDisc_thatAnswersLate_getsItsSpeeds()
+    {
+        WindowBench bench;
+        bench.recorder.removeDisc();
+        bench.recorder.set("read-speed", "8");
+        bench.recorder.addFault("ANY times=6 delay=700");
+        bench.open();
+        auto* speeds = bench.window->findChild<QComboBox*>("cboSpeeds");
+        QTest::qWait(300);
+        QVERIFY(speeds->count() <= 1);
+        QTRY_COMPARE_WITH_TIMEOUT(speeds->count(), 5, 60'000);
+        QCOMPARE(speeds->itemText(4), QString("8X"));
+        QCOMPARE(bench.list()->topLevelItemCount(), 0);
+    }
+
+    void drive_heldByAnother_isSaidInEntryAndToolTip_untilItIsFree()
+    {
+        WindowBench bench;
+        bench.recorder.insert("album", {"audio 400", "close"});
+        bench.recorder.set("open", "busy");
+        bench.open();
+        auto* drives = bench.window->findChild<QComboBox*>("cboDevices");
+        QTRY_VERIFY_WITH_TIMEOUT(drives->currentText().endsWith(" (used by another program)"), 20'000);
+        QVERIFY(drives->toolTip().endsWith("/dev/sr0: used by another program"));
+        bench.recorder.set("open", "open");
+        QTRY_VERIFY_WITH_TIMEOUT(!drives->currentText().contains('('), 20'000);
+        QVERIFY(!drives->toolTip().contains("used by"));
+        QTRY_COMPARE_WITH_TIMEOUT(bench.list()->topLevelItemCount(), 1, 20'000);
+    }
+
     void close_whileRipping_leavesNothingHalf()
     {
         WindowBench bench;
@@ -104,7 +135,7 @@ private slots:
         bench.click("cmdClose");
         QVERIFY(!bench.window->isVisible());
         bench.window.reset();
-        QCOMPARE(bench.left(), QStringList());
+        QTRY_COMPARE_WITH_TIMEOUT(bench.left(), QStringList(), 20'000);
         QCOMPARE(bench.desk.messages.shown, QStringList());
         QVERIFY(!bench.recorder.doorLocked());
     }

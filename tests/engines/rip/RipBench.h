@@ -83,11 +83,13 @@ struct RipBench
         return device >= 0 && ripper->selectDevice(device) &&
                QTest::qWaitFor([this] { return ripper->driveState() == CDRipperX::kDiscLoaded; }, 30'000);
     }
-    /// The number of the device whose first text is @p name; it may be told late. Negative when there is none.
+    /// The number of the device whose first text is @p name; it may be told late. Negative when there is
+    /// none.
     int find(const QString& name)
     {
         int count = ripper->deviceCount();
-        QObject::connect(ripper.get(), &CDRipperX::DevicesChanged, ripper.get(), [&count](int now) { count = now; });
+        QObject::connect(ripper.get(), &CDRipperX::DevicesChanged, ripper.get(),
+                         [&count](int now) { count = now; });
         int found = -1;
         const bool is = QTest::qWaitFor(
             [&] {

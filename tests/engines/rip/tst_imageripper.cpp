@@ -103,6 +103,7 @@ private slots:
             const QByteArray samples = wavSamples(r.target(track));
             QCOMPARE(samples.size(), qsizetype{r.ripper->trackLength(track)} * kBytesPerFrame);
             QCOMPARE(r.ripper->trackLength(track), 321 + (track < 3 ? kPregapFrames : 0));
+            QVERIFY(r.ripper->copyPermitted(track));
             QVERIFY(samples.startsWith(sounds[track - 1]));
             QCOMPARE(samples.mid(sounds[track - 1].size()).count('\0'),
                      samples.size() - sounds[track - 1].size());
@@ -248,6 +249,74 @@ private slots:
         QVERIFY(!r.ripper->start());
     }
 
+    void reason_ofAnImage_standsInItsEntry_andGoesWithIt()
+    {
+        ImageBench b;
+        const QByteArray sheet =
+            "FILE \"Album remastered.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n";
+        b.add("Album", sheet, discSound(100, 1));
+        b.add("Sound", QByteArray(sheet).replace("Album remastered", "Sound"), discSound(100, 2));
+        RipBench& r = b.open();
+        const int album = r.find("Album");
+        const int sound = r.find("Sound");
+        const QString reason = "the file Album remastered.bin is missing";
+        QTRY_COMPARE_WITH_TIMEOUT(r.ripper->deviceText3(album), "image (" + reason + ')', 20'000);
+        QCOMPARE(r.ripper->deviceHint(album), b.images() + "/Album.cue: " + reason);
+        QCOMPARE(r.ripper->deviceText3(sound), QString("image"));
+        QCOMPARE(r.ripper->deviceHint(sound), b.images() + "/Sound.cue");
+        QTRY_VERIFY_WITH_TIMEOUT(!r.ripper->selectDevice(album), 20'000);
+        QVERIFY(r.ripper->selectDevice(sound));
+        int told = 0;
+        connect(r.ripper.get(), &CDRipperX::DevicesChanged, this, [&told] { ++told; });
+        put(b.images() + "/Album remastered.bin", discSound(90, 3));
+        QTRY_COMPARE_WITH_TIMEOUT(told, 1, 20'000);
+        QCOMPARE(r.ripper->deviceText3(album), QString("image"));
+        QVERIFY(r.takeDisc("Album"));
+        QCOMPARE(r.rip({1}), QString("finished"));
+        QVERIFY(wavSamples(r.target(1)) == discSound(90, 3));
+        QVERIFY(QFile::remove(b.images() + "/Album remastered.bin"));
+        QTRY_COMPARE_WITH_TIMEOUT(r.ripper->driveState(), CDRipperX::kNoDisc, 20'000);
+        QTRY_COMPARE_WITH_TIMEOUT(r.ripper->deviceText3(album), "image (" + reason + ')', 20'000);
+    }
+
+    void images_ofOneName_areToldApart()
+    {
+        ImageBench b;
+        b.add("Album", "FILE \"Album.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n",
+              discSound(100, 1));
+        put(b.images() + "/Album.toc", "TRACK AUDIO\nFILE \"Album.bin\" SWAP 00:00:20 00:00:30\n");
+        put(b.images() + "/Other.TOC", "TRACK AUDIO\nSILENCE 00:04:00\n");
+        RipBench& r = b.open();
+        const int cue = r.find("Album");
+        QCOMPARE(r.ripper->deviceText1(cue + 1), QString("Album.toc"));
+        QCOMPARE(r.ripper->deviceText1(cue + 2), QString("Other"));
+        QVERIFY(r.takeDisc("Album.toc"));
+        QCOMPARE(r.rip({1}), QString("finished"));
+        QVERIFY(wavSamples(r.target(1)) == frames(discSound(100, 1), 20, 30));
+        QVERIFY(r.takeDisc("Other"));
+        QCOMPARE(r.ripper->trackLength(1), 300);
+    }
+
+    void image_longerThanItsFile_givesWhatIsThere()
+    {
+        ImageBench b;
+        b.add("disc",
+              "FILE \"disc.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n  TRACK 02 AUDIO\n"
+              "    INDEX 01 00:01:00\n  TRACK 03 AUDIO\n    INDEX 01 70:00:00\n",
+              discSound(100, 1));
+        RipBench& r = b.open();
+        QVERIFY(r.takeDisc("disc"));
+        QCOMPARE(r.ripper->deviceText3(r.find("disc")), QString("image (the file disc.bin is too short)"));
+        QCOMPARE(r.ripper->trackCount(), 3);
+        QVERIFY(!r.ripper->addTrack(3, r.target(3)));
+        QCOMPARE(r.rip({1, 2}), QString("finished"));
+        QCOMPARE(
+            r.ripper->unreadTracks(),
+            QStringList("Track 2 could not be read at 00:00:25: the file disc.bin cannot be read there"));
+        QVERIFY(wavSamples(r.target(1)) == frames(discSound(100, 1), 0, 75));
+        QCOMPARE(r.left(), QStringList("Track1.wav"));
+    }
+
     void sheet_withOddButSoundText_isTaken_data()
     {
         QTest::addColumn<QByteArray>("sheet");
@@ -299,7 +368,9 @@ private slots:
         QVERIFY(QFile::resize(b.images() + "/disc.bin", 600 * 2352));
         QVERIFY(r.ripper->start());
         QTRY_VERIFY_WITH_TIMEOUT(r.ended(), 60'000);
-        QCOMPARE(r.ripper->unreadTracks(), QStringList("Track 2 could not be read at 00:02:00: the file disc.bin cannot be read there"));
+        QCOMPARE(
+            r.ripper->unreadTracks(),
+            QStringList("Track 2 could not be read at 00:02:00: the file disc.bin cannot be read there"));
         QCOMPARE(r.left(), QStringList("Track1.wav"));
     }
 
