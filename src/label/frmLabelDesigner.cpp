@@ -121,6 +121,8 @@ void frmLabelDesigner::Form_Load(const QList<zib::CompilationRow>& rows)
             0, this, [this, words = drawn.error().detail] { m_services.messages.critical(this, words); });
     EditTarget = kNothing;
     ui->txtCursor->installEventFilter(this);
+    for (QPushButton* button : findChildren<QPushButton*>())
+        button->installEventFilter(this);
     showFit();
 }
 
@@ -131,28 +133,29 @@ void frmLabelDesigner::mouseReleaseEvent(QMouseEvent* event)
         Form_Click();
 }
 
-/// Enter in the editor closes it, and goes no further: the button that gets the focus is not meant.
+/// Enter presses the button that has the focus. In the editor it closes that, and goes no further: the button
+/// that gets the focus then is not meant.
 bool frmLabelDesigner::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched != ui->txtCursor || event->type() != QEvent::KeyPress)
+    if (event->type() != QEvent::KeyPress)
         return QDialog::eventFilter(watched, event);
     const int key = static_cast<QKeyEvent*>(event)->key();
     if (key != Qt::Key_Return && key != Qt::Key_Enter)
         return false;
-    EndCellEdit();
+    if (auto* button = qobject_cast<QPushButton*>(watched))
+        button->click();
+    else
+        EndCellEdit();
     return true;
 }
 
 /// Escape puts an edit away and nothing else: the label would be lost with the window.
 void frmLabelDesigner::keyPressEvent(QKeyEvent* event)
 {
-    auto* button = qobject_cast<QPushButton*>(focusWidget());
     if (event->key() == Qt::Key_F2)
         cdTitle_Click();
     else if (event->key() == Qt::Key_Escape)
         hideEditor();
-    else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && button)
-        button->click();
     else
         QDialog::keyPressEvent(event);
 }

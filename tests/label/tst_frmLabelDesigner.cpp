@@ -260,7 +260,8 @@ private slots:
             desk.find("cmdList")->setFocus();
             QTest::keyClick(desk.find("cmdList"), key);
         }
-        QCOMPARE(desk.windows.shown, (QStringList{"labelList", "labelList"}));
+        QTest::keyClick(desk.find("cmdBack"), Qt::Key_Return);
+        QCOMPARE(desk.windows.shown, (QStringList{"labelList", "labelList", "labelBack"}));
     }
     void enter_whileEditing_pressesNoButton()
     {
