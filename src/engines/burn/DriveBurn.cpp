@@ -207,11 +207,11 @@ BurnError DriveBurn::failure(const DiscPlan& plan) const
         return BurnError::byUser();
     if (m_stuck && !m_messages.sense())
         return plainError(BurnErrorCode::kStalled,
-                          failedStep(m_messages, m_phases.phase(), m_phases.track()) +
+                          failedStep(m_messages, m_phases.phase(), m_phases.track(), m_mode.sessionAtOnce) +
                               QStringLiteral(" The drive stopped answering. Switch it off and on again."));
     const bool addressed = m_mode.sessionAtOnce && m_messages.step() == LibburnMessages::Step::Write;
     const int track = addressed ? trackAt(m_messages.address(), m_job) : m_phases.track();
-    return driveError(failedStep(m_messages, m_phases.phase(), track));
+    return driveError(failedStep(m_messages, m_phases.phase(), track, m_mode.sessionAtOnce));
 }
 
 BurnError DriveBurn::driveError(const QString& description) const

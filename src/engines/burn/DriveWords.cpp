@@ -61,7 +61,7 @@ BurnError planError(const PlanFault& fault, const WritePlan& wanted, const QStri
     return BurnError::from({Failure::Kind::DeviceGone, path});
 }
 
-QString failedStep(const LibburnMessages& messages, WritePhases::Phase phase, int track)
+QString failedStep(const LibburnMessages& messages, WritePhases::Phase phase, int track, bool sessionAtOnce)
 {
     const QString closingDisc = QStringLiteral("The drive could not close the disc.");
     switch (messages.step()) {
@@ -70,10 +70,9 @@ QString failedStep(const LibburnMessages& messages, WritePhases::Phase phase, in
     case LibburnMessages::Step::Write:
         return QStringLiteral("The drive could not write track %1.").arg(std::max(track, 1));
     case LibburnMessages::Step::Flush:
-        if (phase == WritePhases::Phase::ClosingTrack || phase == WritePhases::Phase::Writing)
-            return QStringLiteral("The drive could not finish track %1.").arg(std::max(track, 1));
-        return phase == WritePhases::Phase::Preparing ? QStringLiteral("The drive could not begin to write.")
-                                                      : closingDisc;
+        if (sessionAtOnce || phase >= WritePhases::Phase::ClosingDisc)
+            return closingDisc;
+        return QStringLiteral("The drive could not finish track %1.").arg(std::max(track, 1));
     case LibburnMessages::Step::Other:
         break;
     }

@@ -17,7 +17,7 @@ BurnError planError(const PlanFault& fault, const WritePlan& wanted, const QStri
 
 /// What the drive was doing when it failed, in a sentence.
 /// @param track being written, from 1.
-QString failedStep(const LibburnMessages& messages, WritePhases::Phase phase, int track);
+QString failedStep(const LibburnMessages& messages, WritePhases::Phase phase, int track, bool sessionAtOnce);
 /// The track that a write to @p address belongs to, in a session written at once.
 int trackAt(int address, const BurnJob& job);
 

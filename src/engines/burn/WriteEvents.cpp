@@ -83,7 +83,7 @@ void WriteReporter::closingTrack(int track)
 
 void WriteReporter::closingDisc()
 {
-    if (!reach(lastRank()))
+    if (m_rank == lastRank() || !reach(lastRank()))
         return;
     completed();
     m_events.push({.kind = WriteEvent::Kind::ClosingDisc});

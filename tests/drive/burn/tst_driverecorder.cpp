@@ -45,6 +45,10 @@ private slots:
     void write_errors_areToldByTheTable_data();
     void write_errors_areToldByTheTable();
     void cancel_whileWriting_endsUnlocked();
+    void cancel_whileClosing_isTheWholeDisc();
+    void write_whoseWayBreaks_endsUnlockedAndSaysTheDiscsState_data();
+    void write_whoseWayBreaks_endsUnlockedAndSaysTheDiscsState();
+    void drive_thatHangs_isNamedAndDelaysNobody();
     void destroy_whileWriting_freesTheDrive();
     void finish_withEject_handsTheDiscOut();
 };
@@ -422,6 +426,70 @@ void TestDriveRecorder::cancel_whileWriting_endsUnlocked()
     bench.onProgress = {};
     bench.recorder.insert("fresh");
     QCOMPARE(bench.write(), QString("completed"));
+}
+
+void TestDriveRecorder::cancel_whileClosing_isTheWholeDisc()
+{
+    BurnBench bench;
+    bench.recorder.set("closing-ms", "2000");
+    const QList<QByteArray> tracks = addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.onSaid = [&bench](const QString& text) {
+        if (text == "closing disc")
+            bench.writer.cancel();
+    };
+    QCOMPARE(bench.write(), QString("completed"));
+    QCOMPARE(difference(bench.recorder, tracks), QString());
+}
+
+void TestDriveRecorder::write_whoseWayBreaks_endsUnlockedAndSaysTheDiscsState_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<QString>("words");
+    QTest::newRow("a write, for good") << "WRITE_10 nth=20 times=forever transport"
+                                       << "not to be used";
+    QTest::newRow("the layout") << "SEND_CUE_SHEET transport"
+                                << "still blank";
+    QTest::newRow("locking and unlocking") << "PREVENT_ALLOW nth=3 times=2 transport"
+                                           << "";
+    QTest::newRow("the fifth write, by the drive") << "WRITE_10 nth=5 sense=3/0C/00"
+                                                   << "could not write track 1";
+    QTest::newRow("the flush, by the drive") << "SYNCHRONIZE_CACHE sense=3/72/02"
+                                             << "could not close the disc";
+    QTest::newRow("the contents, by the drive") << "READ_TOC times=forever sense=3/57/00"
+                                                << "could not be read back";
+}
+
+void TestDriveRecorder::write_whoseWayBreaks_endsUnlockedAndSaysTheDiscsState()
+{
+    QFETCH(QString, fault);
+    QFETCH(QString, words);
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault(fault);
+    const QString end = bench.write();
+    QVERIFY2(end == "error" || (words.isEmpty() && end == "completed"), qPrintable(end));
+    QVERIFY2(bench.description.contains(words), qPrintable(bench.description));
+    QTRY_VERIFY(!bench.recorder.doorLocked());
+}
+
+void TestDriveRecorder::drive_thatHangs_isNamedAndDelaysNobody()
+{
+    BurnBench bench;
+    const DriveLedger::Entry hanging("/dev/sr0", DriveLedger::Use::Hanging);
+    QElapsedTimer taken;
+    taken.start();
+    QVERIFY(bench.takeDrive());
+    QVERIFY(bench.writer.driveText3(0).contains("does not answer"));
+    addPair(bench);
+    bench.configure();
+    QCOMPARE(bench.write(), QString("error"));
+    QCOMPARE(bench.error, BurnErrorCode::kStalled);
+    QCOMPARE(bench.recorder.count("INQUIRY"), 0);
+    QVERIFY2(taken.elapsed() < 10'000, qPrintable(QString("%1 ms").arg(taken.elapsed())));
 }
 
 void TestDriveRecorder::destroy_whileWriting_freesTheDrive()
