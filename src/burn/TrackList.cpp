@@ -4,6 +4,7 @@
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "common/Numbers.h"
+#include "common/ReservedNames.h"
 #include "components/AudioInformation.h"
 
 #include <QDir>
@@ -33,13 +34,6 @@ QString baseName(const QString& source)
     return known ? name.chopped(kExtensionLength) : name;
 }
 
-/// Whether anything has this name, a link to nothing included.
-bool exists(const QString& path)
-{
-    const QFileInfo file(path);
-    return file.exists() || file.isSymLink();
-}
-
 } // namespace
 
 TrackList::TrackList(AudioInformation& information, const QList<CompilationRow>& rows)
@@ -49,6 +43,8 @@ TrackList::TrackList(AudioInformation& information, const QList<CompilationRow>&
     for (const CompilationRow& row : rows)
         m_sources << row.path();
 }
+
+TrackList::~TrackList() = default;
 
 bool TrackList::IsCDFormatWav(const QString& path)
 {
@@ -63,14 +59,16 @@ QString TrackList::MakeTempWavName(const QString& source)
     makeFolder(folder);
     const QString base = baseName(source);
     const QString first = GeneralAPI::JoinPath(folder, base + kWavExtension);
-    if (!isTaken(first, source))
+    if (!m_reserved)
+        m_reserved = std::make_unique<ReservedNames>(folder);
+    if (take(first, source))
         return first;
     qint32& last = m_lastNumber[comparable(first)];
     while (const auto number = narrowed<qint32>(qint64{last} + 1)) {
         last = *number;
         const QString candidate =
             GeneralAPI::JoinPath(folder, base + u'-' + QString::number(last) + kWavExtension);
-        if (!isTaken(candidate, source))
+        if (take(candidate, source))
             return candidate;
     }
     return {};
@@ -78,10 +76,11 @@ QString TrackList::MakeTempWavName(const QString& source)
 
 /// A name is also taken when it differs from the source's own in letter case alone: it would count as the
 /// source.
-bool TrackList::isTaken(const QString& candidate, const QString& source) const
+bool TrackList::take(const QString& candidate, const QString& source)
 {
     const QString compared = comparable(candidate);
-    return m_given.contains(compared) || compared == comparable(source) || exists(candidate);
+    return !m_given.contains(compared) && compared != comparable(source) &&
+           m_reserved->take(GeneralAPI::GetFileNameOfPath(candidate));
 }
 
 void TrackList::BuildTrackList(const std::function<void()>& breathe)

@@ -9,11 +9,14 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class AudioInformation;
 
 namespace zib {
+
+class ReservedNames;
 
 /// The track file list in the making: one path of a CD-format WAV file for each row of the compilation, and
 /// which of them must be converted first.
@@ -22,12 +25,15 @@ class TrackList
 public:
     /// @param information answers the questions about formats; it outlives the list.
     TrackList(AudioInformation& information, const QList<CompilationRow>& rows);
+    ~TrackList();
+    Q_DISABLE_COPY_MOVE(TrackList)
 
     /// Whether a file can go onto a disc as it is: a WAV file of plain samples, 44100 Hz, 2 channels, 16
     /// bits.
     bool IsCDFormatWav(const QString& path);
     /// @returns a path in the "Temp" folder of the application folder where no file stands and that no other
-    /// row was given; the folder is made. Empty when the count of such names ran out.
+    /// row was given, nor another running instance of the program; the folder is made. The name is kept for
+    /// as long as this list lives. Empty when the count of such names ran out.
     QString MakeTempWavName(const QString& source);
     /// Fills the list.  @param breathe called between the rows.
     void BuildTrackList(const std::function<void()>& breathe);
@@ -44,14 +50,15 @@ public:
     void makeFolder(const QString& folder);
 
 private:
-    bool isTaken(const QString& candidate, const QString& source) const;
+    bool take(const QString& candidate, const QString& source);
 
     AudioInformation& m_information;
     QStringList m_sources;
     QStringList m_entries;
-    QSet<QString> m_given;               ///< Entries made here, in the form that is compared.
-    QHash<QString, qint32> m_lastNumber; ///< By first candidate: no number up to this one is free.
-    QSet<QString> m_impossible;          ///< Folders that could not be made.
+    QSet<QString> m_given;                     ///< Entries made here, in the form that is compared.
+    QHash<QString, qint32> m_lastNumber;       ///< By first candidate: no number up to this one is free.
+    QSet<QString> m_impossible;                ///< Folders that could not be made.
+    std::unique_ptr<ReservedNames> m_reserved; ///< Of the "Temp" folder.
 };
 
 /// The percent over all conversions together, at most 100.

@@ -24,6 +24,10 @@ inline const QString kTestMode = QStringLiteral("The software was set to \"Test 
                                                 "item \"Use Test Mode When Writing to CD\" from options.");
 /// Stands before a file's path.
 inline const QString kNotWritten = QStringLiteral("The following file could not be written to CD audio:\n");
+/// Stands before a file's path.
+inline const QString kChanged = QStringLiteral(
+    "The following file was changed by another program after it was prepared, so it is not written. "
+    "Close this window and press Write again:\n");
 inline const QString kClosingDisc =
     QStringLiteral("Closing disc... , please wait, this may last for several minutes.");
 inline const QString kCompleted = QStringLiteral("Writing is completed.");

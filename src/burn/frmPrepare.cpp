@@ -2,8 +2,11 @@
 
 #include "ui_frmPrepare.h"
 
+#include "burn/PreparedFiles.h"
 #include "common/CdTime.h"
 #include "common/GeneralAPI.h"
+#include "common/NameBearer.h"
+#include "common/NativeName.h"
 #include "common/Numbers.h"
 #include "common/WaitPointer.h"
 #include "components/Components.h"
@@ -67,11 +70,13 @@ void frmPrepare::PrepareTracks()
         return;
     m_conversions = *conversions;
     for (qsizetype row = 0; row < m_list.size(); ++row) {
-        if (!m_list.needsConversion(row))
-            continue;
-        ui->lblFile->setText(GeneralAPI::GetFileNameOfPath(m_list.source(row)));
-        ConvertFile(m_list.source(row), m_list.entry(row));
-        ++m_finished;
+        if (m_list.needsConversion(row)) {
+            ui->lblFile->setText(GeneralAPI::GetFileNameOfPath(m_list.source(row)));
+            ui->lblFile->setToolTip(m_list.source(row).toHtmlEscaped());
+            ConvertFile(m_list.source(row), m_list.entry(row));
+            ++m_finished;
+        }
+        zib::PreparedFiles::note(m_list.entry(row));
     }
 }
 
@@ -84,7 +89,8 @@ void frmPrepare::ConvertFile(const QString& source, const QString& target)
     FileR->open(source);
     if (FileR->status() >= 0) {
         FileW->create(target);
-        if (FileW->status() >= 0 && convertBlocks())
+        // What bore the name before create would be replaced at the end; nobody was asked about it.
+        if (FileW->status() >= 0 && !zib::bearerOf(zib::nativeName(target)).someone && convertBlocks())
             FileW->close();
         else
             FileW->discard();

@@ -2,6 +2,7 @@
 
 #include "ui_frmWrite.h"
 
+#include "burn/PreparedFiles.h"
 #include "burn/WriteProgress.h"
 #include "burn/WriteSetup.h"
 #include "burn/WriteTexts.h"
@@ -380,6 +381,10 @@ void frmWrite::AddTracks()
 {
     tellTrackLimit();
     for (const QString& path : m_trackFiles) {
+        if (zib::PreparedFiles::wasChanged(path)) {
+            m_services.messages.information(this, WriteTexts::kChanged + path);
+            continue;
+        }
         const bool there = zib::pathExists(path) && !IsFolder(path);
         if (!there || !m_writer->addAudioTrack(path))
             m_services.messages.information(this, WriteTexts::kNotWritten + path);

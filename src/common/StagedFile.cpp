@@ -32,19 +32,13 @@ void flushFolder(const QString& folder)
     ::close(fd);
 }
 
-/// Renames without replacing; file systems that cannot promise that are asked first.
-bool renameToFree(const QString& from, const QString& to)
+/// Whether @p path still leads to the open @p file.
+bool leadsTo(const QString& path, int file)
 {
-    const QByteArray source = nativeName(from);
-    const QByteArray target = nativeName(to);
-    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) == 0)
-        return true;
-    if (errno != EINVAL && errno != ENOSYS)
-        return false;
-    struct stat s
-    {
-    };
-    return ::lstat(target.constData(), &s) != 0 && ::rename(source.constData(), target.constData()) == 0;
+    struct stat open = {};
+    struct stat there = {};
+    return ::fstat(file, &open) == 0 && ::lstat(nativeName(path).constData(), &there) == 0 &&
+           open.st_dev == there.st_dev && open.st_ino == there.st_ino;
 }
 
 /// Nobody holds the lock of a file whose writer was killed.
@@ -54,7 +48,8 @@ void removeUnlessLocked(const QString& path)
     if (fd < 0)
         return;
     struct stat info = {};
-    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && ::flock(fd, LOCK_EX | LOCK_NB) == 0)
+    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && ::flock(fd, LOCK_EX | LOCK_NB) == 0 &&
+        leadsTo(path, fd))
         removeFile(path);
     ::close(fd);
 }
@@ -87,10 +82,15 @@ Outcome<> StagedFile::create(const QString& folder, const QString& name)
     m_hiddenPath = QDir(folder).filePath(kHiddenPrefix + name + kHiddenSuffix);
     m_size = m_flushed = 0;
     m_kept = m_nameless = false;
-    m_file = ::open(nativeName(m_hiddenPath).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileRights);
-    if (m_file < 0)
-        return storageFailure();
-    ::flock(m_file, LOCK_EX | LOCK_NB);
+    // Between making and locking it, somebody who tidies up may take the file for a left-over.
+    do {
+        close();
+        m_file =
+            ::open(nativeName(m_hiddenPath).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileRights);
+        if (m_file < 0)
+            return storageFailure();
+        ::flock(m_file, LOCK_EX);
+    } while (!leadsTo(m_hiddenPath, m_file));
     return {};
 }
 
@@ -131,7 +131,12 @@ Outcome<> StagedFile::flush()
 
 Outcome<> StagedFile::keep()
 {
-    return named(renameToFree(m_hiddenPath, m_path));
+    return keepInPlaceOf({});
+}
+
+Outcome<> StagedFile::keepInPlaceOf(const NameBearer& seen)
+{
+    return named(giveName(nativeName(m_hiddenPath), nativeName(m_path), seen));
 }
 
 Outcome<> StagedFile::keepReplacing()

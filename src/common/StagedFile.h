@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/CdTime.h"
+#include "common/NameBearer.h"
 #include "common/Outcome.h"
 
 #include <QString>
@@ -26,6 +27,9 @@ public:
     Outcome<> flush();
     /// Gives the file its name, never in place of another file.
     Outcome<> keep();
+    /// Gives the file its name if who bears it is still what was @p seen: nobody, or the one file that may be
+    /// replaced. Look with bearerOf when the user is asked.
+    Outcome<> keepInPlaceOf(const NameBearer& seen);
     /// Gives the file its name, in place of a file that may bear it; that one keeps its whole content until
     /// then.
     Outcome<> keepReplacing();

@@ -1,3 +1,4 @@
+#include "burn/PreparedFiles.h"
 #include "burn/frmPrepare.h"
 #include "fakes/FakeAudioFile.h"
 #include "fakes/FakeAudioInformation.h"
@@ -150,6 +151,8 @@ private slots:
     void prepare_whenTempCannotBeMade_saysSoOnceAndEnds();
     void close_whileWorking_isNotPossible();
     void form_always_offersNoWayOut();
+    void aLongFileName_endsInAnEllipsisAndStaysWhole();
+    void aPreparedFile_thatChangesAfterwards_isNoticed();
 };
 
 void TestFrmPrepare::form_atDesignTime_hasItsTexts()
@@ -406,6 +409,42 @@ void TestFrmPrepare::form_always_offersNoWayOut()
     QVERIFY(desk.window->findChildren<QWidget*>("cmdCancel").isEmpty());
     desk.control<QLabel>("lblFile")->setText(QString(500, 'W'));
     QVERIFY(desk.window->minimumSizeHint().width() < 600);
+}
+
+void TestFrmPrepare::aLongFileName_endsInAnEllipsisAndStaysWhole()
+{
+    Desk desk;
+    desk.window = std::make_unique<frmPrepare>(desk.desk.services, desk.rows);
+    desk.window->ensurePolished();
+    desk.window->resize(440, 130);
+    auto* label = desk.control<QLabel>("lblFile");
+    const auto shown = [&](const QString& text) {
+        label->setText(text);
+        return desk.window->grab().toImage();
+    };
+    const QString name = QString(500, 'W');
+    const QImage whole = shown(name);
+    QCOMPARE(label->text(), name);
+    QCOMPARE(whole, shown(label->fontMetrics().elidedText(name, Qt::ElideRight, label->width())));
+    QVERIFY(whole != shown("WWW"));
+}
+
+void TestFrmPrepare::aPreparedFile_thatChangesAfterwards_isNoticed()
+{
+    Desk desk;
+    desk.add("one.mp3", FakeAudioShelf::ramp(1000, 22050));
+    desk.window = std::make_unique<frmPrepare>(desk.desk.services, desk.rows);
+    desk.window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(!desk.window->isVisible(), 60'000);
+    QVERIFY(!desk.control<QLabel>("lblFile")->toolTip().isEmpty());
+    QVERIFY(!PreparedFiles::wasChanged(desk.temp("one.wav")));
+    QFile file(desk.temp("one.wav"));
+    QVERIFY(file.open(QIODevice::Append));
+    file.write("more");
+    file.close();
+    QVERIFY(PreparedFiles::wasChanged(desk.temp("one.wav")));
+    QVERIFY(file.remove());
+    QVERIFY(!PreparedFiles::wasChanged(desk.temp("one.wav")));
 }
 
 QTEST_MAIN(TestFrmPrepare)

@@ -83,6 +83,7 @@ private slots:
     void BuildTrackList_ofAnythingElse_namesTempFiles();
     void BuildTrackList_ofEqualNames_countsUp();
     void BuildTrackList_withFilesInTheWay_goesRoundThem();
+    void BuildTrackList_whileAnotherInstancePrepares_goesRoundItsNames();
     void BuildTrackList_ofASourceInTempItself_takesAnotherName();
     void BuildTrackList_ofASourceThatIsTakenAsItIs_keepsItsNameTaken();
     void BuildTrackList_ofManyEqualNames_staysQuick();
@@ -209,6 +210,21 @@ void TestTrackList::BuildTrackList_withFilesInTheWay_goesRoundThem()
     desk.add("/one/", "song.mp3", mp3());
     desk.add("/two/", "song.mp3", mp3());
     QCOMPARE(desk.built(), (QStringList{desk.temp("song-1.wav"), desk.temp("song-5.wav")}));
+}
+
+void TestTrackList::BuildTrackList_whileAnotherInstancePrepares_goesRoundItsNames()
+{
+    Desk first;
+    first.add("/one/", "song.mp3", mp3());
+    QCOMPARE(first.built(), QStringList{first.temp("song.wav")});
+    Desk second;
+    setApplicationFolder(first.folder.path());
+    second.add("/two/", "song.mp3", mp3());
+    QCOMPARE(second.built(), QStringList{first.temp("song-1.wav")});
+    first.list.reset();
+    second.list.reset();
+    QVERIFY(
+        QDir(first.folder.filePath("Temp")).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
 }
 
 void TestTrackList::BuildTrackList_ofASourceInTempItself_takesAnotherName()

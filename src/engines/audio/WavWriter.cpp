@@ -111,6 +111,7 @@ bool WavWriter::create(const QString& path, int rateHz, int channels)
     if (m_target.isEmpty() || path.contains(QChar::Null) ||
         (::stat(m_target.constData(), &info) == 0 && !S_ISREG(info.st_mode)))
         return false;
+    m_seen = bearerOf(m_target);
     removeLeftOvers(folderOf(m_target));
     m_partial = folderOf(m_target) + ".zib-XXXXXX.part";
     m_descriptor = ::mkostemps(m_partial.data(), 5, O_CLOEXEC);
@@ -144,7 +145,7 @@ bool WavWriter::finish()
     bool good = !m_failed && ::lseek(m_descriptor, 0, SEEK_SET) == 0 && writeHeader(m_dataBytes) &&
                 ::fsync(m_descriptor) == 0;
     good = ::close(std::exchange(m_descriptor, -1)) == 0 && good;
-    good = good && ::rename(m_partial.constData(), m_target.constData()) == 0;
+    good = good && giveName(m_partial, m_target, m_seen);
     if (good)
         syncFolder(folderOf(m_target));
     else

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/NameBearer.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -28,8 +30,9 @@ public:
     /// Appends interleaved samples.  @returns false from the first failure on: full disc, or more than the 4
     /// GiB that such a file can hold.
     bool append(std::span<const qint16> samples);
-    /// Completes the header, flushes everything to the disc and gives the file its name, replacing a file of
-    /// that name.  @returns false when that failed; then nothing of it is left.
+    /// Completes the header, flushes everything to the disc and gives the file its name, replacing the file
+    /// that bore it when this one was begun.  @returns false when that failed, or when another file has got
+    /// the name since; then nothing of it is left.
     bool finish();
     /// Drops everything.
     void abandon();
@@ -43,6 +46,7 @@ private:
     qint64 m_mostDataBytes;
     QByteArray m_target;
     QByteArray m_partial;
+    NameBearer m_seen; ///< Who bore the name when the file was begun.
     int m_descriptor = -1;
     int m_rateHz = 0;
     int m_channels = 0;

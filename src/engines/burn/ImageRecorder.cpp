@@ -64,6 +64,7 @@ private:
     }
 
     Outcome<> begin();
+    Outcome<> takeName();
     Outcome<> writeTrack(int track);
     Outcome<> writeGap();
     Outcome<> writeSound(int track);
@@ -90,11 +91,21 @@ Outcome<> ImageRun::begin()
     if (!QDir().mkpath(m_folder))
         return Failure{Failure::Kind::WriteFailed, m_folder};
     StagedFile::removeLeftOvers(m_folder, QStringLiteral("Disc *"));
-    m_stem = freeStem(m_folder);
-    if (auto created = m_bin.create(m_folder, m_stem + QStringLiteral(".bin")); !created)
+    if (auto created = takeName(); !created)
         return created;
     const CdTime inFile = m_job.totalLength() - CdTime::fromFrames(kPregapFrames);
     return m_bin.reserve(inFile.bytes());
+}
+
+/// Another instance may begin an image in the same second: whoever comes second takes the next name.
+Outcome<> ImageRun::takeName()
+{
+    for (;;) {
+        m_stem = freeStem(m_folder);
+        const auto created = m_bin.create(m_folder, m_stem + QStringLiteral(".bin"));
+        if (created || freeStem(m_folder) == m_stem)
+            return created;
+    }
 }
 
 Outcome<> ImageRun::writeTrack(int track)

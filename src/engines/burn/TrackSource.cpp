@@ -32,14 +32,6 @@ Failure unreadableFile(const QString& name)
     return {Failure::Kind::UnreadableFile, name};
 }
 
-FileStamp stampOf(const struct stat& s)
-{
-    return {.device = s.st_dev,
-            .inode = s.st_ino,
-            .bytes = s.st_size,
-            .changedNs = qint64{s.st_mtim.tv_sec} * 1'000'000'000 + s.st_mtim.tv_nsec};
-}
-
 /// Opens a regular file and nothing else: opening a pipe would wait and opening a device might move it.
 /// @returns the descriptor, or -1.
 int openToRead(const QString& path)

@@ -1,22 +1,12 @@
 #pragma once
 
 #include "common/CdTime.h"
+#include "common/FileStamp.h"
 #include "common/Outcome.h"
 
 #include <QString>
 
 namespace zib {
-
-/// What tells one state of a file from another: a file that was replaced or rewritten has another stamp.
-struct FileStamp
-{
-    quint64 device = 0;
-    quint64 inode = 0;
-    qint64 bytes = 0;
-    qint64 changedNs = 0; ///< Time of the last change of its content.
-
-    bool operator==(const FileStamp&) const = default;
-};
 
 /// One track as a recorder takes it: where its samples stand in a file, in CD format.
 struct BurnTrack

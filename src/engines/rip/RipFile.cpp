@@ -1,6 +1,7 @@
 #include "engines/rip/RipFile.h"
 
 #include "common/CdTime.h"
+#include "common/NativeName.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -52,6 +53,7 @@ Outcome<> RipFile::begin(const QString& path, qint32 frames)
     const QString folder = target.absolutePath();
     const auto bytes = static_cast<quint32>(CdTime::fromFrames(frames).bytes());
     QDir().mkpath(folder);
+    m_seen = bearerOf(nativeName(path));
     StagedFile::removeLeftOver(folder, target.fileName());
     m_file = std::make_unique<StagedFile>();
     auto begun = m_file->create(folder, target.fileName());
@@ -79,7 +81,7 @@ Outcome<> RipFile::finish()
         return kCancelled;
     auto done = m_file->flush();
     if (done)
-        done = m_file->keepReplacing();
+        done = m_file->keepInPlaceOf(m_seen);
     m_file.reset();
     return done;
 }

@@ -18,7 +18,7 @@ public:
     Outcome<> begin(const QString& path, qint32 frames);
     /// One frame of 2352 bytes.
     Outcome<> write(const char* frame);
-    /// Gives the file its name, in place of one that bears it.
+    /// Gives the file its name, in place of the one that bore it at begin; fails when another has it since.
     Outcome<> finish();
     /// Drops the file under way.
     void drop();
@@ -28,6 +28,7 @@ public:
 private:
     std::mutex m_mutex;
     std::unique_ptr<StagedFile> m_file;
+    NameBearer m_seen; ///< Who bore the name at begin.
     bool m_abandoned = false;
 };
 

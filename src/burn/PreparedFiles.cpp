@@ -1,0 +1,34 @@
+#include "burn/PreparedFiles.h"
+
+#include "common/FileStamp.h"
+
+#include <QHash>
+
+namespace zib::PreparedFiles {
+
+namespace {
+
+QHash<QString, FileStamp>& stamps()
+{
+    static QHash<QString, FileStamp> kept;
+    return kept;
+}
+
+} // namespace
+
+void note(const QString& path)
+{
+    if (const auto stamp = stampOf(path))
+        stamps().insert(path, *stamp);
+    else
+        stamps().remove(path);
+}
+
+bool wasChanged(const QString& path)
+{
+    const auto noted = stamps().constFind(path);
+    const auto now = stampOf(path);
+    return noted != stamps().cend() && now && *now != *noted;
+}
+
+} // namespace zib::PreparedFiles

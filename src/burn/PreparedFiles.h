@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace zib {
+
+/// What the files of the track file list were when they were prepared, so that the writing window can tell
+/// that another program has put something else in their place. GUI thread.
+namespace PreparedFiles {
+
+/// Remembers @p path as it is now; a file that is not there is forgotten.
+void note(const QString& path);
+/// Whether @p path was noted and is another file by now: replaced, rewritten, cut or grown. Its absence is
+/// none of that.
+bool wasChanged(const QString& path);
+
+} // namespace PreparedFiles
+
+} // namespace zib
