@@ -5,6 +5,7 @@
 #include "engines/burn/DiscWriter.h"
 #include "engines/burn/DriveRecorder.h"
 #include "engines/burn/ImageRecorder.h"
+#include "engines/burn/makers.h"
 #include "fakes/FakeAudioInformation.h"
 
 #include <QAbstractButton>
@@ -16,7 +17,9 @@
 #include <QProgressBar>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
 
 #include <unistd.h>
 
@@ -25,6 +28,9 @@ namespace zib {
 namespace {
 
 constexpr int kLookMs = 20;
+// As long as the program itself takes.
+constexpr std::chrono::minutes kLongestEnd{15};
+constexpr std::chrono::seconds kHurry{20};
 
 /// Short enough for a test, long enough for a loaded machine.
 DrivePatience patience()
@@ -68,6 +74,20 @@ WriteSeat::WriteSeat(const QString& folder) : m_input(STDIN_FILENO, QSocketNotif
 
 WriteSeat::~WriteSeat() = default;
 
+int WriteSeat::run()
+{
+    connect(&m_quit, &QuitSignals::raised, &m_book.closedWrites(), [this] {
+        m_book.closedWrites().hurry(kHurry);
+        QApplication::closeAllWindows();
+        QCoreApplication::quit();
+    });
+    const int result = QApplication::exec();
+    m_book.closedWrites().await(kLongestEnd);
+    if (unlockDrivesInUse())
+        std::_Exit(result);
+    return result;
+}
+
 void WriteSeat::hear()
 {
     char bytes[256];
@@ -109,7 +129,7 @@ void WriteSeat::obey(const QByteArray& word)
 void WriteSeat::open()
 {
     m_open = true;
-    m_book.showWrite(m_main.get(), m_tracks);
+    m_book.showWrite(m_main.get(), m_tracks, {});
     m_open = false;
 }
 

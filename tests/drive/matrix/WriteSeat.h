@@ -4,6 +4,7 @@
 #include "app/WindowBook.h"
 #include "fakes/FakeSeams.h"
 #include "platform/IniFile.h"
+#include "platform/QuitSignals.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>
@@ -30,6 +31,9 @@ public:
     explicit WriteSeat(const QString& folder);
     ~WriteSeat() override;
 
+    /// Runs until the watching process or a signal ends it, as the program itself does.
+    int run();
+
 private:
     void hear();
     void obey(const QByteArray& word);
@@ -40,6 +44,7 @@ private:
     [[nodiscard]] QString screen() const;
     void press(const char* control);
 
+    QuitSignals m_quit; ///< First: threads that are made later take its mask over.
     IniFile m_ini;
     FakeDesk m_desk{&m_ini};
     WindowBook m_book{m_desk.messages, m_desk.dialogs, m_desk.components};

@@ -192,8 +192,8 @@ int main(int argc, char* argv[])
     QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.contains("--seat")) {
-        const WriteSeat seat(valueOf(arguments, "--seat"));
-        return QApplication::exec();
+        WriteSeat seat(valueOf(arguments, "--seat"));
+        return seat.run();
     }
     Plan plan;
     if (arguments.contains("--seed"))
