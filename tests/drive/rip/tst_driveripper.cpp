@@ -264,7 +264,7 @@ private slots:
         bench.recorder.set("open", open);
         QCOMPARE(bench.ripper->deviceCount(), 1);
         QFETCH(QString, words);
-        QTRY_VERIFY_WITH_TIMEOUT(bench.ripper->deviceText3(0).endsWith(" (" + words + ')'), 20'000);
+        QTRY_VERIFY_WITH_TIMEOUT(bench.ripper->deviceText3(0).endsWith('(' + words + ')'), 20'000);
         QTRY_VERIFY_WITH_TIMEOUT(!bench.ripper->selectDevice(0), 20'000);
         QTEST(bench.ripper->status(), "status");
         QCOMPARE(bench.ripper->driveState(), CDRipperX::kNoDisc);
