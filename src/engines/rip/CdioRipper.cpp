@@ -3,17 +3,11 @@
 #include "common/CdTime.h"
 #include "engines/rip/Within.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QPointer>
-#include <QStorageInfo>
 
 #include <chrono>
 #include <thread>
 #include <utility>
-
-#include <unistd.h>
 
 namespace zib {
 
@@ -31,7 +25,6 @@ constexpr int kNewsMs = 300;
 constexpr auto kRemovalPatience = 40ms;
 /// An aborted extraction that hangs in its drive loses its file after so long.
 constexpr int kAbandonMs = 1000;
-constexpr qint64 kHeaderBytes = 44;
 
 int statusOf(const Failure& why)
 {
@@ -43,16 +36,6 @@ int statusOf(const Failure& why)
     default:
         return CDRipperX::kNoSuchDevice;
     }
-}
-
-/// Whether a file of this length can be made; its folder is made for it.
-bool canBeMade(const QString& path, qint64 bytes)
-{
-    const QFileInfo target(path);
-    if (!target.isAbsolute() || target.isDir() || !QDir().mkpath(target.path()))
-        return false;
-    return ::access(QFile::encodeName(target.path()).constData(), W_OK | X_OK) == 0 &&
-           QStorageInfo(target.path()).bytesAvailable() >= bytes;
 }
 
 /// Takes the file of an extraction away, whose storage may hang.
@@ -286,9 +269,8 @@ bool CdioRipper::canTake(const RipTask& task)
 {
     if (m_targetHangs)
         return true;
-    const qint64 bytes = kHeaderBytes + CdTime::fromFrames(task.toc.frames).bytes();
-    const auto can =
-        Within(kPatience).answer<bool>([path = task.path, bytes] { return canBeMade(path, bytes); });
+    const auto can = Within(kPatience).answer<bool>(
+        [path = task.path, frames = task.toc.frames] { return RipFile::canBeMade(path, frames); });
     m_targetHangs = !can;
     return can.value_or(true);
 }

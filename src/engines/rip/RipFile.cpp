@@ -5,8 +5,12 @@
 
 #include <QByteArray>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QStorageInfo>
 #include <QtEndian>
+
+#include <unistd.h>
 
 namespace zib {
 
@@ -42,6 +46,15 @@ QByteArray wavHeader(quint32 dataBytes)
 }
 
 } // namespace
+
+bool RipFile::canBeMade(const QString& path, qint32 frames)
+{
+    const QFileInfo target(path);
+    if (!target.isAbsolute() || target.isDir() || !QDir().mkpath(target.path()))
+        return false;
+    return ::access(QFile::encodeName(target.path()).constData(), W_OK | X_OK) == 0 &&
+           QStorageInfo(target.path()).bytesAvailable() >= kHeaderBytes + CdTime::fromFrames(frames).bytes();
+}
 
 Outcome<> RipFile::begin(const QString& path, qint32 frames)
 {

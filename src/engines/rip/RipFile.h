@@ -13,6 +13,10 @@ namespace zib {
 class RipFile
 {
 public:
+    /// Whether a file of so many frames can be made at @p path; its folder is made for it. May wait for the
+    /// storage.
+    static bool canBeMade(const QString& path, qint32 frames);
+
     /// Begins a file, which ends the one before without a trace.  @param frames its length.
     /// @returns WriteFailed or NoPermission; Cancelled after abandon.
     Outcome<> begin(const QString& path, qint32 frames);
