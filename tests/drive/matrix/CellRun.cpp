@@ -238,7 +238,7 @@ QString CellRun::told() const
             return kCompleted;
         if (box.startsWith("c"))
             return kError;
-        if (box.startsWith("s: "))
+        if (box.startsWith("s: ") || box.startsWith("i: Writing Cancelled."))
             return kCancelled;
     }
     for (const QString& box : m_boxes)
@@ -271,6 +271,8 @@ QString CellRun::judgeDisc(const QString& end) const
         return exact() ? QString() : "told as completed, but the disc is not what was to be written";
     if (end == kRefused)
         return disc == Blank ? QString() : "refused after writing began: " + words;
+    if (end.isEmpty() && m_result.cell.action == Cell::Action::Terminate)
+        return {}; // whoever ended the program asked for no news
     if (end.isEmpty())
         return disc == Finished && exact() ? "a whole disc, and nobody was told" : QString();
     if (end == kCancelled && exact())
@@ -339,7 +341,8 @@ void CellRun::beginNext()
 void CellRun::judgeNext()
 {
     const QString end = told();
-    if (end != kCompleted && m_result.cell.delayMs() > 0 && ++m_tries < kTries) {
+    const bool hangsStill = m_result.cell.delayMs() > 0 || m_boxes.join(' ').contains("has not come back");
+    if (end != kCompleted && hangsStill && ++m_tries < kTries) {
         enter(Stage::Reopening, kOpeningMs);
         return;
     }

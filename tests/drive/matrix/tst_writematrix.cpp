@@ -149,8 +149,8 @@ int playOne(const QString& name)
 /// The part of the product that the sample is drawn from.
 bool isDrawn(const Cell& cell)
 {
-    return cell.action == Cell::Action::RunOn && cell.fault.startsWith("sense=") &&
-           !cell.fault.contains("forever") && cell.command != "PREVENT_ALLOW" && cell.command != "READ_TOC";
+    return cell.action != Cell::Action::Terminate && !cell.fault.contains("forever") &&
+           cell.fault != "delay=9000";
 }
 
 QString valueOf(const QStringList& arguments, const QString& key)
