@@ -32,7 +32,7 @@ bool holdsLineBreak(const QString& path)
 
 bool canBeWritten(const QString& path)
 {
-    return !path.isEmpty() && !path.contains(QChar::Null) && QString::fromUtf8(path.toUtf8()) == path &&
+    return !path.isEmpty() && !path.contains(QChar::Null) && path.isValidUtf16() &&
            (!holdsLineBreak(path) || path.startsWith(u'/'));
 }
 
@@ -40,8 +40,8 @@ bool canBeWritten(const QString& path)
 QByteArray valueOf(const QString& path)
 {
     if (holdsLineBreak(path))
-        return QUrl::fromLocalFile(path).toEncoded();
-    const QByteArray text = path.toUtf8();
+        return "file://" + nativeBytes(path).toPercentEncoding("/");
+    const QByteArray text = nativeBytes(path);
     const auto blank = [](char letter) { return letter == ' ' || letter == '\t'; };
     const auto quote = [](char letter) { return letter == '"' || letter == '\''; };
     const bool loses = blank(text.front()) || blank(text.back()) ||
@@ -60,7 +60,7 @@ IniChange changeOf(int number, const QString& path)
 /// @returns the file that a value names, or an empty text when there is none.
 QString existingFile(const QByteArray& value)
 {
-    const QString path = QString::fromUtf8(value);
+    const QString path = nativeText(value);
     for (const QString& candidate : {path, path.trimmed(), pathOfUrl(QUrl::fromEncoded(value))})
         if (!candidate.isEmpty() && isFile(candidate))
             return candidate;

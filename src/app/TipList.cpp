@@ -1,7 +1,8 @@
 #include "app/TipList.h"
 
+#include "common/NativeName.h"
+
 #include <QFile>
-#include <QFileInfo>
 #include <QStringDecoder>
 
 namespace zib {
@@ -33,9 +34,8 @@ QStringList TipList::linesOf(const QByteArray& text)
 bool TipList::load(const QString& path)
 {
     m_tips.clear();
-    QFile file(path);
-    if (path.isEmpty() || !QFileInfo(path).isFile() || file.size() > kMostBytes ||
-        !file.open(QIODevice::ReadOnly))
+    QFile file;
+    if (!openForReading(file, path) || file.size() > kMostBytes)
         return false;
     m_tips = linesOf(file.readAll());
     return true;

@@ -14,6 +14,7 @@
 #include "platform/DesktopFolderPicker.h"
 #include "platform/DesktopShell.h"
 #include "platform/IniQueue.h"
+#include "platform/ProgramFolder.h"
 #include "platform/QuitSignals.h"
 #include "platform/SystemRegistry.h"
 
@@ -65,6 +66,10 @@ int main(int argc, char* argv[])
     zib::SystemRegistry registry;
     zib::BoxMessages messages;
     zib::DesktopDialogs dialogs;
+    const zib::ProgramFolder place = zib::findProgramFolder();
+    zib::setApplicationFolder(place.path);
+    if (!place.trouble.isEmpty())
+        messages.critical(nullptr, place.trouble);
     zib::setPlatform({&ini, &shell, &folders, &registry, &messages});
 
     const zib::Components components = engines();

@@ -16,7 +16,6 @@
 #include "components/Components.h"
 
 #include <QCloseEvent>
-#include <QFileInfo>
 #include <QKeyEvent>
 #include <QPointer>
 #include <QSignalBlocker>
@@ -400,5 +399,5 @@ void frmWrite::tellTrackLimit()
 
 bool frmWrite::IsFolder(const QString& path)
 {
-    return QFileInfo(path).isDir();
+    return zib::isFolder(path);
 }

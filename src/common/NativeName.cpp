@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace zib {
@@ -169,6 +170,19 @@ bool isFolder(const QString& path)
 {
     const auto info = statusOf(path);
     return info && S_ISDIR(info->st_mode);
+}
+
+bool nameIsTaken(const QString& path)
+{
+    return !path.contains(QChar::Null) && exists(nativeName(path));
+}
+
+qint64 freeBytes(const QString& folder)
+{
+    struct statvfs info = {};
+    if (::statvfs(nativeName(folder).constData(), &info) != 0)
+        return -1;
+    return static_cast<qint64>(info.f_bavail) * static_cast<qint64>(info.f_frsize);
 }
 
 qint64 fileSize(const QString& path)

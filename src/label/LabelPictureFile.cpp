@@ -1,5 +1,6 @@
 #include "label/LabelPictureFile.h"
 
+#include "common/NativeName.h"
 #include "common/WaitPointer.h"
 #include "common/Worker.h"
 
@@ -104,7 +105,10 @@ struct Shelf
 Outcome<LabelPicture> readPicture(const QString& path)
 {
     const ReaderLimit limit;
+    QFile file(path);
     QImageReader reader(path);
+    if (openForReading(file, path))
+        reader.setDevice(&file);
     reader.setAutoTransform(true);
     QSize size = reader.size().isValid() ? reader.size() : claimedSize(path);
     if (const qint64 bytes = bytesFor(reader, size); bytes > kMostPictureBytes)

@@ -1,5 +1,6 @@
 #include "label/LabelSurface.h"
 
+#include "common/NativeName.h"
 #include "common/Twips.h"
 #include "label/DiscOutline.h"
 #include "label/LabelControls.h"
@@ -109,7 +110,7 @@ Outcome<> LabelSurface::RedrawBackground()
     if (document.UseBackColor)
         paintSurface(m_surface, document.BackColor);
     m_image->setVisible(document.UseBackImage);
-    if (!QFileInfo(document.BackImagePath).isFile())
+    if (!isFile(document.BackImagePath))
         return {};
     const auto picture = sharedPicture(document.BackImagePath, this);
     if (!picture)

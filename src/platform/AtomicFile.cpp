@@ -116,7 +116,14 @@ bool unchanged(const QByteArray& path, const FileSnapshot& before)
            now.changedNs == before.changedNs && now.size == before.size;
 }
 
-/// Gives a new file the permissions of the old one, and its owner and group as far as the account may.
+/// Whether a call was refused for good: not this account, or not on this file system.
+bool isRefused(int error)
+{
+    return error == EPERM || error == EACCES || error == ENOTSUP || error == ENOSYS || error == EINVAL;
+}
+
+/// Gives a new file the permissions of the old one, and its owner and group as far as the account may. A file
+/// system that knows neither is as good.
 bool takeRights(int fd, const QByteArray& path, const FileSnapshot& before)
 {
     struct stat old = {};
@@ -125,20 +132,50 @@ bool takeRights(int fd, const QByteArray& path, const FileSnapshot& before)
     const bool owned =
         ::fchown(fd, old.st_uid, old.st_gid) == 0 || ::fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
     const auto mode = static_cast<mode_t>(owned ? before.mode : before.mode & 0777);
-    return ::fchmod(fd, mode) == 0;
+    return ::fchmod(fd, mode) == 0 || isRefused(errno);
 }
 
-/// Writes the file beside. @returns whether all of it is on the disk.
-bool writeBeside(const QByteArray& beside, const QByteArray& bytes, const QByteArray& path,
-                 const FileSnapshot& before)
+enum class Beside
 {
+    Written, ///< All of it is on the disk.
+    Refused, ///< The folder takes no file of this account.
+    Failed
+};
+
+Beside writeBeside(const QByteArray& beside, const QByteArray& bytes, const QByteArray& path,
+                   const FileSnapshot& before)
+{
+    constexpr mode_t kNewFile = 0666;
     ::unlink(beside.constData()); // Left by a program that was killed here.
-    Descriptor file(::open(beside.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+    // Never with more rights than the old file: they may be all that the file system keeps.
+    const mode_t mode = before.exists ? before.mode & 0777 : kNewFile;
+    Descriptor file(::open(beside.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
     if (!file)
-        return false;
+        return errno == EACCES || errno == EPERM ? Beside::Refused : Beside::Failed;
     if (before.exists && !takeRights(file.get(), path, before))
-        return false;
-    return writeAll(file.get(), bytes) && ::fsync(file.get()) == 0 && file.close();
+        return Beside::Failed;
+    const bool written = writeAll(file.get(), bytes) && ::fsync(file.get()) == 0 && file.close();
+    return written ? Beside::Written : Beside::Failed;
+}
+
+bool writeOver(int fd, const QByteArray& bytes)
+{
+    return ::lseek(fd, 0, SEEK_SET) == 0 && writeAll(fd, bytes) && ::ftruncate(fd, bytes.size()) == 0 &&
+           ::fsync(fd) == 0;
+}
+
+/// For a file in a folder that takes no other one: over its old contents. Room comes first; what fails all
+/// the same is put back.
+Replaced overwrite(const QByteArray& path, const QByteArray& bytes, const FileSnapshot& before)
+{
+    const Descriptor file(::open(path.constData(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (!before.exists || !file)
+        return Replaced::Failed;
+    const int error = bytes.size() > before.size ? ::posix_fallocate(file.get(), 0, bytes.size()) : 0;
+    if ((error == 0 || isRefused(error)) && writeOver(file.get(), bytes))
+        return Replaced::Done;
+    writeOver(file.get(), before.bytes);
+    return Replaced::Failed;
 }
 
 } // namespace
@@ -207,17 +244,21 @@ Replaced replaceFile(const QString& path, const QByteArray& bytes, const FileSna
     if (!mayWrite(target, before))
         return Replaced::Failed;
     const QByteArray beside = besideName(path);
-    if (!writeBeside(beside, bytes, target, before)) {
-        ::unlink(beside.constData());
+    const Beside written = writeBeside(beside, bytes, target, before);
+    if (written == Beside::Refused)
+        return overwrite(target, bytes, before);
+    if (written == Beside::Written && unchanged(target, before) &&
+        std::rename(beside.constData(), target.constData()) == 0) {
+        lock.sync();
+        return Replaced::Done;
+    }
+    const bool foreign = errno == EPERM || errno == EACCES; // A folder where each may rename only his own.
+    ::unlink(beside.constData());
+    if (written == Beside::Failed)
         return Replaced::Failed;
-    }
-    const bool same = unchanged(target, before);
-    if (!same || std::rename(beside.constData(), target.constData()) != 0) {
-        ::unlink(beside.constData());
-        return same ? Replaced::Failed : Replaced::Changed;
-    }
-    lock.sync();
-    return Replaced::Done;
+    if (!unchanged(target, before))
+        return Replaced::Changed;
+    return foreign ? overwrite(target, bytes, before) : Replaced::Failed;
 }
 
 } // namespace zib

@@ -49,8 +49,9 @@ enum class Replaced
     Failed,  ///< It could not be written; the old file stands whole.
 };
 
-/// Replaces the file that @p before shows with new contents: written beside it, brought to the disk, renamed.
-/// Permissions stay; a file that nobody may write, or that this account may not write, is left alone.
+/// Replaces the file that @p before shows with new contents: written beside it, brought to the disk, renamed;
+/// in a folder that takes no file of this account, written over. Permissions stay where the file system knows
+/// them; a file that nobody may write, or that this account may not write, is left alone.
 Replaced replaceFile(const QString& path, const QByteArray& bytes, const FileSnapshot& before,
                      const FolderLock& lock);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/CommonDialogs.h"
+#include "platform/ToolkitSettings.h"
 
 namespace zib {
 
@@ -8,6 +9,7 @@ namespace zib {
 class DesktopDialogs final : public CommonDialogs
 {
 public:
+    DesktopDialogs() { keepToolkitSettingsApart(); }
     Outcome<QString> openFile(QWidget* owner, const FileDialogRequest& request) override;
     Outcome<QString> saveFile(QWidget* owner, const FileDialogRequest& request) override;
     Outcome<QColor> chooseColor(QWidget* owner, const QString& title, const QColor& current) override;

@@ -12,7 +12,8 @@ QString DesktopFolderPicker::SHBrowseForFolderA(QWidget* owner, const QString& t
     if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty())
         return {};
     m_lastFolder = box.selectedFiles().first();
-    return m_lastFolder;
+    const bool loses = !m_lastFolder.isEmpty() && m_lastFolder.back().isSpace(); // When it is trimmed.
+    return loses ? m_lastFolder + u'/' : m_lastFolder;
 }
 
 } // namespace zib

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Platform.h"
+#include "platform/ToolkitSettings.h"
 
 namespace zib {
 
@@ -8,6 +9,7 @@ namespace zib {
 class DesktopFolderPicker final : public FolderPicker
 {
 public:
+    DesktopFolderPicker() { keepToolkitSettingsApart(); }
     QString SHBrowseForFolderA(QWidget* owner, const QString& title, const QString& start) override;
 
 private:

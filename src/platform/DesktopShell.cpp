@@ -1,8 +1,12 @@
 #include "platform/DesktopShell.h"
 
+#include "common/NativeName.h"
+
+#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QProcess>
+
+#include <unistd.h>
 
 namespace zib {
 
@@ -78,11 +82,10 @@ QList<Command> volumeControl()
 /// count.
 bool isProgram(const QString& file)
 {
-    const QFileInfo info(file);
-    if (!info.isAbsolute() || !info.isFile() || !info.isExecutable())
+    if (!file.startsWith(u'/') || ::access(nativeName(file).constData(), X_OK) != 0)
         return false;
-    QFile content(file);
-    if (!content.open(QIODevice::ReadOnly))
+    QFile content;
+    if (!openForReading(content, file))
         return false;
     const QByteArray head = content.read(4);
     return head == "\x7F"
@@ -94,6 +97,11 @@ bool isAddress(const QString& file)
 {
     return file.startsWith(QStringLiteral("https://")) || file.startsWith(QStringLiteral("http://")) ||
            file.startsWith(QStringLiteral("mailto:"));
+}
+
+QString absolute(const QString& file)
+{
+    return file.startsWith(u'/') ? file : QDir::current().filePath(file);
 }
 
 QList<Command> opener(const QString& file)
@@ -115,9 +123,9 @@ QList<Command> DesktopShell::commandsFor(const QString& file, const QString& par
         return opener(file);
     if (isProgram(file))
         return {Command{file, words}};
-    if (!QFileInfo::exists(file))
+    if (!pathExists(file))
         return {};
-    const QString path = QFileInfo(file).absoluteFilePath();
+    const QString path = absolute(file);
     if (path.endsWith(QStringLiteral(".chm"), Qt::CaseInsensitive))
         return opener(path) + firstOf(helpReaders(), {path});
     return opener(path);
@@ -127,8 +135,7 @@ bool DesktopShell::ShellExecuteA(const QString& verb, const QString& file, const
                                  const QString& folder)
 {
     if (verb == QStringLiteral("explore")) {
-        const QFileInfo info(file);
-        return info.isDir() && m_start(opener(info.absoluteFilePath()), folder);
+        return isFolder(file) && m_start(opener(absolute(file)), folder);
     }
     if (verb != QStringLiteral("open"))
         return false;

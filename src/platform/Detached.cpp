@@ -1,6 +1,7 @@
 #include "platform/Detached.h"
 
-#include <QFile>
+#include "common/NativeName.h"
+
 #include <QStandardPaths>
 
 #include <cerrno>
@@ -19,10 +20,10 @@ namespace {
 class ExecCommand
 {
 public:
-    explicit ExecCommand(const Command& command) : m_words{QFile::encodeName(command.program)}
+    explicit ExecCommand(const Command& command) : m_words{nativeName(command.program)}
     {
         for (const QString& argument : command.arguments)
-            m_words << argument.toUtf8();
+            m_words << nativeBytes(argument);
         for (QByteArray& word : m_words)
             m_pointers.push_back(word.data());
         m_pointers.push_back(nullptr);
@@ -77,7 +78,7 @@ bool startDetached(const QList<Command>& commands, const QString& folder)
     if (commands.isEmpty())
         return false;
     const std::vector<ExecCommand> list(commands.begin(), commands.end());
-    const QByteArray where = QFile::encodeName(folder);
+    const QByteArray where = nativeName(folder);
     const pid_t middle = ::fork();
     if (middle < 0)
         return false;

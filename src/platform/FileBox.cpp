@@ -26,14 +26,25 @@ QList<QUrl> places()
     return urls;
 }
 
+/// A folder, or the nearest of its parents that is there.
+QString nearestFolder(const QString& folder)
+{
+    for (QString path = folder; path.startsWith(u'/'); path = path.left(path.lastIndexOf(u'/')))
+        if (QFileInfo(path).isDir())
+            return path;
+    return QDir::homePath();
+}
+
 } // namespace
 
 FileBox::FileBox(QWidget* owner, const QString& title, const QString& folder) : QFileDialog(owner, title)
 {
     setObjectName(QStringLiteral("zibFileBox"));
-    setOptions(DontUseNativeDialog | DontConfirmOverwrite | HideNameFilterDetails);
+    setOptions(DontUseNativeDialog | DontConfirmOverwrite | HideNameFilterDetails |
+               DontUseCustomDirectoryIcons);
+    setIconProvider(&m_icons);
     setViewMode(Detail);
-    setDirectory(!folder.isEmpty() && QFileInfo(folder).isDir() ? folder : QDir::homePath());
+    setDirectory(nearestFolder(folder));
     setSidebarUrls(places());
     showWholeColumns();
     resize(sizeHint().expandedTo(QSize(720, 460)));

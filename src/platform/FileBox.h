@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/NameIcons.h"
+
 #include <QFileDialog>
 
 namespace zib {
@@ -10,7 +12,7 @@ class FileBox final : public QFileDialog
 {
     Q_OBJECT
 public:
-    /// @param folder where it starts; empty or missing: the home folder.
+    /// @param folder where it starts; when it is missing, its nearest parent; when empty, the home folder.
     FileBox(QWidget* owner, const QString& title, const QString& folder);
 
     /// @param filter "Text|*.a;*.b|Text|*.c"; "*.*" stands for every file.
@@ -26,6 +28,7 @@ private:
     void showWholeColumns();
     QString missingFolder() const;
 
+    NameIcons m_icons;
     bool m_pathMustExist = false;
 };
 

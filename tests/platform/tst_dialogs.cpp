@@ -2,6 +2,7 @@
 #include "platform/DesktopDialogs.h"
 #include "platform/DesktopFolderPicker.h"
 #include "platform/FileBox.h"
+#include "platform/NameIcons.h"
 
 #include <QApplication>
 #include <QColorDialog>
@@ -14,11 +15,16 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QDateTime>
+#include <QImage>
+#include <QSettings>
 #include <QTest>
 #include <QTimer>
 #include <QTreeView>
 
 #include <functional>
+
+#include <sys/stat.h>
 
 /// Boxes and common dialogs, driven while they are open.
 class TestDialogs : public QObject
@@ -54,6 +60,10 @@ private slots:
     void font_thatIsNotInstalled_isKeptUnlessAnotherIsChosen();
     void folder_picked_isTheAnswer();
     void folder_cancelled_isEmpty();
+    void folder_picker_startsWhereItIsTold();
+    void folder_endingInABlank_survivesTrimming();
+    void files_areToldByTheirNamesNeverByTheirContent();
+    void toolkitSettings_ofOtherPrograms_areNeitherReadNorWritten();
 
 private:
     QString file(const QString& name);
@@ -481,6 +491,62 @@ void TestDialogs::folder_cancelled_isEmpty()
     zib::DesktopFolderPicker picker;
     whenOpen<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
     QCOMPARE(picker.SHBrowseForFolderA(&m_owner, "Please choose", {}), QString());
+}
+
+void TestDialogs::folder_picker_startsWhereItIsTold()
+{
+    QVERIFY(QDir(m_folder.path()).mkpath("start/ here "));
+    zib::DesktopFolderPicker picker;
+    const auto startFor = [&](const QString& folder) {
+        QString start;
+        whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+            start = dialog.directory().path();
+            dialog.reject();
+        });
+        picker.SHBrowseForFolderA(&m_owner, "Please choose", folder);
+        return start;
+    };
+    QCOMPARE(startFor(m_folder.filePath("start")), m_folder.filePath("start"));
+    QCOMPARE(startFor(m_folder.filePath("start/ here ")), m_folder.filePath("start/ here "));
+    QCOMPARE(startFor(m_folder.filePath("start/gone/too")), m_folder.filePath("start"));
+    QCOMPARE(startFor("relative"), QDir::homePath());
+}
+
+void TestDialogs::folder_endingInABlank_survivesTrimming()
+{
+    QVERIFY(QDir(m_folder.path()).mkpath("rips "));
+    zib::DesktopFolderPicker picker;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) { choose(dialog, m_folder.filePath("rips ")); });
+    const QString chosen = picker.SHBrowseForFolderA(&m_owner, "Please choose", {});
+    QVERIFY2(QFileInfo(chosen.trimmed()).isDir(), qPrintable(chosen));
+}
+
+void TestDialogs::files_areToldByTheirNamesNeverByTheirContent()
+{
+    const QString picture = m_folder.filePath("picture");
+    QVERIFY(QImage(1, 1, QImage::Format_RGB32).save(picture, "PNG"));
+    const QString pipe = m_folder.filePath("pipe");
+    QCOMPARE(::mkfifo(qPrintable(pipe), 0666), 0);
+    const zib::NameIcons icons;
+    QCOMPARE(icons.type(QFileInfo(picture)), QString());
+    QVERIFY(icons.type(QFileInfo("/no/such/song.mp3")).contains("MP3"));
+    for (const QString& path : {picture, pipe, m_folder.path(), QString("/"), QString("/no/such/song.mp3")})
+        QVERIFY(!icons.icon(QFileInfo(path)).isNull());
+    zib::FileBox box(&m_owner, "Open", m_folder.path());
+    QVERIFY(dynamic_cast<zib::NameIcons*>(box.iconProvider()));
+    QVERIFY(QFile::remove(pipe));
+}
+
+void TestDialogs::toolkitSettings_ofOtherPrograms_areNeitherReadNorWritten()
+{
+    zib::DesktopDialogs dialogs;
+    const QSettings shared(QSettings::NativeFormat, QSettings::UserScope, "QtProject");
+    QVERIFY2(shared.fileName().startsWith("/dev/null/"), qPrintable(shared.fileName()));
+    const QString before = QDir::homePath() + "/.config/QtProject.conf";
+    const QDateTime changed = QFileInfo(before).lastModified();
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
+    QVERIFY(!dialogs.openFile(&m_owner, {"Open", "All Files(*.*)|*.*"}));
+    QCOMPARE(QFileInfo(before).lastModified(), changed);
 }
 
 QTEST_MAIN(TestDialogs)

@@ -78,6 +78,7 @@ private slots:
     void write_makesItsCallsInTheDurableOrder();
     void write_whenAnyCallFails_leavesTheOldOrTheNewFile_data();
     void write_whenAnyCallFails_leavesTheOldOrTheNewFile();
+    void write_whereRightsAreRefused_isDone();
 
 private:
     QByteArray content() const;
@@ -138,6 +139,24 @@ void TestIniFaults::write_whenAnyCallFails_leavesTheOldOrTheNewFile()
     QCOMPARE(content(), done ? QByteArray("[s]\nk=new\n") : QByteArray("[s]\nk=old\n"));
     QCOMPARE(QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
              QStringList{"a.ini"});
+}
+
+void TestIniFaults::write_whereRightsAreRefused_isDone()
+{
+    for (const int error : {EPERM, ENOTSUP, ENOSYS}) {
+        QFile::remove(m_path);
+        g_log.failing = -1;
+        QVERIFY(write("old"));
+        QCOMPARE(::chmod(QFile::encodeName(m_path).constData(), 0600), 0);
+        g_log.failing = 0;
+        g_log.error = error;
+        QVERIFY(write("new"));
+        QCOMPARE(g_log.calls.first(), QString("permissions"));
+        QCOMPARE(content(), QByteArray("[s]\nk=new\n"));
+        struct stat info = {};
+        QCOMPARE(::stat(QFile::encodeName(m_path).constData(), &info), 0);
+        QCOMPARE(info.st_mode & 07777, mode_t(0600)); // Never more than the old file's.
+    }
 }
 
 QTEST_APPLESS_MAIN(TestIniFaults)

@@ -35,7 +35,9 @@ private slots:
     void write_throughADanglingLink_makesItsTarget();
     void write_throughALoopOfLinks_fails();
     void write_toAReadOnlyFile_leavesIt();
-    void write_inAReadOnlyFolder_leavesTheOldFile();
+    void write_inAReadOnlyFolder_goesOverTheOldContents();
+    void write_inAReadOnlyFolderOnAFullDisk_leavesTheOldContents();
+    void write_toAnothersFileInASharedFolder_goesOverItsContents();
     void write_toAFileItMayNotRead_leavesIt();
     void write_onAFullDisk_leavesTheOldFile();
     void write_toWhatIsNoFile_isRefusedAtOnce_data();
@@ -233,18 +235,57 @@ void TestIniFile::write_toAReadOnlyFile_leavesIt()
     QCOMPARE(get(), QByteArray("[s]\nk=0\n"));
 }
 
-void TestIniFile::write_inAReadOnlyFolder_leavesTheOldFile()
+void TestIniFile::write_inAReadOnlyFolder_goesOverTheOldContents()
 {
-    put("[s]\nk=0\n");
+    put("[s]\nk=0\nl=" + QByteArray(5000, 'x') + "\n");
     QCOMPARE(::chmod(qPrintable(m_path), 0666), 0);
     QCOMPARE(::chmod(qPrintable(m_folder->path()), 0555), 0);
     {
         const AsNobody nobody;
-        QVERIFY(!write("k", "1"));
-        QCOMPARE(m_ini.GetPrivateProfileStringA("s", "k", "", 10, m_path), QByteArray("0"));
+        QVERIFY(write("k", QByteArray(5000, 'y')));
+        QVERIFY(write("l", "1"));
+        QVERIFY(write("k", "2"));
     }
     QCOMPARE(::chmod(qPrintable(m_folder->path()), 0755), 0);
-    QCOMPARE(get(), QByteArray("[s]\nk=0\n"));
+    QCOMPARE(get(), QByteArray("[s]\nk=2\nl=1\n"));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+}
+
+void TestIniFile::write_inAReadOnlyFolderOnAFullDisk_leavesTheOldContents()
+{
+    const QByteArray before = "[s]\nk=0\n";
+    put(before);
+    QCOMPARE(::chmod(qPrintable(m_path), 0666), 0);
+    QCOMPARE(::chmod(qPrintable(m_folder->path()), 0555), 0);
+    rlimit limit = {};
+    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit full{1000, limit.rlim_max};
+    ::signal(SIGXFSZ, SIG_IGN);
+    {
+        const AsNobody nobody;
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &full), 0);
+        const bool written = write("k", QByteArray(5000, 'y'));
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        QVERIFY(!written);
+    }
+    QCOMPARE(::chmod(qPrintable(m_folder->path()), 0755), 0);
+    QCOMPARE(get(), before);
+}
+
+void TestIniFile::write_toAnothersFileInASharedFolder_goesOverItsContents()
+{
+    if (::geteuid() != 0)
+        QSKIP("Needs a file of another account, which only root can make.");
+    put("[s]\nk=0\n");
+    QCOMPARE(::chmod(qPrintable(m_path), 0666), 0);
+    QCOMPARE(::chmod(qPrintable(m_folder->path()), 01777), 0);
+    {
+        const AsNobody nobody;
+        QVERIFY(write("k", "1"));
+    }
+    QCOMPARE(::chmod(qPrintable(m_folder->path()), 0755), 0);
+    QCOMPARE(get(), QByteArray("[s]\nk=1\n"));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
 }
 
 void TestIniFile::write_toAFileItMayNotRead_leavesIt()

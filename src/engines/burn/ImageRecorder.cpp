@@ -1,12 +1,12 @@
 #include "engines/burn/ImageRecorder.h"
 
+#include "common/NativeName.h"
 #include "engines/burn/CueSheet.h"
 #include "common/StagedFile.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <utility>
 
@@ -23,9 +23,9 @@ QString freeStem(const QString& folder)
     const QString plain = QDateTime::currentDateTime().toString(QStringLiteral("'Disc' yyyy-MM-dd HH.mm.ss"));
     const auto taken = [&](const QString& stem) {
         const QDir dir(folder);
-        return QFileInfo::exists(dir.filePath(stem + QStringLiteral(".bin"))) ||
-               QFileInfo::exists(dir.filePath(stem + QStringLiteral(".cue"))) ||
-               QFileInfo::exists(dir.filePath(u'.' + stem + QStringLiteral(".bin.part")));
+        return pathExists(dir.filePath(stem + QStringLiteral(".bin"))) ||
+               pathExists(dir.filePath(stem + QStringLiteral(".cue"))) ||
+               pathExists(dir.filePath(u'.' + stem + QStringLiteral(".bin.part")));
     };
     QString stem = plain;
     for (int n = 2; taken(stem); ++n)
@@ -88,7 +88,7 @@ Outcome<> ImageRun::begin()
 {
     if (m_job.simulate)
         return {};
-    if (!QDir().mkpath(m_folder))
+    if (!makeFolders(m_folder))
         return Failure{Failure::Kind::WriteFailed, m_folder};
     StagedFile::removeLeftOvers(m_folder, QStringLiteral("Disc *"));
     if (auto created = takeName(); !created)
@@ -182,8 +182,8 @@ Outcome<> ImageRun::close()
 Outcome<> ImageRun::readBack() const
 {
     const Failure differs{Failure::Kind::DeviceError, m_folder};
-    QFile cue(m_cue.currentPath());
-    if (!cue.open(QIODevice::ReadOnly))
+    QFile cue;
+    if (!openForReading(cue, m_cue.currentPath()))
         return differs;
     const auto content = parseCue(cue.readAll());
     if (!content || content->tracks.size() != m_job.tracks.size())
@@ -195,7 +195,7 @@ Outcome<> ImageRun::readBack() const
             return differs;
         at = at + gap + m_job.tracks[i].length;
     }
-    if (QFileInfo(m_bin.currentPath()).size() != at.bytes())
+    if (fileSize(m_bin.currentPath()) != at.bytes())
         return differs;
     return {};
 }

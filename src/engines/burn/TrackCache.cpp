@@ -1,9 +1,9 @@
 #include "engines/burn/TrackCache.h"
 
+#include "common/NativeName.h"
 #include "common/StagedFile.h"
 
 #include <QCoreApplication>
-#include <QDir>
 
 #include <utility>
 
@@ -37,7 +37,7 @@ Outcome<> TrackCache::fill(BurnJob& job, const std::function<void(int)>& progres
 /// Takes the room for all copies first: a full storage then shows at once.
 Outcome<> TrackCache::reserve(const BurnJob& job)
 {
-    if (!QDir().mkpath(m_folder))
+    if (!makeFolders(m_folder))
         return Failure{Failure::Kind::WriteFailed, m_folder};
     for (qsizetype i = 0; i < job.tracks.size(); ++i) {
         const QString name =
