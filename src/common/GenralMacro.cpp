@@ -2,11 +2,6 @@
 
 #include "common/NativeName.h"
 
-#include <algorithm>
-#include <climits>
-
-#include <unistd.h>
-
 namespace {
 
 struct SharedState
@@ -58,15 +53,6 @@ QString applicationFolder()
     if (state().applicationFolder.isEmpty())
         state().applicationFolder = executableFolder();
     return state().applicationFolder;
-}
-
-QString executableFolder()
-{
-    char path[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
-    const QByteArray name(path, std::max<ssize_t>(length, 0));
-    const qsizetype slash = name.lastIndexOf('/');
-    return nativeText(slash > 0 ? name.left(slash) : QByteArray("/"));
 }
 
 void setApplicationFolder(const QString& folder)

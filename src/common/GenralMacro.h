@@ -52,8 +52,6 @@ void setCurrentFile(const QString& path);
 /// what setApplicationFolder stored, otherwise executableFolder.
 QString applicationFolder();
 void setApplicationFolder(const QString& folder);
-/// Folder of the running executable, links resolved.
-QString executableFolder();
 
 /// Puts every shared value back when a test ends.
 class GlobalsScope

@@ -3,7 +3,8 @@
 #include <QFile>
 #include <QUrl>
 
-#include <cerrno>
+#include <algorithm>
+#include <climits>
 #include <optional>
 
 #include <dirent.h>
@@ -215,6 +216,15 @@ bool makeFolders(const QString& folder)
     if (slash > 0 && !makeFolders(folder.left(slash)))
         return false;
     return makeOneFolder(folder.left(end)) || isFolder(folder);
+}
+
+QString executableFolder()
+{
+    char path[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+    const QByteArray name(path, std::max<ssize_t>(length, 0));
+    const qsizetype slash = name.lastIndexOf('/');
+    return nativeText(slash > 0 ? name.left(slash) : QByteArray("/"));
 }
 
 bool removeFile(const QString& path)

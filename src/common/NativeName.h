@@ -47,6 +47,8 @@ QStringList folderEntries(const QString& folder);
 bool makeOneFolder(const QString& folder);
 /// Makes a folder with every missing parent.  @returns whether it is there now.
 bool makeFolders(const QString& folder);
+/// Folder of the running executable, links resolved, without a trailing separator (a root keeps it).
+QString executableFolder();
 bool removeFile(const QString& path);
 /// Opens a regular file for reading.
 bool openForReading(QFile& file, const QString& path);

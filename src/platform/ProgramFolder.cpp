@@ -1,7 +1,6 @@
 #include "platform/ProgramFolder.h"
 
 #include "common/GeneralAPI.h"
-#include "common/GenralMacro.h"
 #include "common/NativeName.h"
 #include "common/Texts.h"
 #include "platform/AtomicFile.h"

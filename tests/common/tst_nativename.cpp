@@ -1,4 +1,3 @@
-#include "common/GenralMacro.h"
 #include "common/NativeName.h"
 
 #include <QFile>
