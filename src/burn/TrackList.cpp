@@ -3,12 +3,12 @@
 #include "common/CdTime.h"
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
+#include "common/NativeName.h"
 #include "common/Numbers.h"
 #include "common/ReservedNames.h"
 #include "components/AudioInformation.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -115,7 +115,7 @@ void TrackList::makeFolder(const QString& folder)
     if (m_impossible.contains(compared))
         return;
     GeneralAPI::MakeFolderPath(folder);
-    if (!QFileInfo(folder).isDir())
+    if (!isFolder(folder))
         m_impossible << compared;
 }
 

@@ -1,5 +1,6 @@
 #include "engines/rip/DeviceList.h"
 
+#include "common/NativeName.h"
 #include "engines/rip/CdioDisc.h"
 
 #include <QDir>
@@ -59,11 +60,16 @@ QList<RipDevice> findImages(const QString& folder)
 {
     QList<RipDevice> found;
     QSet<QString> names;
-    for (const QString& ending : {QStringLiteral("*.cue"), QStringLiteral("*.toc")})
-        for (const QFileInfo& sheet : QDir(folder).entryInfoList({ending}, QDir::Files, QDir::Name)) {
-            const QString name = sheet.completeBaseName();
-            found << RipDevice{sheet.absoluteFilePath(), names.contains(name) ? sheet.fileName() : name,
-                               QStringLiteral("Disc"), QStringLiteral("image"), true};
+    QStringList entries = folderEntries(folder);
+    entries.sort();
+    for (const QString& ending : {QStringLiteral(".cue"), QStringLiteral(".toc")})
+        for (const QString& entry : entries) {
+            const QString sheet = QDir(folder).filePath(entry);
+            if (entry.startsWith(u'.') || !entry.endsWith(ending, Qt::CaseInsensitive) || !isFile(sheet))
+                continue;
+            const QString name = entry.chopped(ending.size());
+            found << RipDevice{sheet, names.contains(name) ? entry : name, QStringLiteral("Disc"),
+                               QStringLiteral("image"), true};
             names << name;
         }
     std::stable_sort(found.begin(), found.end(),

@@ -1,8 +1,7 @@
 #include "engines/rip/ImageFile.h"
 
 #include "common/CdTime.h"
-
-#include <QFile>
+#include "common/NativeName.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -125,7 +124,7 @@ Outcome<std::shared_ptr<ImageFile>> openSound(const QByteArray& path, const QStr
     if (sound == nullptr)
         return unreadable(QStringLiteral("the file %1 is not of a kind that is read here"), name);
     sound->setSixteenBitBlocks(true);
-    if (sound->open(QFile::decodeName(path)) < 0)
+    if (sound->open(nativeText(path)) < 0)
         return unreadable(QStringLiteral("the file %1 is no sound that can be read"), name);
     if (sound->formatRate() != kCdSampleRate)
         return Failure{Failure::Kind::UnreadableFile,

@@ -4,10 +4,7 @@
 #include "common/NativeName.h"
 
 #include <QByteArray>
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QStorageInfo>
 #include <QtEndian>
 
 #include <unistd.h>
@@ -50,10 +47,10 @@ QByteArray wavHeader(quint32 dataBytes)
 bool RipFile::canBeMade(const QString& path, qint32 frames)
 {
     const QFileInfo target(path);
-    if (!target.isAbsolute() || target.isDir() || !QDir().mkpath(target.path()))
+    if (!target.isAbsolute() || target.isDir() || !makeFolders(target.path()))
         return false;
-    return ::access(QFile::encodeName(target.path()).constData(), W_OK | X_OK) == 0 &&
-           QStorageInfo(target.path()).bytesAvailable() >= kHeaderBytes + CdTime::fromFrames(frames).bytes();
+    return ::access(nativeName(target.path()).constData(), W_OK | X_OK) == 0 &&
+           freeBytes(target.path()) >= kHeaderBytes + CdTime::fromFrames(frames).bytes();
 }
 
 Outcome<> RipFile::begin(const QString& path, qint32 frames)
@@ -65,7 +62,7 @@ Outcome<> RipFile::begin(const QString& path, qint32 frames)
     const QFileInfo target(path);
     const QString folder = target.absolutePath();
     const auto bytes = static_cast<quint32>(CdTime::fromFrames(frames).bytes());
-    QDir().mkpath(folder);
+    makeFolders(folder);
     m_seen = bearerOf(nativeName(path));
     StagedFile::removeLeftOver(folder, target.fileName());
     m_file = std::make_unique<StagedFile>();
