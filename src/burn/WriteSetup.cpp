@@ -44,6 +44,7 @@ void configureWrite(DVDWriterPro& writer, const OptionsData& options, bool drive
     writer.setTestWrite(options.TestMode);
     writer.setCloseSession(true);
     writer.setCloseDisc(true);
+    writer.setVerify(options.VerifyAfterWriting);
     writer.setBufferProtection(options.BufferProtection && driveProtectsBuffer);
 }
 

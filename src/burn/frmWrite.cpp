@@ -63,6 +63,7 @@ void frmWrite::connectWriter()
     connect(writer, &DVDWriterPro::ClosingTrack, this, &frmWrite::DVDWriterPro1_ClosingTrack);
     connect(writer, &DVDWriterPro::ClosingDisc, this, &frmWrite::DVDWriterPro1_ClosingDisc);
     connect(writer, &DVDWriterPro::Waiting, this, &frmWrite::DVDWriterPro1_Waiting);
+    connect(writer, &DVDWriterPro::ComparingTrack, this, &frmWrite::DVDWriterPro1_ComparingTrack);
     connect(writer, &DVDWriterPro::Remark, this, &frmWrite::DVDWriterPro1_Remark);
     connect(writer, &DVDWriterPro::WriteCompleted, this, &frmWrite::DVDWriterPro1_WriteCompleted);
     connect(writer, &DVDWriterPro::WriteCancelled, this, &frmWrite::DVDWriterPro1_WriteCancelled);
@@ -246,12 +247,8 @@ void frmWrite::DVDWriterPro1_ReadingTrack(const QString& fileName, qint32 number
 
 void frmWrite::DVDWriterPro1_WritingProgress(qint32 track, qint32 done, qint32 size)
 {
-    const auto percent = zib::overallPercent(track, done, size, TrackCount);
-    if (!percent)
-        return;
-    ui->lblPer->setText(QStringLiteral("Percent:   %1%").arg(*percent));
-    ui->pbPer->setValue(*percent);
-    showPhase(QStringLiteral("Writing Track #%1 ... ").arg(track));
+    if (showPercent(track, done, size))
+        showPhase(QStringLiteral("Writing Track #%1 ... ").arg(track));
 }
 
 void frmWrite::DVDWriterPro1_ClosingTrack(qint32 track)
@@ -262,6 +259,13 @@ void frmWrite::DVDWriterPro1_ClosingTrack(qint32 track)
 void frmWrite::DVDWriterPro1_ClosingDisc()
 {
     showPhase(WriteTexts::kClosingDisc);
+}
+
+/// The bar runs a second time: comparing takes as long as writing.
+void frmWrite::DVDWriterPro1_ComparingTrack(qint32 track, qint32 done, qint32 size)
+{
+    if (showPercent(track, done, size))
+        showPhase(QStringLiteral("Comparing Track #%1 ... ").arg(track));
 }
 
 void frmWrite::DVDWriterPro1_Waiting(const QString& what)
@@ -298,6 +302,17 @@ void frmWrite::DVDWriterPro1_WriteError(qint32 error, qint32 sense, const QStrin
     m_services.messages.critical(this, WriteTexts::error(error, sense, description, senseData));
     ui->lblStatus->setText(m_invitation);
     EnableControls(true);
+}
+
+/// @returns whether the numbers make a percentage; if not, everything stays as it was.
+bool frmWrite::showPercent(qint32 track, qint32 done, qint32 size)
+{
+    const auto percent = zib::overallPercent(track, done, size, TrackCount);
+    if (!percent)
+        return false;
+    ui->lblPer->setText(QStringLiteral("Percent:   %1%").arg(*percent));
+    ui->pbPer->setValue(*percent);
+    return true;
 }
 
 /// Once Cancel was pressed, what still goes on is no news.
@@ -379,15 +394,19 @@ void frmWrite::ListWriteSpeeds()
 void frmWrite::AddTracks()
 {
     tellTrackLimit();
-    for (const QString& path : m_trackFiles) {
+    for (qsizetype i = 0; i < m_trackFiles.size(); ++i) {
+        const QString& path = m_trackFiles[i];
         if (zib::PreparedFiles::wasChanged(path)) {
             m_services.messages.information(this, WriteTexts::kChanged + path);
             continue;
         }
         const bool there = zib::pathExists(path) && !IsFolder(path);
-        if (!there || !m_writer->addAudioTrack(path))
+        if (there && m_writer->addAudioTrack(path))
+            m_writer->nameTrack(m_writer->trackCount(), m_names.tracks.value(i));
+        else
             m_services.messages.information(this, WriteTexts::kNotWritten + path);
     }
+    m_writer->nameDisc(m_names.title);
 }
 
 /// Said once, before the files that find no place are named one by one.

@@ -55,6 +55,7 @@ private:
     void DVDWriterPro1_WriteError(qint32 error, qint32 sense, const QString& description,
                                   const QString& senseData);
 
+    void DVDWriterPro1_ComparingTrack(qint32 track, qint32 done, qint32 size);
     void DVDWriterPro1_Waiting(const QString& what);
     void DVDWriterPro1_Remark(const QString& text);
 
@@ -64,6 +65,7 @@ private:
     void AddTracks();
     static bool IsFolder(const QString& path);
     void tellTrackLimit();
+    bool showPercent(qint32 track, qint32 done, qint32 size);
     void showPhase(const QString& text);
     void showNote(const QString& text);
     void beginAsking(const QString& what);

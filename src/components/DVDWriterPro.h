@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/DiscNames.h"
+
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -76,10 +78,18 @@ public:
     virtual void setCloseSession(bool on) = 0;
     virtual void setCloseDisc(bool on) = 0;
     virtual void setBufferProtection(bool on) = 0;
+    /// Whether the disc is compared with the files, to the sample, once it is closed. An image always is; a
+    /// test write never.
+    virtual void setVerify(bool on) = 0;
 
     /// Adds a track from a WAV file of 44100 Hz, 16 bits, 2 channels.  @returns false when the file is no
     /// such file.
     virtual bool addAudioTrack(const QString& path) = 0;
+    /// What an added track is called, for CD-TEXT or the sheet of an image. A recorder that cannot write
+    /// names leaves them out.  @param track from 1 to trackCount().
+    virtual void nameTrack(int track, const zib::TrackNames& names) = 0;
+    /// What the disc is called. Its artist is the one that all tracks share.
+    virtual void nameDisc(const QString& title) = 0;
     virtual int trackCount() const = 0;
     /// Begins writing and returns at once.  @returns false when it could not begin; then no event follows.
     virtual bool start() = 0;
@@ -101,6 +111,9 @@ signals:
     void WritingProgress(qint32 track, qint32 done, qint32 size);
     void ClosingTrack(qint32 track);
     void ClosingDisc();
+    /// The track is compared with its file; begins when the disc has been closed and read back. At most about
+    /// 20 times a second; ends at @p size.  @param done frames of the track.
+    void ComparingTrack(qint32 track, qint32 done, qint32 size);
     /// What goes on where none of the events above says it: a phase of its own, or why a drive is being
     /// waited for, with the drive's own reason.
     void Waiting(const QString& what);

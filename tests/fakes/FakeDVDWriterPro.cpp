@@ -96,6 +96,11 @@ void FakeDVDWriterPro::setBufferProtection(bool on)
     note(QString("setBufferProtection %1").arg(on));
 }
 
+void FakeDVDWriterPro::setVerify(bool on)
+{
+    note(QString("setVerify %1").arg(on));
+}
+
 bool FakeDVDWriterPro::addAudioTrack(const QString& path)
 {
     note("addAudioTrack " + path);

@@ -3,6 +3,7 @@
 #include "components/DVDWriterPro.h"
 
 #include <QList>
+#include <QMap>
 #include <QStringList>
 
 #include <functional>
@@ -55,7 +56,10 @@ public:
     void setCloseSession(bool on) override;
     void setCloseDisc(bool on) override;
     void setBufferProtection(bool on) override;
+    void setVerify(bool on) override;
     bool addAudioTrack(const QString& path) override;
+    void nameTrack(int track, const TrackNames& names) override { trackNames[track] = names; }
+    void nameDisc(const QString& title) override { discTitle = title; }
     int trackCount() const override { return toldTracks < 0 ? static_cast<int>(tracks.size()) : toldTracks; }
     bool start() override;
     void cancel() override;
@@ -75,6 +79,8 @@ public:
     QStringList
         calls; ///< "setTestWrite 1", "start" ... in order; questions without side effect are left out.
     QStringList tracks;
+    QMap<int, TrackNames> trackNames; ///< By the track's number.
+    QString discTitle;
     int selected = -1;
     bool testing = false;
     bool running = false;

@@ -17,11 +17,22 @@ qint64 framesOf(const QString& minutes, const QString& seconds, const QString& f
     return s < 60 && f < kFramesPerSecond ? (minutes.toLongLong() * 60 + s) * kFramesPerSecond + f : -1;
 }
 
+/// The name that a line gives: the track's, or before the first one the disc's.
+QString& nameIn(CueContent& content, const QString& keyword)
+{
+    const bool title = keyword == QStringLiteral("TITLE");
+    if (content.names.tracks.isEmpty())
+        return title ? content.names.title : content.names.artist;
+    TrackNames& track = content.names.tracks.last();
+    return title ? track.title : track.artist;
+}
+
 /// Takes one line into @p content. @returns whether it has a place there.
 bool takeLine(const QString& line, CueContent& content)
 {
     static const QRegularExpression file(QStringLiteral("^FILE \"([^\"]+)\" BINARY$"));
     static const QRegularExpression track(QStringLiteral("^TRACK (\\d\\d) AUDIO$"));
+    static const QRegularExpression name(QStringLiteral("^(TITLE|PERFORMER) \"(.*)\"$"));
     static const QRegularExpression index(QStringLiteral("^INDEX (0[01]) (\\d{2,}):(\\d\\d):(\\d\\d)$"));
     if (const auto m = file.match(line); m.hasMatch() && content.binName.isEmpty()) {
         content.binName = m.captured(1);
@@ -29,10 +40,15 @@ bool takeLine(const QString& line, CueContent& content)
     }
     if (const auto m = track.match(line); m.hasMatch()) {
         content.tracks << CueTrack{CdTime::fromFrames(-1), CdTime::fromFrames(-1)};
+        content.names.tracks << TrackNames{};
         return m.captured(1).toInt() == content.tracks.size();
     }
     if (line == kCopyPermitted)
         return !content.tracks.isEmpty();
+    if (const auto m = name.match(line); m.hasMatch()) {
+        nameIn(content, m.captured(1)) = m.captured(2).replace(QStringLiteral("\\\""), QStringLiteral("\""));
+        return true;
+    }
     const auto m = index.match(line);
     if (!m.hasMatch() || content.tracks.isEmpty())
         return false;
@@ -57,19 +73,41 @@ bool inOrder(const QList<CueTrack>& tracks)
     return !tracks.isEmpty();
 }
 
+/// The lines of those names that are not empty. A quote within a name is marked.
+QString nameLines(const TrackNames& names, const QString& indent)
+{
+    const auto line = [&indent](const QString& keyword, QString name) {
+        name.replace(u'"', QStringLiteral("\\\""));
+        return name.isEmpty() ? QString()
+                              : indent + keyword + QStringLiteral(" \"") + name + QStringLiteral("\"\n");
+    };
+    return line(QStringLiteral("TITLE"), names.title) + line(QStringLiteral("PERFORMER"), names.artist);
+}
+
 } // namespace
 
-QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks)
+QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks, const DiscNames& names)
 {
-    QString text = QStringLiteral("FILE \"%1\" BINARY\n").arg(binName);
+    const DiscNames told = sheetNames(names);
+    QString text = nameLines({told.title, told.artist}, {});
+    text += QStringLiteral("FILE \"%1\" BINARY\n").arg(binName);
     for (qsizetype i = 0; i < tracks.size(); ++i) {
         text += QStringLiteral("  TRACK %1 AUDIO\n").arg(i + 1, 2, 10, QLatin1Char('0'));
+        text += nameLines(told.tracks.value(i), QStringLiteral("    "));
         text += QStringLiteral("    %1\n").arg(kCopyPermitted);
         if (tracks[i].gap != tracks[i].start)
             text += QStringLiteral("    INDEX 00 %1\n").arg(tracks[i].gap.toMsf());
         text += QStringLiteral("    INDEX 01 %1\n").arg(tracks[i].start.toMsf());
     }
     return text.toUtf8();
+}
+
+DiscNames sheetNames(const DiscNames& names)
+{
+    DiscNames told{names.title.simplified(), names.artist.simplified(), {}};
+    for (const TrackNames& track : names.tracks)
+        told.tracks << TrackNames{track.title.simplified(), track.artist.simplified()};
+    return told;
 }
 
 Outcome<CueContent> parseCue(const QByteArray& text)

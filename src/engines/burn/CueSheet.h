@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/CdTime.h"
+#include "common/DiscNames.h"
 #include "common/Outcome.h"
 
 #include <QByteArray>
@@ -19,14 +20,18 @@ struct CueTrack
 };
 
 /// The text of a cue sheet for audio tracks in one binary file. The gap before the first track is the two
-/// seconds that every disc begins with and stands in no file.
-QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks);
+/// seconds that every disc begins with and stands in no file. Every track may be copied.
+/// @param names of the disc and of each track; those that are empty get no line.
+QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks, const DiscNames& names = {});
+/// Names as a sheet can hold them: each on one line.
+DiscNames sheetNames(const DiscNames& names);
 
 /// What a cue sheet says.
 struct CueContent
 {
     QString binName{};
     QList<CueTrack> tracks{};
+    DiscNames names{};
 };
 
 /// Reads a cue sheet as cueText writes them.  @returns BadValue when it is anything else.

@@ -1,5 +1,6 @@
 #include "engines/burn/DiscPlan.h"
 
+#include <cstdlib>
 #include <utility>
 
 #include <libburn/libburn.h>
@@ -10,12 +11,14 @@ namespace {
 constexpr int kFifoFrames = 1500; ///< Twenty seconds of sound at single speed.
 } // namespace
 
-DiscPlan::DiscPlan(const BurnJob& job, std::shared_ptr<ModeGate> gate)
+DiscPlan::DiscPlan(const BurnJob& job, std::shared_ptr<ModeGate> gate, const CdTextTable& text)
     : m_gate(std::move(gate)), m_disc(burn::burn_disc_create()), m_session(burn::burn_session_create())
 {
     burn::burn_disc_add_session(m_disc, m_session, BURN_POS_END);
     for (const BurnTrack& track : job.tracks)
         addTrack(track);
+    addText(text.titles, "TITLE");
+    addText(text.performers, "PERFORMER");
 }
 
 DiscPlan::~DiscPlan()
@@ -49,6 +52,31 @@ burn::burn_source* DiscPlan::makeSource()
     if (fifo)
         burn::burn_source_free(fifo);
     return guarded;
+}
+
+/// @param texts the disc's own and then one for each track, or none at all.
+void DiscPlan::addText(const QList<QByteArray>& texts, const char* kind)
+{
+    auto* name = const_cast<char*>(kind);
+    for (qsizetype i = 0; i < texts.size(); ++i) {
+        auto* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(texts[i].constData()));
+        const int length = static_cast<int>(texts[i].size()) + 1;
+        if (i == 0)
+            burn::burn_session_set_cdtext(m_session, 0, 0, name, bytes, length, 0);
+        else
+            burn::burn_track_set_cdtext(m_tracks[static_cast<size_t>(i) - 1], 0, 0, name, bytes, length, 0);
+    }
+}
+
+QByteArray DiscPlan::textPacks() const
+{
+    unsigned char* packs = nullptr;
+    int count = 0;
+    if (burn::burn_cdtext_from_session(m_session, &packs, &count, 0) <= 0)
+        return {};
+    const QByteArray bytes(reinterpret_cast<const char*>(packs), qsizetype{count} * kCdTextPackBytes);
+    std::free(packs);
+    return bytes;
 }
 
 QString DiscPlan::failedFile() const

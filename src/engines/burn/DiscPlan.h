@@ -3,6 +3,7 @@
 #include "engines/burn/Recorder.h"
 #include "engines/burn/TrackFeed.h"
 #include "engines/burn/mmc/ModeGate.h"
+#include "engines/cdtext/CdText.h"
 
 #include <memory>
 #include <vector>
@@ -19,18 +20,22 @@ namespace zib {
 class DiscPlan
 {
 public:
-    /// @param gate stands before every track; it outlives the plan.
-    DiscPlan(const BurnJob& job, std::shared_ptr<ModeGate> gate);
+    /// @param gate stands before every track; it outlives the plan.  @param text goes into the lead-in; none
+    /// where it is empty.
+    DiscPlan(const BurnJob& job, std::shared_ptr<ModeGate> gate, const CdTextTable& text);
     ~DiscPlan();
     Q_DISABLE_COPY_MOVE(DiscPlan)
 
     /// The first track file that cannot be opened or gave less than it promised; empty when none did.
     QString failedFile() const;
     burn::burn_disc* disc() const { return m_disc; }
+    /// The packs of CD-TEXT that the library makes of the text, 18 bytes each.
+    QByteArray textPacks() const;
 
 private:
     void addTrack(const BurnTrack& track);
     burn::burn_source* makeSource();
+    void addText(const QList<QByteArray>& texts, const char* kind);
 
     std::shared_ptr<ModeGate> m_gate;
     burn::burn_disc* m_disc;

@@ -233,6 +233,11 @@ void DiscWriter::setBufferProtection(bool on)
     m_job.bufferProtection = on;
 }
 
+void DiscWriter::setVerify(bool on)
+{
+    m_job.verify = on;
+}
+
 bool DiscWriter::addAudioTrack(const QString& path)
 {
     if (m_job.tracks.size() >= kMostTracks)
@@ -241,7 +246,19 @@ bool DiscWriter::addAudioTrack(const QString& path)
     if (!track)
         return false;
     m_job.tracks << *track;
+    m_trackNames << TrackNames{};
     return true;
+}
+
+void DiscWriter::nameTrack(int track, const TrackNames& names)
+{
+    if (track >= 1 && track <= trackCount())
+        m_trackNames[track - 1] = names;
+}
+
+void DiscWriter::nameDisc(const QString& title)
+{
+    m_discTitle = title;
 }
 
 int DiscWriter::trackCount() const
@@ -256,6 +273,7 @@ bool DiscWriter::start()
     m_run = std::make_shared<WriteRun>();
     m_run->recorder = m_selected;
     m_run->job = m_job;
+    m_run->job.names = namesOfDisc(m_discTitle, m_trackNames);
     m_run->cache = m_cache;
     m_run->cacheFolder = m_cacheFolder;
     m_run->events.push({.kind = WriteEvent::Kind::Preparing});
@@ -310,6 +328,9 @@ void DiscWriter::deliver(const WriteEvent& event)
         break;
     case WriteEvent::Kind::ClosingDisc:
         emit ClosingDisc();
+        break;
+    case WriteEvent::Kind::Comparing:
+        emit ComparingTrack(event.track, event.done, event.size);
         break;
     case WriteEvent::Kind::Waiting:
         emit Waiting(event.name);

@@ -51,8 +51,11 @@ public:
     void setCloseSession(bool on) override;
     void setCloseDisc(bool on) override;
     void setBufferProtection(bool on) override;
+    void setVerify(bool on) override;
 
     bool addAudioTrack(const QString& path) override;
+    void nameTrack(int track, const TrackNames& names) override;
+    void nameDisc(const QString& title) override;
     int trackCount() const override;
     bool start() override;
     void cancel() override;
@@ -86,6 +89,8 @@ private:
     Medium m_medium;
     QElapsedTimer m_mediumAge;
     BurnJob m_job;
+    QString m_discTitle;
+    QList<TrackNames> m_trackNames;
     bool m_cache = false;
     QString m_cacheFolder;
     QTimer m_deliveries;

@@ -1,6 +1,10 @@
 #include "engines/burn/DriveBurn.h"
 
 #include "engines/burn/DriveWords.h"
+#include "engines/burn/compare/DiscCheck.h"
+#include "engines/burn/compare/DriveSound.h"
+#include "engines/burn/compare/DriveText.h"
+#include "engines/burn/compare/ReadOffset.h"
 
 #include <QThread>
 
@@ -49,7 +53,8 @@ std::optional<BurnError> DriveBurn::run()
         return BurnError::from(line.error());
     m_line = std::move(*line);
     m_gate = std::make_shared<ModeGate>(m_line, m_mode, m_grabbed.knife());
-    const auto plan = std::make_shared<DiscPlan>(m_job, m_gate);
+    const auto plan = std::make_shared<DiscPlan>(m_job, m_gate, cdTextOf(m_job.names));
+    m_textPacks = plan->textPacks();
     if (const QString missing = plan->failedFile(); !missing.isEmpty())
         return unreadable(missing);
     if (auto error = checkDisc())
@@ -175,13 +180,21 @@ bool DriveBurn::stalled(const burn::burn_progress& progress, int status)
     return m_sinceSign.elapsed() > (writing ? m_patience.writeMs : m_patience.closeMs);
 }
 
+bool DriveBurn::failedOverNames() const
+{
+    return !m_textPacks.isEmpty() && m_phases.phase() == WritePhases::Phase::Preparing &&
+           !m_job.isCancelled() && !m_stuck && !m_gate->fault() && m_grabbed &&
+           m_truth == DiscVerdict::Truth::Blank;
+}
+
 /// The end is what has become of the disc, whatever came first.
 std::optional<BurnError> DriveBurn::judge(const DiscPlan& plan)
 {
     if (m_wroteWell && !m_cancelSent && !m_gate->fault())
-        return m_job.simulate ? lookWhetherBlank() : readBack();
+        return m_job.simulate ? lookWhetherBlank() : check();
     BurnError error = failure(plan);
     const DiscVerdict verdict = m_grabbed ? look(m_patience.readyMs) : DiscVerdict{};
+    m_truth = verdict.truth;
     const bool blankAsItMustBe = m_job.simulate && verdict.truth == DiscVerdict::Truth::Blank;
     if (error.cancelled) {
         if (verdict.truth == DiscVerdict::Truth::Whole && !m_job.simulate) {
@@ -246,6 +259,46 @@ std::optional<BurnError> DriveBurn::readBack()
         BurnErrorCode::kVerify,
         QStringLiteral("The disc was written, but it does not show the tracks when it is read back. "
                        "Do not use it."));
+}
+
+/// A disc that was written to its end is closed and shows its tracks, carries its names and holds every
+/// sample.
+std::optional<BurnError> DriveBurn::check()
+{
+    if (auto error = readBack())
+        return error;
+    checkNames();
+    return m_job.verify ? compare() : std::nullopt;
+}
+
+/// Names that are missing or garbled are no reason to throw a disc away, and drives that do not read CD-TEXT
+/// are many.
+void DriveBurn::checkNames()
+{
+    if (m_textPacks.isEmpty())
+        return;
+    const auto packs = textPacksOf(*m_line);
+    if (packs && *packs != m_textPacks)
+        m_observer.remark(
+            QStringLiteral("The sound is on the disc, but the names of its tracks are not as they were "
+                           "sent to the drive."));
+}
+
+std::optional<BurnError> DriveBurn::compare()
+{
+    m_observer.comparing(1, 0, m_job.tracks.first().length.frames());
+    DriveAnswer refusal;
+    const auto contents = contentsOf(*m_line, refusal);
+    if (!contents || contents->tracks.size() != m_job.tracks.size())
+        return answerError(
+            refusal, m_traits.path,
+            QStringLiteral("The disc was written, but it could not be compared with its files."));
+    QList<qint64> starts;
+    for (const DiscContents::Track& track : contents->tracks)
+        starts << track.start;
+    const QList<DiscPiece> pieces = piecesAt(m_job.tracks, starts);
+    DriveSound sound(m_line, contents->leadOut, m_job.cancelled);
+    return compareWithFiles(sound, pieces, readOffsetOf(sound, pieces), m_job, m_observer);
 }
 
 /// After a simulation the disc must be what it was.

@@ -28,6 +28,8 @@ public:
               const BurnJob& job, BurnObserver& observer);
 
     std::optional<BurnError> run();
+    /// Behind a run() that failed: whether it may have been for the names alone. The disc is blank as before.
+    bool failedOverNames() const;
 
 private:
     std::optional<BurnError> checkDisc();
@@ -39,7 +41,10 @@ private:
     bool stalled(const burn::burn_progress& progress, int status);
     void stopDrive();
     std::optional<BurnError> judge(const DiscPlan& plan);
+    std::optional<BurnError> check();
     std::optional<BurnError> readBack();
+    std::optional<BurnError> compare();
+    void checkNames();
     std::optional<BurnError> lookWhetherBlank();
     BurnError failure(const DiscPlan& plan) const;
     DiscVerdict look(int patienceMs);
@@ -55,6 +60,8 @@ private:
     std::shared_ptr<DriveLine> m_line; ///< Beside the library's own.
     std::shared_ptr<ModeGate> m_gate;
     WritePhases m_phases;
+    QByteArray m_textPacks; ///< CD-TEXT as it goes into the lead-in; may be empty.
+    DiscVerdict::Truth m_truth = DiscVerdict::Truth::Unknown; ///< What a failure left.
     bool m_cancelSent = false;
     bool m_stuck = false;
     bool m_wroteWell = false;

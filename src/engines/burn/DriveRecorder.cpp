@@ -123,7 +123,28 @@ std::optional<BurnError> DriveRecorder::writeGrabbed(LibburnSession& session, co
         return BurnError::byUser();
     if (!grabbed)
         return BurnError::from(grabbed.failure());
-    return DriveBurn(grabbed, m_traits, m_patience, job, observer).run();
+    return writeNamed(grabbed, job, observer);
+}
+
+/// Names stand in the lead-in, which is written with the session at once. No drive says for sure whether it
+/// takes them, so they are tried; one that does not gets the disc without them.
+std::optional<BurnError> DriveRecorder::writeNamed(GrabbedDrive& grabbed, const BurnJob& job,
+                                                   BurnObserver& observer)
+{
+    BurnJob nameless = job;
+    nameless.names = {};
+    if (!job.names.haveTracksNames())
+        return DriveBurn(grabbed, m_traits, m_patience, job, observer).run();
+    if (m_traits.sessionAtOnce) {
+        DriveBurn burning(grabbed, m_traits, m_patience, job, observer);
+        auto error = burning.run();
+        if (!error || !burning.failedOverNames())
+            return error;
+    }
+    auto error = DriveBurn(grabbed, m_traits, m_patience, nameless, observer).run();
+    if (!error && !job.simulate)
+        observer.remark(QStringLiteral("The disc carries no names: the drive did not take them."));
+    return error;
 }
 
 void DriveRecorder::eject()

@@ -20,6 +20,7 @@ struct DrivePatience
     int cancelMs = 60'000; ///< From a cancel until the drive is idle.
 };
 
+class GrabbedDrive;
 class LibburnSession;
 
 /// A CD recorder of this machine, through libburn. See Recorder for the calls; each takes the drive for
@@ -58,6 +59,7 @@ public:
 private:
     std::optional<BurnError> writeGrabbed(LibburnSession& session, const BurnJob& job,
                                           BurnObserver& observer);
+    std::optional<BurnError> writeNamed(GrabbedDrive& grabbed, const BurnJob& job, BurnObserver& observer);
 
     Traits m_traits;
     DrivePatience m_patience;

@@ -2,6 +2,8 @@
 
 #include "common/NativeName.h"
 #include "engines/burn/CueSheet.h"
+#include "engines/burn/compare/DiscCheck.h"
+#include "engines/burn/compare/ImageSound.h"
 #include "common/StagedFile.h"
 
 #include <QDateTime>
@@ -43,7 +45,8 @@ public:
     {
     }
 
-    Outcome<> run()
+    /// Everything but the names.
+    Outcome<> write()
     {
         if (auto opened = begin(); !opened)
             return opened;
@@ -53,6 +56,13 @@ public:
         m_observer.closingDisc();
         return m_job.simulate ? endOfWork() : close();
     }
+    std::optional<BurnError> compare()
+    {
+        m_observer.readingBack();
+        ImageSound sound(m_bin.currentPath());
+        return compareWithFiles(sound, piecesOf(m_job.tracks), 0, m_job, m_observer);
+    }
+    Outcome<> giveNames();
 
 private:
     /// What an unfinished step answers when the user asked to stop.
@@ -71,7 +81,6 @@ private:
     Outcome<> put(qint64 bytes);
     Outcome<> close();
     Outcome<> readBack() const;
-    Outcome<> giveNames();
 
     const BurnJob& m_job;
     BurnObserver& m_observer;
@@ -162,7 +171,7 @@ Outcome<> ImageRun::put(qint64 bytes)
 
 Outcome<> ImageRun::close()
 {
-    const QByteArray text = cueText(m_stem + QStringLiteral(".bin"), m_layout);
+    const QByteArray text = cueText(m_stem + QStringLiteral(".bin"), m_layout, m_job.names);
     if (auto flushed = m_bin.flush(); !flushed)
         return flushed;
     if (auto created = m_cue.create(m_folder, m_stem + QStringLiteral(".cue")); !created)
@@ -173,12 +182,10 @@ Outcome<> ImageRun::close()
         return flushed;
     if (auto same = readBack(); !same)
         return same;
-    if (auto end = endOfWork(); !end)
-        return end;
-    return giveNames();
+    return endOfWork();
 }
 
-/// Reads the image from the storage as a stranger would and compares it with the job.
+/// Reads the sheet from the storage as a stranger would and compares it with the job.
 Outcome<> ImageRun::readBack() const
 {
     const Failure differs{Failure::Kind::DeviceError, m_folder};
@@ -186,7 +193,8 @@ Outcome<> ImageRun::readBack() const
     if (!openForReading(cue, m_cue.currentPath()))
         return differs;
     const auto content = parseCue(cue.readAll());
-    if (!content || content->tracks.size() != m_job.tracks.size())
+    if (!content || content->tracks.size() != m_job.tracks.size() ||
+        content->names != sheetNames(m_job.names))
         return differs;
     CdTime at;
     for (qsizetype i = 0; i < m_job.tracks.size(); ++i) {
@@ -240,8 +248,14 @@ Outcome<Medium> ImageRecorder::inspect(const InspectionTalk&)
 std::optional<BurnError> ImageRecorder::write(const BurnJob& job, BurnObserver& observer)
 {
     ImageRun run(job, observer, m_folder);
-    if (auto done = run.run(); !done)
-        return BurnError::from(done.error());
+    if (auto written = run.write(); !written)
+        return BurnError::from(written.error());
+    if (job.simulate)
+        return std::nullopt;
+    if (auto wrong = run.compare())
+        return wrong;
+    if (auto named = run.giveNames(); !named)
+        return BurnError::from(named.error());
     return std::nullopt;
 }
 

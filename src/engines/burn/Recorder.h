@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/CdTime.h"
+#include "common/DiscNames.h"
 #include "common/Outcome.h"
 #include "components/DVDWriterPro.h"
 #include "engines/burn/TrackSource.h"
@@ -27,6 +28,8 @@ struct BurnJob
     bool bufferProtection = false;
     bool closeSession = true;
     bool closeDisc = true;
+    bool verify = false; ///< Compare the disc with the files once it is closed; an image is always compared.
+    DiscNames names{};   ///< Of the disc and of each track; none where there are none.
     const std::atomic<bool>* cancelled = nullptr; ///< Set by another thread to end the job; may be missing.
 
     bool isCancelled() const { return cancelled && cancelled->load(); }
@@ -48,6 +51,14 @@ public:
     virtual void closingDisc() = 0;
     /// The disc is looked at again after it was closed, or after a test.
     virtual void readingBack() {}
+    /// A track is compared with its file, after all was read back. The last one of a track at its full
+    /// length.
+    virtual void comparing(int track, qint64 doneFrames, qint64 frames)
+    {
+        Q_UNUSED(track)
+        Q_UNUSED(doneFrames)
+        Q_UNUSED(frames)
+    }
     /// What the recorder is being waited for, in words for the user; empty when it goes on.
     virtual void waiting(const QString&) {}
     /// What the user should know beside the end: the state of a disc that was begun, or where an image lies.

@@ -19,7 +19,9 @@ qint32 told(qint64 number)
 
 bool replaces(const WriteEvent& newer, const WriteEvent& older)
 {
-    const bool position = newer.kind == WriteEvent::Kind::Progress || newer.kind == WriteEvent::Kind::Caching;
+    const bool position = newer.kind == WriteEvent::Kind::Progress ||
+                          newer.kind == WriteEvent::Kind::Caching ||
+                          newer.kind == WriteEvent::Kind::Comparing;
     return position && newer.kind == older.kind && newer.track == older.track;
 }
 
@@ -97,6 +99,17 @@ void WriteReporter::readingBack()
     waiting(QStringLiteral("Reading the disc back, please wait..."));
 }
 
+void WriteReporter::comparing(int track, qint64 doneFrames, qint64 frames)
+{
+    if (!reach(lastRank() + 1 + track))
+        return;
+    completed();
+    m_events.push({.kind = WriteEvent::Kind::Comparing,
+                   .track = track,
+                   .done = told(doneFrames),
+                   .size = told(frames)});
+}
+
 void WriteReporter::waiting(const QString& what)
 {
     m_events.push({.kind = WriteEvent::Kind::Waiting, .name = what});
@@ -104,7 +117,8 @@ void WriteReporter::waiting(const QString& what)
 
 void WriteReporter::remark(const QString& text)
 {
-    m_events.push({.kind = WriteEvent::Kind::Remark, .name = text});
+    m_remarks << text;
+    m_events.push({.kind = WriteEvent::Kind::Remark, .name = m_remarks.join(u'\n')});
 }
 
 void WriteReporter::completed()

@@ -3,6 +3,7 @@
 #include "engines/burn/Recorder.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <deque>
 #include <mutex>
@@ -21,6 +22,7 @@ struct WriteEvent
         Progress,
         ClosingTrack,
         ClosingDisc,
+        Comparing,
         Waiting,
         Remark,
         Ended
@@ -28,8 +30,8 @@ struct WriteEvent
 
     Kind kind;
     qint32 track = 0;
-    qint32 done = 0;     ///< Percent for Caching, bytes for Progress.
-    qint32 size = 0;     ///< Sectors for Reading, bytes for Progress.
+    qint32 done = 0;     ///< Percent for Caching, bytes for Progress, frames for Comparing.
+    qint32 size = 0;     ///< Sectors for Reading, bytes for Progress, frames for Comparing.
     QString name{};      ///< The file's name for Reading, the words for Waiting and Remark.
     bool failed = false; ///< For Ended; error then says why.
     BurnError error{};
@@ -50,8 +52,8 @@ private:
 
 /// Turns what a recorder tells into events: positions never fall, stay within the track, and every track that
 /// is left behind has ended at its full size. A phase is never told after a later one: a track is read,
-/// written and closed, then comes the next; after the last one the disc is closed, and then read back. The
-/// worker's thread only.
+/// written and closed, then comes the next; after the last one the disc is closed, read back and compared.
+/// The worker's thread only.
 class WriteReporter final : public BurnObserver
 {
 public:
@@ -62,7 +64,9 @@ public:
     void closingTrack(int track) override;
     void closingDisc() override;
     void readingBack() override;
+    void comparing(int track, qint64 doneFrames, qint64 frames) override;
     void waiting(const QString& what) override;
+    /// Remarks add up: each event holds all of them, a line each.
     void remark(const QString& text) override;
     /// All tracks are written.
     void completed();
@@ -81,6 +85,7 @@ private:
     int m_rank = 0;                  ///< Of the phase told last.
     int m_track = 0;                 ///< The track told last.
     qint64 m_done = 0;               ///< Its position told last.
+    QStringList m_remarks;
 };
 
 } // namespace zib

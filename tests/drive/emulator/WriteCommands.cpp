@@ -347,6 +347,9 @@ Answer sendCueSheet(Station& station, const Request& request)
     state.cueBytes = static_cast<std::uint32_t>(size);
     ++state.cueSerial;
     state.sessionRunning = true;
+    if (station.disc->state().sessionCount == 0) {
+        station.disc->state().cdTextBytes = 0; // a lead-in that was broken off is written anew
+    }
     state.simulated = station.testWrite();
     state.nextBlock = sheet.nextSent(sheet.first);
     state.nextLeadIn = 0;

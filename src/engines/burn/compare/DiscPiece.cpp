@@ -6,16 +6,24 @@ namespace zib {
 
 QList<DiscPiece> piecesOf(const QList<BurnTrack>& tracks)
 {
-    QList<DiscPiece> pieces;
+    QList<qint64> starts;
     qint64 at = 0;
-    int number = 0;
     for (const BurnTrack& track : tracks) {
-        if (++number > 1) {
-            pieces << DiscPiece{number, at, CdTime::fromFrames(kPregapFrames), {}, true};
-            at = pieces.last().end();
-        }
-        pieces << DiscPiece{number, at, track.length, track, false};
-        at = pieces.last().end();
+        starts << at;
+        at += track.length.frames() + kPregapFrames;
+    }
+    return piecesAt(tracks, starts);
+}
+
+QList<DiscPiece> piecesAt(const QList<BurnTrack>& tracks, const QList<qint64>& starts)
+{
+    QList<DiscPiece> pieces;
+    for (qsizetype i = 0; i < tracks.size(); ++i) {
+        const int number = static_cast<int>(i) + 1;
+        const qint64 gap = starts[i] - kPregapFrames;
+        if (i > 0 && pieces.last().end() == gap)
+            pieces << DiscPiece{number, gap, CdTime::fromFrames(kPregapFrames), {}, true};
+        pieces << DiscPiece{number, starts[i], tracks[i].length, tracks[i], false};
     }
     return pieces;
 }

@@ -21,6 +21,9 @@ struct DiscPiece
 
 /// A disc of these tracks in session-at-once: the sound of each and the pregap before all but the first.
 QList<DiscPiece> piecesOf(const QList<BurnTrack>& tracks);
+/// A disc whose tracks begin at these addresses. What lies between two of them is known only where it is a
+/// pregap and nothing else; track-at-once leaves blocks of its own there.
+QList<DiscPiece> piecesAt(const QList<BurnTrack>& tracks, const QList<qint64>& starts);
 
 /// The samples of one piece. Offsets and sizes are bytes.
 class PieceSource

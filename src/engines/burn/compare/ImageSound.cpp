@@ -1,0 +1,21 @@
+#include "engines/burn/compare/ImageSound.h"
+
+#include "common/CdTime.h"
+
+namespace zib {
+
+ImageSound::ImageSound(const QString& path) : m_file(path)
+{
+    if (m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        m_frames = m_file.size() / kBytesPerFrame;
+}
+
+Outcome<> ImageSound::read(qint64 frame, int count, char* buffer)
+{
+    const qint64 bytes = qint64{count} * kBytesPerFrame;
+    if (m_file.seek(frame * kBytesPerFrame) && m_file.read(buffer, bytes) == bytes)
+        return {};
+    return Failure{Failure::Kind::UnreadableFile};
+}
+
+} // namespace zib
