@@ -45,7 +45,7 @@ struct Desk
     bool open()
     {
         made = true;
-        window.reset(new frmWrite(desk.services, files));
+        window.reset(new frmWrite(desk.services, files, names));
         window->show();
         return QTest::qWaitFor([this] { return control<QPushButton>("cmdWrite")->isEnabled(); }, 30'000);
     }
@@ -96,6 +96,7 @@ struct Desk
     FakeDVDWriterPro* writer = new FakeDVDWriterPro;
     bool made = false;
     QStringList files;
+    DiscNames names;
     QScopedPointer<frmWrite> window;
 };
 
@@ -124,6 +125,9 @@ private slots:
     void write_withoutDrive_isRefused();
     void write_onAWrongDisc_isRefused_data();
     void write_onAWrongDisc_isRefused();
+    void names_followTheirTracks_pastAMissingFile();
+    void verify_setting_reachesTheWriter();
+    void comparing_showsTrackAndPercent();
     void write_settings_reachTheWriterInOrder();
     void write_withCaching_makesTheFolder();
     void write_withBufferProtection_needsSettingAndDrive_data();
@@ -397,6 +401,44 @@ void TestFrmWrite::write_onAWrongDisc_isRefused()
     QCOMPARE(desk.enabled(), message.isEmpty() ? QString("C") : QString("DSWO"));
 }
 
+void TestFrmWrite::names_followTheirTracks_pastAMissingFile()
+{
+    Desk desk;
+    desk.names = {"Mix", "", {{"One", "A"}, {"Two", "B"}, {"Three", "C"}}};
+    QFile::remove(desk.files[1]);
+    QVERIFY(desk.open());
+    QCOMPARE(desk.writer->tracks.size(), desk.files.size() - 1);
+    QCOMPARE(desk.writer->discTitle, QString("Mix"));
+    QCOMPARE(desk.writer->trackNames.value(1), (zib::TrackNames{"One", "A"}));
+    QCOMPARE(desk.writer->trackNames.value(2), (zib::TrackNames{"Three", "C"}));
+}
+
+void TestFrmWrite::verify_setting_reachesTheWriter()
+{
+    Desk desk;
+    desk.change([](OptionsData& o) { o.VerifyAfterWriting = true; });
+    QVERIFY(desk.open());
+    desk.click("cmdWrite");
+    QVERIFY(desk.writer->calls.contains("setVerify 1"));
+}
+
+void TestFrmWrite::comparing_showsTrackAndPercent()
+{
+    Desk desk;
+    QVERIFY(desk.open());
+    desk.click("cmdWrite");
+    emit desk.writer->WritingProgress(static_cast<int>(desk.files.size()), 100, 100);
+    QCOMPARE(desk.bar(), 100);
+    emit desk.writer->ComparingTrack(1, 0, 400);
+    QCOMPARE(desk.status(), QString("Comparing Track #1 ... "));
+    QCOMPARE(desk.bar(), 0);
+    emit desk.writer->ComparingTrack(static_cast<int>(desk.files.size()), 400, 400);
+    QCOMPARE(desk.percent(), QString("Percent:   100%"));
+    desk.click("cmdCancel");
+    emit desk.writer->ComparingTrack(1, 10, 400);
+    QCOMPARE(desk.status(), QString("Writing Cancelled. Please wait ... "));
+}
+
 void TestFrmWrite::write_settings_reachTheWriterInOrder()
 {
     Desk desk;
@@ -404,10 +446,10 @@ void TestFrmWrite::write_settings_reachTheWriterInOrder()
     desk.change([](OptionsData& o) { o.BufferProtection = true; });
     QVERIFY(desk.open());
     desk.click("cmdWrite");
-    QCOMPARE(
-        desk.callsSince("discStatus"),
-        (QStringList{"discStatus", "discHoldsData", "setCacheLocally 0", "setWriteMode 0", "setTestWrite 0",
-                     "setCloseSession 1", "setCloseDisc 1", "setBufferProtection 1", "start"}));
+    QCOMPARE(desk.callsSince("discStatus"),
+             (QStringList{"discStatus", "discHoldsData", "setCacheLocally 0", "setWriteMode 0",
+                          "setTestWrite 0", "setCloseSession 1", "setCloseDisc 1", "setVerify 0",
+                          "setBufferProtection 1", "start"}));
 }
 
 void TestFrmWrite::write_withCaching_makesTheFolder()

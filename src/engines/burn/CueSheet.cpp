@@ -88,7 +88,7 @@ QString nameLines(const TrackNames& names, const QString& indent)
 
 QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks, const DiscNames& names)
 {
-    const DiscNames told = sheetNames(names);
+    const DiscNames told = sheetNames(names, tracks.size());
     QString text = nameLines({told.title, told.artist}, {});
     text += QStringLiteral("FILE \"%1\" BINARY\n").arg(binName);
     for (qsizetype i = 0; i < tracks.size(); ++i) {
@@ -102,11 +102,13 @@ QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks, const 
     return text.toUtf8();
 }
 
-DiscNames sheetNames(const DiscNames& names)
+DiscNames sheetNames(const DiscNames& names, qsizetype trackCount)
 {
     DiscNames told{names.title.simplified(), names.artist.simplified(), {}};
-    for (const TrackNames& track : names.tracks)
+    for (qsizetype i = 0; i < trackCount; ++i) {
+        const TrackNames track = names.tracks.value(i);
         told.tracks << TrackNames{track.title.simplified(), track.artist.simplified()};
+    }
     return told;
 }
 

@@ -23,8 +23,8 @@ struct CueTrack
 /// seconds that every disc begins with and stands in no file. Every track may be copied.
 /// @param names of the disc and of each track; those that are empty get no line.
 QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks, const DiscNames& names = {});
-/// Names as a sheet can hold them: each on one line.
-DiscNames sheetNames(const DiscNames& names);
+/// Names as a sheet can hold them: each on one line, and an entry for each track.
+DiscNames sheetNames(const DiscNames& names, qsizetype trackCount);
 
 /// What a cue sheet says.
 struct CueContent

@@ -194,7 +194,7 @@ Outcome<> ImageRun::readBack() const
         return differs;
     const auto content = parseCue(cue.readAll());
     if (!content || content->tracks.size() != m_job.tracks.size() ||
-        content->names != sheetNames(m_job.names))
+        content->names != sheetNames(m_job.names, m_job.tracks.size()))
         return differs;
     CdTime at;
     for (qsizetype i = 0; i < m_job.tracks.size(); ++i) {

@@ -110,6 +110,8 @@ private slots:
     void write_severalTracks_readsBackBitForBit();
     void write_aShortTrack_isPaddedToFourSeconds();
     void write_99Tracks_areAllThere();
+    void write_withNames_putsThemIntoTheSheet();
+    void write_withAChangedSample_namesItsPlace();
     void write_always_tellsItsStepsInOrder();
     void write_twiceInOneSecond_replacesNothing();
     void write_aSimulation_leavesNothing();
@@ -189,6 +191,53 @@ void TestImageRecorder::write_99Tracks_areAllThere()
     QCOMPARE(int(cdio_get_num_tracks(disc.get())), 99);
     QCOMPARE(cdio_get_track_lsn(disc.get(), 99), 98 * 450);
     QVERIFY(readTrack(disc.get(), 99).startsWith(bench.sounds[98]));
+}
+
+void TestImageRecorder::write_withNames_putsThemIntoTheSheet()
+{
+    Bench bench({588, 588, 588});
+    bench.job.names =
+        namesOfDisc(QStringLiteral("Größe"),
+                    {{QStringLiteral("Щука"), "Choir"}, {"say \"hi\"\n there", "Choir"}, {"", "Choir"}});
+    QVERIFY(!bench.write());
+    QFile sheet(bench.cue());
+    QVERIFY(sheet.open(QIODevice::ReadOnly));
+    const auto content = parseCue(sheet.readAll());
+    QVERIFY(content);
+    QCOMPARE(content->names.title, QStringLiteral("Größe"));
+    QCOMPARE(content->names.artist, QString("Choir"));
+    QCOMPARE(content->names.tracks[0].title, QStringLiteral("Щука"));
+    QCOMPARE(content->names.tracks[1].title, QString("say \"hi\" there"));
+    QCOMPARE(content->names.tracks[2], (TrackNames{"", "Choir"}));
+    const Disc disc(cdio_open(qPrintable(bench.cue()), DRIVER_BINCUE));
+    QVERIFY(disc);
+    const cdtext_t* text = cdio_get_cdtext(disc.get());
+    QVERIFY(text);
+    // The library takes every sheet for Latin-1 and tells it in UTF-8.
+    const auto told = [text](cdtext_field_t field, track_t track) {
+        return QString::fromUtf8(QString::fromUtf8(cdtext_get_const(text, field, track)).toLatin1());
+    };
+    QCOMPARE(told(CDTEXT_FIELD_TITLE, 0), QStringLiteral("Größe"));
+    QCOMPARE(told(CDTEXT_FIELD_TITLE, 1), QStringLiteral("Щука"));
+    QCOMPARE(told(CDTEXT_FIELD_PERFORMER, 3), QString("Choir"));
+    QVERIFY(cdio_get_track_copy_permit(disc.get(), 1) == CDIO_TRACK_FLAG_TRUE);
+}
+
+void TestImageRecorder::write_withAChangedSample_namesItsPlace()
+{
+    Bench bench({588 * 300, 588 * 400});
+    bench.listener.onStep = [&bench](const QString& step) {
+        if (step != "closing disc")
+            return;
+        QFile image(QDir(bench.images()).filePath(bench.found().value(0)));
+        if (image.open(QIODevice::ReadWrite) && image.seek((450 + 75) * 2352 + 7))
+            image.write("x");
+    };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kVerify);
+    QVERIFY2(error->description.contains("track 2 at 00:01:00"), qPrintable(error->description));
+    QCOMPARE(bench.found(), QStringList());
 }
 
 void TestImageRecorder::write_always_tellsItsStepsInOrder()
