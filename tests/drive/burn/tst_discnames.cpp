@@ -49,7 +49,7 @@ struct NamedBench : BurnBench
 
 } // namespace
 
-class TestNames : public QObject
+class TestDiscNames : public QObject
 {
     Q_OBJECT
 private slots:
@@ -69,7 +69,7 @@ private slots:
     void comparing_whenTheDriveGoes_saysSo();
 };
 
-void TestNames::names_goOntoTheDisc()
+void TestDiscNames::names_goOntoTheDisc()
 {
     NamedBench bench;
     QVERIFY(bench.prepare());
@@ -80,7 +80,7 @@ void TestNames::names_goOntoTheDisc()
     QCOMPARE(bench.remark, QString());
 }
 
-void TestNames::noNames_writeNoText()
+void TestDiscNames::noNames_writeNoText()
 {
     NamedBench bench;
     QVERIFY(bench.prepare(false));
@@ -90,7 +90,7 @@ void TestNames::noNames_writeNoText()
     QCOMPARE(bench.remark, QString());
 }
 
-void TestNames::driveWithoutSessionAtOnce_writesWithoutNames()
+void TestDiscNames::driveWithoutSessionAtOnce_writesWithoutNames()
 {
     NamedBench bench;
     bench.recorder.set("sao", "no");
@@ -101,7 +101,7 @@ void TestNames::driveWithoutSessionAtOnce_writesWithoutNames()
     QVERIFY2(bench.remark.contains("no names"), qPrintable(bench.remark));
 }
 
-void TestNames::driveThatRefusesText_getsTheDiscWithout_data()
+void TestDiscNames::driveThatRefusesText_getsTheDiscWithout_data()
 {
     QTest::addColumn<QString>("fault");
     QTest::newRow("the layout") << "SEND_CUE_SHEET times=1 sense=5/26/00";
@@ -110,7 +110,7 @@ void TestNames::driveThatRefusesText_getsTheDiscWithout_data()
     QTest::newRow("with a hardware error") << "WRITE_10 lba=-20000--151 times=1 sense=4/44/00";
 }
 
-void TestNames::driveThatRefusesText_getsTheDiscWithout()
+void TestDiscNames::driveThatRefusesText_getsTheDiscWithout()
 {
     QFETCH(QString, fault);
     NamedBench bench;
@@ -124,7 +124,7 @@ void TestNames::driveThatRefusesText_getsTheDiscWithout()
     QCOMPARE(bench.said.count("reading 1"), 1);
 }
 
-void TestNames::testMode_withNames_leavesTheDiscBlank()
+void TestDiscNames::testMode_withNames_leavesTheDiscBlank()
 {
     NamedBench bench;
     QVERIFY(bench.prepare());
@@ -135,7 +135,7 @@ void TestNames::testMode_withNames_leavesTheDiscBlank()
     QVERIFY(bench.compared.isEmpty());
 }
 
-void TestNames::textThatIsNotOnTheDisc_isRemarked()
+void TestDiscNames::textThatIsNotOnTheDisc_isRemarked()
 {
     NamedBench bench;
     QVERIFY(bench.prepare());
@@ -144,7 +144,7 @@ void TestNames::textThatIsNotOnTheDisc_isRemarked()
     QVERIFY2(bench.remark.contains("names"), qPrintable(bench.remark));
 }
 
-void TestNames::comparing_isDoneOnlyWhenAsked()
+void TestDiscNames::comparing_isDoneOnlyWhenAsked()
 {
     NamedBench bench;
     QVERIFY(bench.prepare());
@@ -152,7 +152,7 @@ void TestNames::comparing_isDoneOnlyWhenAsked()
     QVERIFY(bench.compared.isEmpty());
 }
 
-void TestNames::comparing_anExactDisc_endsWell_data()
+void TestDiscNames::comparing_anExactDisc_endsWell_data()
 {
     QTest::addColumn<QString>("sao");
     QTest::addColumn<QString>("fault");
@@ -172,7 +172,7 @@ void TestNames::comparing_anExactDisc_endsWell_data()
                                            << "READ_CD times=5 sense=2/04/01";
 }
 
-void TestNames::comparing_anExactDisc_endsWell()
+void TestDiscNames::comparing_anExactDisc_endsWell()
 {
     QFETCH(QString, sao);
     QFETCH(QString, fault);
@@ -189,7 +189,7 @@ void TestNames::comparing_anExactDisc_endsWell()
     QVERIFY(!bench.recorder.doorLocked());
 }
 
-void TestNames::comparing_withFaults_tellsThem_data()
+void TestDiscNames::comparing_withFaults_tellsThem_data()
 {
     QTest::addColumn<QString>("fault");
     QTest::addColumn<QString>("words");
@@ -199,7 +199,7 @@ void TestNames::comparing_withFaults_tellsThem_data()
                                          << "1 frame cannot be read";
 }
 
-void TestNames::comparing_withFaults_tellsThem()
+void TestDiscNames::comparing_withFaults_tellsThem()
 {
     QFETCH(QString, fault);
     QFETCH(QString, words);
@@ -213,7 +213,7 @@ void TestNames::comparing_withFaults_tellsThem()
     QVERIFY(bench.recorder.content()->finalized);
 }
 
-void TestNames::comparing_cancelled_saysSo()
+void TestDiscNames::comparing_cancelled_saysSo()
 {
     NamedBench bench;
     QVERIFY(bench.prepare(false));
@@ -225,7 +225,7 @@ void TestNames::comparing_cancelled_saysSo()
     QCOMPARE(difference(bench.recorder, bench.tracks), QString());
 }
 
-void TestNames::comparing_whenTheDriveGoes_saysSo()
+void TestDiscNames::comparing_whenTheDriveGoes_saysSo()
 {
     NamedBench bench;
     QVERIFY(bench.prepare(false));
@@ -236,5 +236,5 @@ void TestNames::comparing_whenTheDriveGoes_saysSo()
              qPrintable(bench.description));
 }
 
-QTEST_GUILESS_MAIN(TestNames)
-#include "tst_names.moc"
+QTEST_GUILESS_MAIN(TestDiscNames)
+#include "tst_discnames.moc"
