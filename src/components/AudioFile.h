@@ -1,6 +1,7 @@
 #pragma once
 
 #include "components/AudioBlock.h"
+#include "components/AudioLoss.h"
 
 #include <QObject>
 #include <QString>
@@ -50,6 +51,9 @@ public:
     virtual zib::AudioBlock readBlock(qint32 samples) = 0;
     /// Reader: makes sample frame @p frame (0 to length()) the next one.  @returns the position reached.
     virtual qint64 seek(qint64 frame) = 0;
+    /// Reader: what of the file's sound is lost, as far as it is known: missing parts from open() on, parts
+    /// that do not decode as they are read. Nothing when nothing is open.
+    virtual zib::AudioLoss loss() const { return {}; }
 
     /// Writer: appends a block; a failure shows in status() at the latest at close().
     virtual void writeBlock(const zib::AudioBlock& block) = 0;

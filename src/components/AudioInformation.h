@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/AudioLoss.h"
+
 #include <QObject>
 #include <QString>
 
@@ -46,4 +48,6 @@ public:
     /// Whether the samples stand in the file as plain integer PCM (WAV format 1, extensible or not), each in
     /// as many bytes as its bits need.
     virtual bool isPcm() const = 0;
+    /// What of the sound is lost as far as the headers tell.
+    virtual zib::AudioLoss loss() const { return {}; }
 };

@@ -22,7 +22,7 @@ public:
 
     virtual std::unique_ptr<AudioFile> makeFile() = 0;
     virtual std::unique_ptr<AudioInformation> makeInformation() = 0;
-    /// Puts a 16-bit WAV file there.
+    /// Puts a 16-bit WAV file there, cut off by what it is to lose.
     virtual void add(const QString& path, const FakeSound& sound) = 0;
     /// The samples of a finished target, or nothing when there is none.
     virtual std::optional<QList<qint16>> target(const QString& path) = 0;
@@ -82,9 +82,11 @@ public:
             info += kit::chunk("INAM", sound.title.toUtf8());
         if (!sound.artist.isEmpty())
             info += kit::chunk("IART", sound.artist.toUtf8());
-        kit::write(path,
-                   kit::riff(kit::chunk("fmt ", kit::format(1, sound.channels, sound.rateHz, 16)) +
-                             kit::chunk("LIST", info) + kit::chunk("data", kit::bytes16(sound.samples))));
+        const QByteArray lost(sound.loss.frames * sound.channels * 2, '\0');
+        const QByteArray whole =
+            kit::riff(kit::chunk("fmt ", kit::format(1, sound.channels, sound.rateHz, 16)) +
+                      kit::chunk("LIST", info) + kit::chunk("data", kit::bytes16(sound.samples) + lost));
+        kit::write(path, whole.chopped(lost.size()));
     }
     std::optional<QList<qint16>> target(const QString& path) override
     {

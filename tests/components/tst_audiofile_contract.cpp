@@ -96,6 +96,40 @@ private slots:
         QCOMPARE(reader->seek(-5), qint64{0});
         QCOMPARE(*reader->readBlock(100).narrow(), sound.samples.first(100));
     }
+    void loss_ofAWholeFile_isNone_data() { AudioWorld::rows(); }
+    void loss_ofAWholeFile_isNone()
+    {
+        const auto world = AudioWorld::ofRow();
+        world->add(world->path("a.wav"), FakeAudioShelf::ramp(1000));
+        const auto reader = world->makeFile();
+        QCOMPARE(reader->loss(), AudioLoss());
+        reader->open(world->path("a.wav"));
+        while (!reader->readBlock(500).isEmpty())
+            QCOMPARE(reader->loss(), AudioLoss());
+        QCOMPARE(reader->loss(), AudioLoss());
+    }
+    void loss_ofACutFile_isItsEnd_data() { AudioWorld::rows(); }
+    void loss_ofACutFile_isItsEnd()
+    {
+        const auto world = AudioWorld::ofRow();
+        FakeSound sound = FakeAudioShelf::ramp(1000, 22050, 1);
+        sound.loss = {1000, 250};
+        world->add(world->path("a.wav"), sound);
+        const auto reader = world->makeFile();
+        reader->open(world->path("a.wav"));
+        QCOMPARE(reader->loss(), sound.loss);
+        while (!reader->readBlock(500).isEmpty())
+            QCOMPARE(reader->loss(), sound.loss);
+        QCOMPARE(reader->loss(), sound.loss);
+        QCOMPARE(reader->status(), 0);
+        reader->close();
+        QCOMPARE(reader->loss(), AudioLoss());
+        const auto information = world->makeInformation();
+        QVERIFY(information->open(world->path("a.wav")));
+        QCOMPARE(information->loss(), sound.loss);
+        QVERIFY(!information->open(world->path("missing.wav")));
+        QCOMPARE(information->loss(), AudioLoss());
+    }
     void close_afterReading_forgetsTheFile_data() { AudioWorld::rows(); }
     void close_afterReading_forgetsTheFile()
     {

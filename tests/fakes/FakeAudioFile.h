@@ -28,6 +28,7 @@ public:
     void setSixteenBitBlocks(bool on) override;
     AudioBlock readBlock(qint32 samples) override;
     qint64 seek(qint64 frame) override;
+    AudioLoss loss() const override { return m_sound ? m_sound->loss : AudioLoss{}; }
     void writeBlock(const AudioBlock& block) override;
     void close() override;
     void discard() override;

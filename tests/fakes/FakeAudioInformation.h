@@ -21,6 +21,7 @@ public:
     int channels() const override;
     int bitsPerSample() const override;
     bool isPcm() const override;
+    AudioLoss loss() const override { return m_sound ? m_sound->loss : AudioLoss{}; }
 
 private:
     FakeAudioShelf& m_shelf;

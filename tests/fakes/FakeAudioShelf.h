@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/AudioLoss.h"
+
 #include <QHash>
 #include <QList>
 #include <QString>
@@ -25,6 +27,7 @@ struct FakeSound
     QList<qint16> samples;                ///< Interleaved; all channels together.
     std::optional<qint32> durationMs{};   ///< Told instead of what the samples give.
     std::optional<qint32> failAtSample{}; ///< Reading fails from this sample on.
+    AudioLoss loss{};                     ///< Told from the opening on.
 
     /// Samples of one channel.
     qint64 length() const { return samples.size() / channels; }

@@ -100,6 +100,12 @@ qint64 AudioFileEngine::seek(qint64 frame)
     return reached;
 }
 
+AudioLoss AudioFileEngine::loss() const
+{
+    const AudioLoss decoded = m_reader ? m_reader->source().loss() : AudioLoss{};
+    return decoded.isAny() || !reading() ? decoded : m_content->loss();
+}
+
 void AudioFileEngine::writeBlock(const AudioBlock& block)
 {
     if (m_file) {

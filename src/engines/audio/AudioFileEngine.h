@@ -33,6 +33,7 @@ public:
     void setSixteenBitBlocks(bool on) override { m_isSixteenBit = on; }
     AudioBlock readBlock(qint32 samples) override;
     qint64 seek(qint64 frame) override;
+    AudioLoss loss() const override;
     void writeBlock(const AudioBlock& block) override;
     void close() override;
     void discard() override;

@@ -67,6 +67,7 @@ AudioInformationEngine::look(const std::shared_ptr<const SourceFile>& file)
         facts.bits = content->mp3 ? 16 : content->wav->bits;
         facts.isPcm = !content->mp3 && content->wav->coding == WavHeader::Coding::Integer &&
                       content->wav->bytesPerSample == (content->wav->bits + 7) / 8;
+        facts.loss = content->loss();
         facts.wav = content->wav;
         m_seen->facts = facts;
     }

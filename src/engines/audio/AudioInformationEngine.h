@@ -26,6 +26,7 @@ public:
     int channels() const override { return m_facts.channels; }
     int bitsPerSample() const override { return m_facts.bits; }
     bool isPcm() const override { return m_facts.isPcm; }
+    AudioLoss loss() const override { return m_facts.loss; }
 
 private:
     struct Facts
@@ -35,6 +36,7 @@ private:
         int channels = 0;
         int bits = 0;
         bool isPcm = false;
+        AudioLoss loss;
         std::optional<WavHeader> wav;
     };
     /// The file looked at last, for the question that usually follows.

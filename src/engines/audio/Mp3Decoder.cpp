@@ -123,6 +123,7 @@ const uchar* Mp3Decoder::settled(const Mp3Header& head, const uchar* frame, int 
 
 std::span<const uchar> Mp3Decoder::decode(const uchar* frame, int bytes)
 {
+    m_isSilent = false;
     if (mpg123_feed(m_handle.get(), frame, static_cast<size_t>(bytes)) != MPG123_OK)
         return silence();
     unsigned char* audio = nullptr;
@@ -138,6 +139,7 @@ std::span<const uchar> Mp3Decoder::decode(const uchar* frame, int bytes)
 
 std::span<const uchar> Mp3Decoder::silence()
 {
+    m_isSilent = true;
     return {reinterpret_cast<const uchar*>(m_silence.constData()), static_cast<size_t>(m_silence.size())};
 }
 

@@ -40,6 +40,8 @@ public:
     /// Decodes the next frame.  @returns its interleaved samples as bytes of the wanted kind, valid until the
     /// next call; empty when the run has no more frame or the file cannot be read.
     std::span<const uchar> next();
+    /// Whether the last frame could not be decoded.
+    bool isSilent() const { return m_isSilent; }
     /// Bytes of one sample frame.
     qsizetype frameBytes() const { return m_channels * (m_kind == SampleKind::Narrow ? 2 : 4); }
     bool failed() const { return m_window.failed() || !m_handle; }
@@ -64,6 +66,7 @@ private:
     int m_reservoir = 0;       // bytes they may refer to
     QByteArray m_muted;
     QByteArray m_silence;
+    bool m_isSilent = false; // the last frame gave it
     std::unique_ptr<mpg123_handle_struct, Closer> m_handle;
 };
 

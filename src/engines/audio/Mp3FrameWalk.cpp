@@ -1,6 +1,7 @@
 #include "engines/audio/Mp3FrameWalk.h"
 
-#include <QtEndian>
+#include "engines/audio/Mp3LossNotes.h"
+#include "engines/audio/Mp3Tags.h"
 
 #include <algorithm>
 #include <cstring>
@@ -55,7 +56,6 @@ public:
 private:
     void skipLeadingTags();
     void dropTrailingTags();
-    qint64 trailingTagBytes() const;
     std::optional<Mp3Header> headerAt(FileWindow& window, qint64 offset) const;
     bool isTrusted(qint64 offset, const Mp3Header& head, int freeBytes, int wanted, bool atStart);
     int freeFrameBytes(qint64 offset, const Mp3Header& head);
@@ -63,7 +63,9 @@ private:
     std::optional<Found> find(qint64 from, qint64 until, int wanted);
     void takeInfoFrame(Found& first);
     void follow(const Found& start);
-    void note(const Mp3Header& head, const uchar* frame, Mp3Entry entry, int bytes);
+    void note(const Mp3Header& head, Mp3Entry entry, int bytes, bool isFirst);
+    qint64 behindTags(qint64 offset, qint64 until);
+    void noteGap(qint64 until);
     void finish();
 
     FileWindow m_window; // follows the frames
@@ -73,9 +75,12 @@ private:
     qint64 m_end;
     Mp3Layout m_layout;
     std::optional<Mp3InfoFrame> m_info;
+    qint64 m_infoOffset = 0;
     qint64 m_stopped = 0;   // where the last run ended
     int m_reservoir = 0;    // bytes of earlier frames that the next one may refer to
     bool m_isIntact = true; // every frame found what it refers to
+    bool m_isBegun = false; // some frame did: what the ones before lacked was cut off on purpose
+    Mp3LossNotes m_losses;
 };
 
 std::optional<Mp3Layout> Walk::run()
@@ -91,6 +96,7 @@ std::optional<Mp3Layout> Walk::run()
         if (m_stopped >= m_end)
             break;
         found = find(m_stopped, m_end, kHeadersToResync);
+        noteGap(found ? found->offset : m_end);
     }
     if (m_layout.runs.isEmpty())
         return std::nullopt;
@@ -101,39 +107,17 @@ std::optional<Mp3Layout> Walk::run()
 void Walk::skipLeadingTags()
 {
     for (const uchar* tag = m_window.at(m_begin, 10); tag != nullptr; tag = m_window.at(m_begin, 10)) {
-        if (std::memcmp(tag, "ID3", 3) != 0 || ((tag[6] | tag[7] | tag[8] | tag[9]) & 0x80) != 0)
+        const qint64 bytes = id3v2Bytes(tag);
+        if (bytes == 0)
             return;
-        const qint64 content = tag[6] << 21 | tag[7] << 14 | tag[8] << 7 | tag[9];
-        const qint64 bytes = 10 + content + ((tag[5] & 0x10) != 0 ? 10 : 0);
         m_begin += bytes < m_end - m_begin ? bytes : 10; // a tag that swallows the file lies about its size
     }
 }
 
 void Walk::dropTrailingTags()
 {
-    for (qint64 bytes = trailingTagBytes(); bytes > 0; bytes = trailingTagBytes())
+    while (const qint64 bytes = trailingTagBytes(*m_file, m_begin, m_end))
         m_end -= bytes;
-}
-
-qint64 Walk::trailingTagBytes() const
-{
-    const QByteArray tail =
-        m_file->bytes(std::max(m_begin, m_end - 160), std::min<qint64>(160, m_end - m_begin));
-    const auto within = [this](qint64 bytes) { return bytes > 0 && bytes <= m_end - m_begin ? bytes : 0; };
-    if (tail.size() >= 128 && tail.last(128).startsWith("TAG"))
-        return 128;
-    if (tail.size() >= 32 && tail.last(32).startsWith("APETAGEX")) {
-        const auto* footer = tail.constData() + tail.size() - 32;
-        const bool hasHeader = (qFromLittleEndian<quint32>(footer + 20) & 0x80000000U) != 0;
-        return within(qFromLittleEndian<quint32>(footer + 12) + (hasHeader ? 32 : 0));
-    }
-    if (tail.size() >= 15 && tail.endsWith("LYRICS200"))
-        return within(tail.last(15).first(6).toLongLong() + 15);
-    if (tail.size() >= 10 && tail.last(10).startsWith("3DI")) {
-        const auto* size = reinterpret_cast<const uchar*>(tail.constData()) + tail.size() - 4;
-        return within((size[0] << 21 | size[1] << 14 | size[2] << 7 | size[3]) + 20);
-    }
-    return 0;
 }
 
 std::optional<Mp3Header> Walk::headerAt(FileWindow& window, qint64 offset) const
@@ -221,6 +205,7 @@ void Walk::takeInfoFrame(Found& first)
     m_info = Mp3InfoFrame::parse(first.head, {frame, static_cast<size_t>(bytes)});
     if (!m_info)
         return;
+    m_infoOffset = first.offset;
     first.offset += bytes;
     if (const auto next = headerAt(m_window, first.offset))
         first.head = *next; // a mono information frame before stereo sound is seen in the wild
@@ -231,6 +216,7 @@ void Walk::follow(const Found& start)
 {
     Mp3Run run{start.offset, 0, m_layout.frames(), 0, start.head, start.freeBytes};
     const bool isFirst = m_layout.runs.isEmpty();
+    m_reservoir = 0;
     qint64 at = start.offset;
     while (const uchar* bytes = m_window.at(at, kSmallestFrame)) {
         const auto head = Mp3Header::parse(bytes);
@@ -239,8 +225,7 @@ void Walk::follow(const Found& start)
         const int size = head->frameBytes(start.freeBytes);
         if (size < kSmallestFrame || at + size > m_end)
             break;
-        if (isFirst)
-            note(*head, bytes, {run.frames, at}, size);
+        note(*head, {run.firstFrame + run.frames, at}, size, isFirst);
         at += size;
         ++run.frames;
     }
@@ -250,15 +235,48 @@ void Walk::follow(const Found& start)
         m_layout.runs << run;
 }
 
-// Remembers frames to start from, and whether every frame finds the earlier bytes that it refers to.
-void Walk::note(const Mp3Header& head, const uchar* frame, Mp3Entry entry, int bytes)
+// Remembers frames to start from, whether every frame finds the earlier bytes that it refers to, and those
+// that will be silent.
+void Walk::note(const Mp3Header& head, Mp3Entry entry, int bytes, bool isFirst)
 {
-    const int begin = mainDataBegin(head, frame);
-    m_isIntact = m_isIntact && begin <= m_reservoir;
+    if (isFirst && entry.frame % kEntryDistance == 0)
+        m_layout.entries << entry;
+    const uchar* frame = m_window.at(entry.offset, std::min(bytes, kMostSideInfoEnd));
+    const bool isMissing = frame == nullptr || mainDataBegin(head, frame) > m_reservoir;
+    m_isIntact = m_isIntact && !isMissing;
+    m_isBegun = m_isBegun || !isMissing;
+    if (frame == nullptr || (isMissing && m_isBegun) || !isPlausible(head, frame, bytes))
+        m_losses.noteSilence(entry.frame);
     const int own = bytes - head.sideInfoOffset() - head.sideInfoBytes();
     m_reservoir = std::min(mostMainDataBegin(head), m_reservoir + own);
-    if (entry.frame % kEntryDistance == 0)
-        m_layout.entries << entry;
+}
+
+// Tags stand between the parts of files that were put together, and are no sound.
+qint64 Walk::behindTags(qint64 offset, qint64 until)
+{
+    while (const uchar* tag = m_near.at(offset, kTagHead)) {
+        const qint64 bytes = leadingTagBytes(tag);
+        if (bytes == 0 || bytes > until - offset)
+            break;
+        offset += bytes;
+    }
+    return offset;
+}
+
+// Between two runs stands what was frames once: as many as fill the place at the size of those before. At
+// the end only a frame that begins is known to be one.
+void Walk::noteGap(qint64 until)
+{
+    if (m_layout.runs.isEmpty())
+        return;
+    const qint64 from = behindTags(m_stopped, until);
+    const Mp3Run& before = m_layout.runs.last();
+    const auto next = headerAt(m_window, from);
+    if (until < m_end)
+        m_losses.noteGap(m_layout.frames(),
+                         ((until - from) * before.frames + before.bytes / 2) / before.bytes);
+    else if (next && next->continues(before.head))
+        m_losses.noteCutFrame(m_layout.frames());
 }
 
 void Walk::finish()
@@ -277,6 +295,7 @@ void Walk::finish()
         m_layout.skip = std::min<qint64>(total, m_info->delay + kDecoderDelay);
     }
     m_layout.length = total - m_layout.skip;
+    m_layout.losses = m_losses.settled(m_info, m_layout.frames(), m_end - m_infoOffset);
 }
 
 } // namespace

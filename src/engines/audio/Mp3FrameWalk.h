@@ -31,11 +31,20 @@ struct Mp3Entry
     qint64 offset = 0;
 };
 
+/// Sound that a stream does not give.
+struct Mp3Loss
+{
+    qint64 frame = 0;      ///< The first silent one, or the one before which something is missing.
+    qint64 frames = 0;     ///< How many.
+    bool isSilent = false; ///< They stand in the stream but decode to silence; else they are not there.
+};
+
 /// Everything about an MP3 file that its frame headers tell. Sample counts are those of the file's own rate.
 struct Mp3Layout
 {
     QList<Mp3Run> runs;
     QList<Mp3Entry> entries; ///< Of the first run, rising; the first one is its first frame.
+    QList<Mp3Loss> losses;   ///< As far as headers tell, rising, apart from each other.
     int rateHz = 0;          ///< Of the first run; runs of other rates are converted to it.
     int channels = 0;        ///< 2 as soon as one run has two.
     qint64 skip = 0;         ///< Sample frames to drop at the start: what the encoder put before the sound.

@@ -14,6 +14,39 @@ constexpr std::array<int, 15> kFullKbps{0, 32, 40, 48, 56, 64, 80, 96, 112, 128,
 constexpr std::array<int, 15> kLowKbps{0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160};
 constexpr std::array<int, 3> kFullRates{44100, 48000, 32000};
 
+// Numbers of any width out of a row of bytes, highest bit first.
+class Bits
+{
+public:
+    explicit Bits(const uchar* bytes) : m_bytes(bytes) {}
+
+    int take(int count)
+    {
+        int value = 0;
+        for (; count > 0; --count, ++m_at)
+            value = value << 1 | (m_bytes[m_at / 8] >> (7 - m_at % 8) & 1);
+        return value;
+    }
+    void skip(int count) { m_at += count; }
+
+private:
+    const uchar* m_bytes;
+    int m_at = 0;
+};
+
+// One granule of one channel.  @returns the bits of its sound data, or -1 when there is no such granule.
+int granuleBits(Bits& side, bool lowRate)
+{
+    constexpr int kMostBigValues = 288; // pairs of the 576 lines
+    const int dataBits = side.take(12);
+    const int bigValues = side.take(9);
+    side.skip(8 + (lowRate ? 9 : 4));
+    const bool isSwitched = side.take(1) != 0;
+    const int blockType = side.take(2);
+    side.skip(20 + (lowRate ? 2 : 3));
+    return bigValues > kMostBigValues || (isSwitched && blockType == 0) ? -1 : dataBits;
+}
+
 // The tag that many encoders write 120 bytes into the Xing frame: name, then among others delay and padding.
 void readEncoderTag(Mp3InfoFrame& info, std::span<const uchar> tag)
 {
@@ -34,7 +67,9 @@ Mp3InfoFrame readXing(std::span<const uchar> tag)
     if ((flags & 1) != 0 && tag.size() >= at + 4)
         info.frames = qFromBigEndian<quint32>(tag.data() + at);
     at += (flags & 1) != 0 ? 4 : 0;
-    at += (flags & 2) != 0 ? 4 : 0;   // bytes
+    if ((flags & 2) != 0 && tag.size() >= at + 4)
+        info.bytes = qFromBigEndian<quint32>(tag.data() + at);
+    at += (flags & 2) != 0 ? 4 : 0;
     at += (flags & 4) != 0 ? 100 : 0; // table of contents
     at += (flags & 8) != 0 ? 4 : 0;   // quality
     if (at < tag.size() && tag[at] != 0)
@@ -93,6 +128,27 @@ int mostMainDataBegin(const Mp3Header& header)
     return header.lowRate ? 255 : 511;
 }
 
+bool isPlausible(const Mp3Header& header, const uchar* frame, int frameBytes)
+{
+    const int own = frameBytes - header.sideInfoOffset() - header.sideInfoBytes();
+    if (own < 0)
+        return false;
+    Bits side(frame + header.sideInfoOffset());
+    const int begin = side.take(header.lowRate ? 8 : 9);
+    if (header.lowRate)
+        side.skip(header.mono ? 1 : 2);
+    else
+        side.skip(header.mono ? 5 + 4 : 3 + 8);
+    int bits = 0;
+    for (int granule = 0; granule < (header.lowRate ? 1 : 2) * header.channels(); ++granule) {
+        const int more = granuleBits(side, header.lowRate);
+        if (more < 0)
+            return false;
+        bits += more;
+    }
+    return bits <= 8 * (begin + own);
+}
+
 std::optional<Mp3InfoFrame> Mp3InfoFrame::parse(const Mp3Header& header, std::span<const uchar> frame)
 {
     const auto after = static_cast<size_t>(header.sideInfoBytes()) + 4;
@@ -106,6 +162,7 @@ std::optional<Mp3InfoFrame> Mp3InfoFrame::parse(const Mp3Header& header, std::sp
     constexpr size_t kVbriAt = 36;
     if (frame.size() >= kVbriAt + 18 && std::memcmp(frame.data() + kVbriAt, "VBRI", 4) == 0) {
         Mp3InfoFrame info;
+        info.bytes = qFromBigEndian<quint32>(frame.data() + kVbriAt + 10);
         info.frames = qFromBigEndian<quint32>(frame.data() + kVbriAt + 14);
         return info;
     }

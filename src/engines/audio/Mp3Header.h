@@ -39,10 +39,18 @@ int mainDataBegin(const Mp3Header& header, const uchar* frame);
 /// The most that this can be.
 int mostMainDataBegin(const Mp3Header& header);
 
+/// Bytes of a frame that hold everything but its sound data, at most.
+inline constexpr int kMostSideInfoEnd = 38;
+/// Whether what a frame tells of its sound data can be true: the data fits between where it begins and the
+/// end of the frame, and no value stands for something that does not exist.
+/// @param frame its first bytes, up to the end of the side information.
+bool isPlausible(const Mp3Header& header, const uchar* frame, int frameBytes);
+
 /// What an information frame (Xing, Info or VBRI) tells of the stream behind it.
 struct Mp3InfoFrame
 {
     qint64 frames = -1; ///< Frames of sound, or -1 when it does not say.
+    qint64 bytes = -1;  ///< Bytes of the stream from this frame on, or -1.
     int delay = -1;     ///< Samples that the encoder put before the sound, or -1.
     int padding = -1;   ///< Samples that it put behind, or -1.
 

@@ -18,7 +18,7 @@ SampleKind kindFor(const Mp3Layout& layout, SampleKind wanted)
 
 Mp3Reader::Mp3Reader(std::shared_ptr<const SourceFile> file, Mp3Layout layout, SampleKind kind)
     : m_layout(std::move(layout)), m_kind(kindFor(m_layout, kind)),
-      m_decoder(std::move(file), m_layout.channels, m_kind)
+      m_decoder(std::move(file), m_layout.channels, m_kind), m_losses(m_layout)
 {
     rewind();
     skipTo(m_layout.skip);
@@ -54,6 +54,7 @@ void Mp3Reader::seek(qint64 frame)
                              [](qint64 wanted, const Mp3Entry& entry) { return wanted < entry.frame; });
         const Mp3Entry& entry = *std::prev(after);
         m_decoder.start(first, entry);
+        m_frame = entry.frame;
         begin = entry.frame * first.head.samples();
     }
     m_failed = !skipTo(raw - begin);
@@ -84,6 +85,7 @@ void Mp3Reader::beginRun(qsizetype run)
 {
     m_run = run;
     const Mp3Run& next = m_layout.runs[run];
+    m_frame = next.firstFrame;
     m_decoder.start(next);
     if (next.head.rateHz != m_layout.rateHz && !m_converter)
         m_converter = std::make_unique<RateConverter>(next.head.rateHz, m_layout.rateHz, m_layout.channels);
@@ -99,6 +101,9 @@ bool Mp3Reader::refill()
     const qsizetype before = m_ready.size();
     while (m_ready.size() == before) {
         const auto samples = m_decoder.next();
+        if (!samples.empty() && m_decoder.isSilent())
+            m_losses.add(m_frame);
+        ++m_frame;
         if (!samples.empty())
             takeFrame(samples);
         else if (!endOfRun())

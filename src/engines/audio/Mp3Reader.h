@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engines/audio/Mp3Decoder.h"
+#include "engines/audio/Mp3LossCount.h"
 #include "engines/audio/RateConverter.h"
 #include "engines/audio/SampleSource.h"
 
@@ -24,6 +25,7 @@ public:
     AudioBlock read(qint64 frames) override;
     void seek(qint64 frame) override;
     bool failed() const override { return m_failed; }
+    AudioLoss loss() const override { return m_losses.loss(); }
 
 private:
     void rewind();
@@ -43,7 +45,9 @@ private:
     QByteArray m_ready;      // decoded bytes not yet delivered
     qsizetype m_readyAt = 0; // of which so many are used up
     qint64 m_position = 0;   // sample frames delivered
+    qint64 m_frame = 0;      // of the file: the next to be decoded
     bool m_failed = false;
+    Mp3LossCount m_losses;
 };
 
 } // namespace zib

@@ -30,9 +30,11 @@ AudioBlock part(const QList<Sample>& samples, qsizetype from, qsizetype count)
     return AudioBlock(samples.mid(from, count));
 }
 
-// Decodes the next frames into one block; it is shorter when the file gives no more.
+// Decodes the next frames, of which the first is @p frame, into one block; it is shorter when the file gives
+// no more.
 template <typename Sample>
-AudioBlock decodeBlock(Mp3Decoder& decoder, qint64 frames, qint64 samplesPerFrame)
+AudioBlock decodeBlock(Mp3Decoder& decoder, qint64 frame, qint64 frames, qint64 samplesPerFrame,
+                       Mp3LossCount& losses)
 {
     QList<Sample> samples(frames * samplesPerFrame);
     Sample* to = samples.data();
@@ -42,6 +44,8 @@ AudioBlock decodeBlock(Mp3Decoder& decoder, qint64 frames, qint64 samplesPerFram
             samples.resize(i * samplesPerFrame);
             break;
         }
+        if (decoder.isSilent())
+            losses.add(frame + i);
         std::memcpy(to, decoded.data(), decoded.size());
     }
     return AudioBlock(std::move(samples));
@@ -75,7 +79,7 @@ bool ParallelMp3Reader::suits(const Mp3Layout& layout, SampleKind kind, int work
 ParallelMp3Reader::ParallelMp3Reader(std::shared_ptr<const SourceFile> file, Mp3Layout layout,
                                      SampleKind kind, int workers)
     : m_file(std::move(file)), m_layout(std::move(layout)), m_kind(kind), m_workers(workers),
-      m_segments(plan(m_layout, kind, workers))
+      m_segments(plan(m_layout, kind, workers)), m_losses(m_layout)
 {
 }
 
@@ -107,6 +111,11 @@ void ParallelMp3Reader::seek(qint64 frame)
 bool ParallelMp3Reader::failed() const
 {
     return m_alone ? m_alone->failed() : m_failed.load();
+}
+
+AudioLoss ParallelMp3Reader::loss() const
+{
+    return m_alone ? m_alone->loss() : m_losses.loss();
 }
 
 void ParallelMp3Reader::begin(qint64 blockFrames)
@@ -161,8 +170,10 @@ void ParallelMp3Reader::decode(Mp3Decoder& decoder, Segment& segment, qint64 blo
         decoder.next();
     for (qint64 done = 0; done < segment.frames && !m_isStopped; done += perBlock) {
         const qint64 count = std::min(perBlock, segment.frames - done);
-        AudioBlock block = m_kind == SampleKind::Narrow ? decodeBlock<qint16>(decoder, count, perFrame)
-                                                        : decodeBlock<float>(decoder, count, perFrame);
+        const qint64 frame = segment.first + done;
+        AudioBlock block = m_kind == SampleKind::Narrow
+                               ? decodeBlock<qint16>(decoder, frame, count, perFrame, m_losses)
+                               : decodeBlock<float>(decoder, frame, count, perFrame, m_losses);
         const bool isShort = block.sampleCount() < count * perFrame;
         const std::lock_guard lock(m_mutex);
         m_failed = m_failed || isShort;

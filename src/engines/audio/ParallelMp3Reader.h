@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engines/audio/Mp3Decoder.h"
+#include "engines/audio/Mp3LossCount.h"
 #include "engines/audio/SampleSource.h"
 
 #include <atomic>
@@ -37,6 +38,7 @@ public:
     AudioBlock read(qint64 frames) override;
     void seek(qint64 frame) override;
     bool failed() const override;
+    AudioLoss loss() const override;
 
 private:
     struct Segment
@@ -71,6 +73,7 @@ private:
     std::atomic<bool> m_failed = false;
     std::vector<std::thread> m_threads;
     std::unique_ptr<Mp3Reader> m_alone; // after a seek
+    Mp3LossCount m_losses;
 };
 
 } // namespace zib

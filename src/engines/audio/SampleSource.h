@@ -1,6 +1,7 @@
 #pragma once
 
 #include "components/AudioBlock.h"
+#include "components/AudioLoss.h"
 
 namespace zib {
 
@@ -21,6 +22,8 @@ public:
     virtual void seek(qint64 frame) = 0;
     /// Whether reading ended before the end because the file could not be read.
     virtual bool failed() const = 0;
+    /// What of the sound is lost, as far as it was seen. Any thread.
+    virtual AudioLoss loss() const { return {}; }
 };
 
 } // namespace zib

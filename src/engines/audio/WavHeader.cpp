@@ -28,6 +28,17 @@ quint32 doubleWord(const QByteArray& bytes, qsizetype at)
     return qFromLittleEndian<quint32>(bytes.constData() + at);
 }
 
+// Whether a size of data was counted: programs that write into a pipe cannot know it and put a large number
+// there, mostly a little below or at 2 or 4 GiB.
+bool isMeant(qint64 told)
+{
+    constexpr qint64 kSpare = 0x1000;
+    constexpr qint64 kHalf = 0x80000000;
+    constexpr qint64 kMost = qint64{1} << 46;
+    const auto isJustBelow = [told](qint64 limit) { return told >= limit - kSpare && told <= limit; };
+    return !isJustBelow(kHalf) && !isJustBelow(2 * kHalf) && told < kMost;
+}
+
 struct Chunk
 {
     QByteArray name;
@@ -154,6 +165,7 @@ void Parser::takeData(const Chunk& chunk)
         bytes = there;
     m_header.dataOffset = chunk.offset;
     m_header.dataBytes = std::clamp<qint64>(bytes, 0, there);
+    m_header.missingBytes = isMeant(bytes) ? std::max<qint64>(0, bytes - there) : 0;
 }
 
 void Parser::takeInfo(const QByteArray& list)

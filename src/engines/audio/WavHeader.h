@@ -32,9 +32,10 @@ struct WavHeader
     quint32 speakers = 0;   ///< The channel mask of an extensible header, else 0.
     qint64 dataOffset = 0;
     qint64 dataBytes = 0;
-    QByteArray title;     ///< INAM of the INFO list, undecoded.
-    QByteArray artist;    ///< IART.
-    qint64 id3Offset = 0; ///< Of an ID3v2 tag in a chunk of its own; 0 is none.
+    qint64 missingBytes = 0; ///< What the header tells of the data beyond the end of the file.
+    QByteArray title;        ///< INAM of the INFO list, undecoded.
+    QByteArray artist;       ///< IART.
+    qint64 id3Offset = 0;    ///< Of an ID3v2 tag in a chunk of its own; 0 is none.
     qint64 id3Bytes = 0;
 
     qint64 frameBytes() const { return qint64{bytesPerSample} * channels; }

@@ -1,5 +1,6 @@
 #include "engines/audio/sources.h"
 
+#include "engines/audio/Mp3LossCount.h"
 #include "engines/audio/Mp3Reader.h"
 #include "engines/audio/ParallelMp3Reader.h"
 #include "engines/audio/SndfileReader.h"
@@ -49,6 +50,19 @@ qint64 AudioContent::length() const
     if (mp3)
         return mp3->length;
     return wav->coding == WavHeader::Coding::Other ? packedFrames : wav->frames();
+}
+
+AudioLoss AudioContent::loss() const
+{
+    AudioLoss loss = mp3 ? Mp3LossCount(*mp3).loss() : AudioLoss{};
+    if (loss.isAny() || !wav || wav->missingBytes == 0)
+        return loss;
+    // sound that is packed: as much as the bytes that are there give
+    const double perByte = static_cast<double>(length()) / static_cast<double>(wav->dataBytes);
+    loss.add(length(), wav->frameBytes() > 0
+                           ? (wav->dataBytes + wav->missingBytes) / wav->frameBytes() - length()
+                           : qRound64(perByte * static_cast<double>(wav->missingBytes)));
+    return loss;
 }
 
 std::optional<AudioContent> recognise(std::shared_ptr<const SourceFile> file)

@@ -21,6 +21,8 @@ struct AudioContent
     int rateHz() const;
     int channels() const;  ///< As stored.
     qint64 length() const; ///< Sample frames, exact.
+    /// What of it is lost as far as the headers tell.
+    AudioLoss loss() const;
 };
 
 /// Looks into @p file.  @returns nothing when it is no MP3 or WAV file that gives at least one sample.
