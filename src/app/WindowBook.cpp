@@ -109,7 +109,7 @@ Outcome<> WindowBook::showPreview(QWidget* owner)
 {
     const auto* designer = qobject_cast<frmLabelDesigner*>(owner);
     Q_ASSERT(designer);
-    frmPreview preview(m_services, designer->labelArea(), owner);
+    frmPreview preview(m_services, designer->labelArea(), owner, designer->image());
     QObject::connect(&preview, &frmPreview::Sent, designer, &frmLabelDesigner::showSent);
     if (preview.loaded())
         preview.exec();

@@ -7,15 +7,17 @@
 #include <QApplication>
 #include <QDateTime>
 #include <QFile>
-#include <QFileInfo>
 #include <QImageReader>
 #include <QLocale>
+#include <QPointer>
 #include <QtEndian>
 
 #include <algorithm>
+#include <chrono>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
+#include <future>
 #include <optional>
 
 namespace zib {
@@ -24,7 +26,10 @@ namespace {
 
 constexpr qint64 kBytesPerMegabyte = 1024 * 1024;
 constexpr int kReaderMegabytes = static_cast<int>(kMostPictureBytes / kBytesPerMegabyte + 1);
+constexpr double kMostCountedBytes = 9e18;
 constexpr int kUsualDepth = 32; ///< Bits to the pixel, where the file does not tell.
+constexpr std::chrono::milliseconds kAtOnce{80};
+constexpr std::chrono::seconds kReadingPatience{120}; ///< The largest picture from a slow stick is there.
 
 /// Raises the readers' memory limit while a picture is read.
 class ReaderLimit
@@ -76,7 +81,8 @@ qint64 bytesFor(const QImageReader& reader, QSize size)
     const int depth =
         format == QImage::Format_Invalid ? kUsualDepth : QImage::toPixelFormat(format).bitsPerPixel();
     const QSize read = reader.format() == "jpeg" && isLarge(size) ? keptSize(size) : size;
-    return qint64{read.width()} * read.height() * std::max(depth, kUsualDepth) / 8;
+    const double bytes = double(read.width()) * read.height() * std::max(depth, kUsualDepth) / 8;
+    return static_cast<qint64>(std::min(bytes, kMostCountedBytes)); // A header may claim any size.
 }
 
 Failure tooLarge(const QString& path, QSize size, qint64 bytes)
@@ -91,14 +97,72 @@ Failure tooLarge(const QString& path, QSize size, qint64 bytes)
                      locale.toString(kMostPictureBytes / kBytesPerMegabyte))};
 }
 
+Failure noAnswer(const QString& path)
+{
+    return {Failure::Kind::UnreadableFile,
+            QStringLiteral("The picture \"%1\" cannot be shown: its disk or network place does not answer.")
+                .arg(path)};
+}
+
+/// A file at one moment.
+struct FileState
+{
+    bool isThere = false;
+    QDateTime time;
+    qint64 bytes = 0;
+
+    bool operator==(const FileState&) const = default;
+};
+
+FileState stateOf(const QString& path)
+{
+    QFile file;
+    if (openForReading(file, path))
+        return {true, file.fileTime(QFileDevice::FileModificationTime), file.size()};
+    return {isFile(path), {}, 0};
+}
+
+/// What a file is; nothing when its place does not answer in time. An answer that comes at once lets no event
+/// through.
+std::optional<FileState> lookAt(Worker& worker, const QString& path, QObject* owner,
+                                std::chrono::milliseconds patience)
+{
+    const auto look = std::make_shared<std::packaged_task<FileState()>>([path] { return stateOf(path); });
+    const std::shared_future<FileState> seen = look->get_future().share();
+    worker.post([look] { (*look)(); });
+    if (seen.wait_for(kAtOnce) == std::future_status::ready)
+        return seen.get();
+    return worker.ask<FileState>(
+        owner, [seen] { return seen.get(); }, patience);
+}
+
 /// The picture that somebody holds now, and the file as it was read.
 struct Shelf
 {
     QString path;
-    QDateTime time;
-    qint64 bytes = 0;
+    FileState state;
     std::weak_ptr<const LabelPicture> picture;
 };
+
+using SharedPicture = std::shared_ptr<const LabelPicture>;
+
+/// Reads a file for the shelf.
+Outcome<SharedPicture> fetch(Worker& worker, const QString& path, const FileState& state, QObject* owner,
+                             Shelf& shelf)
+{
+    const QPointer<QObject> asker(owner);
+    const auto read = worker.ask<Outcome<LabelPicture>>(
+        owner, [path] { return readPicture(path); }, kReadingPatience);
+    if (!asker)
+        return Failure{Failure::Kind::Cancelled};
+    if (!read)
+        return noAnswer(path);
+    if (!*read)
+        return read->error();
+    const auto picture = std::make_shared<const LabelPicture>(read->value());
+    shelf = {path, state, picture};
+    return picture;
+}
 
 } // namespace
 
@@ -125,27 +189,23 @@ Outcome<LabelPicture> readPicture(const QString& path)
     return LabelPicture{image, size.isValid() ? size : image.size()};
 }
 
-Outcome<std::shared_ptr<const LabelPicture>> sharedPicture(const QString& path, QObject* owner)
+Outcome<SharedPicture> sharedPicture(const QString& path, QObject* owner, std::chrono::milliseconds patience)
 {
     static Shelf shelf;
-    const QFileInfo file(path);
-    const QDateTime time = file.lastModified();
-    const qint64 bytes = file.size();
-    if (path == shelf.path && time == shelf.time && bytes == shelf.bytes)
-        if (std::shared_ptr<const LabelPicture> held = shelf.picture.lock())
-            return held;
+    const QPointer<QObject> asker(owner);
     std::optional<WaitPointer> wait;
     if (QWidget* window = QApplication::activeWindow())
         wait.emplace(window);
-    Worker worker;
-    const auto read = worker.ask<Outcome<LabelPicture>>(owner, [path] { return readPicture(path); });
-    if (!read)
+    Worker worker(std::chrono::milliseconds(0)); // A place that hangs is left behind.
+    const std::optional<FileState> state = lookAt(worker, path, owner, patience);
+    if (!asker)
         return Failure{Failure::Kind::Cancelled};
-    if (!*read)
-        return read->error();
-    const auto picture = std::make_shared<const LabelPicture>(read->value());
-    shelf = {path, time, bytes, picture};
-    return picture;
+    if (state && !state->isThere)
+        return Failure{Failure::Kind::NotFound};
+    const SharedPicture held = path == shelf.path ? shelf.picture.lock() : nullptr;
+    if (held && (!state || *state == shelf.state))
+        return held;
+    return state ? fetch(worker, path, *state, owner, shelf) : Outcome<SharedPicture>(noAnswer(path));
 }
 
 } // namespace zib

@@ -1,6 +1,5 @@
 #include "label/LabelSurface.h"
 
-#include "common/NativeName.h"
 #include "common/Twips.h"
 #include "label/DiscOutline.h"
 #include "label/LabelControls.h"
@@ -8,7 +7,6 @@
 #include "label/LabelMaker.h"
 #include "label/LabelPictureFile.h"
 
-#include <QFileInfo>
 #include <QPalette>
 #include <QWidget>
 
@@ -64,6 +62,17 @@ LabelSurface::~LabelSurface()
     delete m_disc;
 }
 
+void LabelSurface::setImage(const LabelImage& image)
+{
+    if (!image.picture.image.isNull())
+        m_image->setItem(image);
+}
+
+LabelImage LabelSurface::image() const
+{
+    return m_image->item();
+}
+
 void LabelSurface::setEditable()
 {
     m_editable = true;
@@ -110,11 +119,13 @@ Outcome<> LabelSurface::RedrawBackground()
     if (document.UseBackColor)
         paintSurface(m_surface, document.BackColor);
     m_image->setVisible(document.UseBackImage);
-    if (!isFile(document.BackImagePath))
+    if (document.BackImagePath.isEmpty())
         return {};
     const auto picture = sharedPicture(document.BackImagePath, this);
-    if (!picture)
-        return document.UseBackImage ? Outcome<>(picture.error()) : Outcome<>();
+    if (!picture) {
+        const bool told = document.UseBackImage && picture.error().kind != Failure::Kind::NotFound;
+        return told ? Outcome<>(picture.error()) : Outcome<>();
+    }
     m_picture = *picture;
     m_image->setItem({layout::imagePlace(m_picture->size, m_area), *m_picture});
     return {};

@@ -29,6 +29,11 @@ public:
     /// Removes the lines and cells; the surface must still be there.
     ~LabelSurface() override;
 
+    /// The picture to begin with: it stays when the document's file is not there.
+    void setImage(const LabelImage& image);
+    /// The picture in its place as it is now, shown or hidden; a null one when none was ever read.
+    LabelImage image() const;
+
     /// Shows over title and cells that they can be edited.
     void setEditable();
 

@@ -68,6 +68,11 @@ QSize frmLabelDesigner::labelArea() const
     return {zib::layout::kLabelAreaTwips, zib::layout::kLabelAreaTwips};
 }
 
+zib::LabelImage frmLabelDesigner::image() const
+{
+    return m_surface->image();
+}
+
 void frmLabelDesigner::RedrawTable()
 {
     m_surface->RedrawTable();
@@ -139,13 +144,14 @@ bool frmLabelDesigner::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() != QEvent::KeyPress)
         return QDialog::eventFilter(watched, event);
-    const int key = static_cast<QKeyEvent*>(event)->key();
-    if (key != Qt::Key_Return && key != Qt::Key_Enter)
+    const auto* press = static_cast<QKeyEvent*>(event);
+    if (press->key() != Qt::Key_Return && press->key() != Qt::Key_Enter)
         return false;
-    if (auto* button = qobject_cast<QPushButton*>(watched))
-        button->click();
-    else
+    auto* button = qobject_cast<QPushButton*>(watched);
+    if (!button)
         EndCellEdit();
+    else if (!press->isAutoRepeat()) // Held on after an edit, it means no button.
+        button->click();
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "common/CompilationRow.h"
 #include "common/Services.h"
+#include "label/LabelItems.h"
 
 #include <QDialog>
 #include <QList>
@@ -32,6 +33,8 @@ public:
 
     /// @returns the width and height of the label area, in twips.
     QSize labelArea() const;
+    /// The background picture as the label shows it.
+    zib::LabelImage image() const;
     /// What a dialog's applied changes call for; the document has changed. A picture that cannot be shown is
     /// told in a box.
     void RedrawTable();

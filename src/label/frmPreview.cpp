@@ -20,12 +20,14 @@ constexpr int kPrintDelayMs = 1000;
 
 } // namespace
 
-frmPreview::frmPreview(const zib::Services& services, QSize labelArea, QWidget* parent)
+frmPreview::frmPreview(const zib::Services& services, QSize labelArea, QWidget* parent,
+                       const zib::LabelImage& standing)
     : QDialog(parent), ui(std::make_unique<Ui::frmPreview>()), m_services(services), m_labelArea(labelArea),
       m_timer(new QTimer(this))
 {
     ui->setupUi(this);
     m_surface = std::make_unique<zib::LabelSurface>(this, labelArea);
+    m_surface->setImage(standing);
     m_timer->setObjectName(QStringLiteral("Timer1"));
     connectControls();
     Form_Load();

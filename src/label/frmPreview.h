@@ -2,6 +2,7 @@
 
 #include "common/Outcome.h"
 #include "common/Services.h"
+#include "label/LabelItems.h"
 
 #include <QDialog>
 
@@ -24,7 +25,9 @@ class frmPreview final : public QDialog
     Q_OBJECT
 public:
     /// @param labelArea the designer's label area, in twips.
-    frmPreview(const zib::Services& services, QSize labelArea, QWidget* parent = nullptr);
+    /// @param standing the designer's picture, which stays when its file is no longer there.
+    frmPreview(const zib::Services& services, QSize labelArea, QWidget* parent = nullptr,
+               const zib::LabelImage& standing = {});
     ~frmPreview() override;
 
     /// @returns why the window cannot be shown; the detail is a sentence for the user.

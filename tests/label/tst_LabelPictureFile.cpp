@@ -162,21 +162,24 @@ private slots:
     }
     void read_aBitmapThatClaimsTooMuch_isRefusedInWords_data()
     {
-        QTest::addColumn<QByteArray>("height");
-        QTest::newRow("from bottom to top") << fromHex("50c30000");
-        QTest::newRow("from top to bottom") << fromHex("b03cffff");
+        QTest::addColumn<QByteArray>("size");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("from bottom to top") << fromHex("a0860100 50c30000") << "100,000 x 50,000 pixels";
+        QTest::newRow("from top to bottom") << fromHex("a0860100 b03cffff") << "100,000 x 50,000 pixels";
+        QTest::newRow("all that can be said")
+            << fromHex("ffffff7f 00000080") << "2,147,483,647 x 2,147,483,647 pixels";
     }
     void read_aBitmapThatClaimsTooMuch_isRefusedInWords()
     {
-        QFETCH(QByteArray, height);
-        // 100,000 x 50,000 pixels of 24 bits.
-        const QByteArray head = fromHex("424d 00000000 00000000 36000000 28000000 a0860100") + height +
+        QFETCH(QByteArray, size);
+        QFETCH(QString, said);
+        // 24 bits to the pixel.
+        const QByteArray head = fromHex("424d 00000000 00000000 36000000 28000000") + size +
                                 fromHex("0100 1800 00000000 00000000 130b0000 130b0000 00000000 00000000");
         QVERIFY(writeFile(path("claim.bmp"), head + QByteArray(5000, 'x')));
         const auto picture = zib::readPicture(path("claim.bmp"));
         QVERIFY(!picture);
-        QVERIFY2(picture.error().detail.contains("100,000 x 50,000 pixels"),
-                 qPrintable(picture.error().detail));
+        QVERIFY2(picture.error().detail.contains(said), qPrintable(picture.error().detail));
     }
     void shared_aPicture_isReadOnceWhileHeld()
     {
@@ -192,7 +195,9 @@ private slots:
         const auto changed = zib::sharedPicture(path("shared.bmp"), &owner);
         QVERIFY(changed);
         QCOMPARE((*changed)->size, QSize(32, 24));
-        QVERIFY(!zib::sharedPicture(path("none.bmp"), &owner));
+        const auto missing = zib::sharedPicture(path("none.bmp"), &owner);
+        QVERIFY(!missing);
+        QCOMPARE(missing.error().kind, zib::Failure::Kind::NotFound);
     }
     void read_anyPicture_leavesTheReadersLimitAlone()
     {

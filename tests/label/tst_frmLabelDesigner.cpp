@@ -275,6 +275,19 @@ private slots:
         QVERIFY(!desk.editor()->isVisible());
         QVERIFY(desk.windows.shown.isEmpty());
     }
+    void enter_heldOnAfterAnEdit_pressesNoButton()
+    {
+        Desk desk;
+        desk.designer.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&desk.designer));
+        desk.click("labels_2");
+        for (const bool repeated : {false, true, true}) {
+            QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r", repeated);
+            QCoreApplication::sendEvent(desk.designer.focusWidget(), &press);
+        }
+        QVERIFY(!desk.editor()->isVisible());
+        QVERIFY2(desk.windows.shown.isEmpty(), qPrintable(desk.windows.shown.join(u' ')));
+    }
     void longList_saysHowManyTracksFit_andFitsMore()
     {
         const Desk desk(tracks(99));

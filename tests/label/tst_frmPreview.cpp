@@ -87,6 +87,20 @@ private slots:
         QVERIFY(preview.window.loaded().error().detail.contains("broken.jpg"));
         QVERIFY(!preview.timer()->isActive());
     }
+    void load_whenThePictureHasVanished_keepsTheDesigners()
+    {
+        QImage red(10, 10, QImage::Format_RGB32);
+        red.fill(Qt::red);
+        const zib::LabelImage standing{QRect(300, 600, 1500, 1500), {red, red.size()}};
+        const Desk desk;
+        edit([](auto& d) { d.BackImagePath = "/nowhere/vanished.jpg"; });
+        const frmPreview preview(desk.services, {8250, 8250}, nullptr, standing);
+        QVERIFY(preview.loaded());
+        preview.findChild<QTimer*>("Timer1")->start(0);
+        QTRY_COMPARE(desk.tray.jobs.size(), 1);
+        QCOMPARE(desk.tray.jobs[0].paper.pixelColor(60, 60), QColor(Qt::red));
+        QCOMPARE(desk.tray.jobs[0].paper.pixelColor(15, 60), QColor(Qt::white));
+    }
     void timer_printsOnce_namedAfterTheProgram()
     {
         const Desk desk;

@@ -7,6 +7,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTemporaryDir>
@@ -66,6 +67,25 @@ class TestLabelWindows : public QObject
 {
     Q_OBJECT
 private slots:
+    void print_ofAPictureThatHasVanished_printsWhatTheDesignerShows()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("cover.bmp");
+        QImage red(10, 10, QImage::Format_RGB32);
+        red.fill(Qt::red);
+        QVERIFY(red.save(path));
+        Desk desk;
+        QVERIFY(desk.work("cmdBack", "frmLabelBack", [&](QDialog* dialog) {
+            dialog->findChild<QLineEdit*>("txtOpen")->setText(path);
+            press(dialog, "cmdApply");
+        }));
+        QVERIFY(QFile::remove(path));
+        QVERIFY(desk.work("cmdPrint", "frmPreview", [&](QDialog* dialog) {
+            dialog->findChild<QTimer*>("Timer1")->start(0);
+            QTRY_COMPARE(desk.tray.jobs.size(), 1);
+        }));
+        QCOMPARE(desk.tray.jobs[0].paper.pixelColor(5, 5), QColor(Qt::red));
+    }
     void list_applied_redrawsTheTableAndForgetsCellEdits()
     {
         Desk desk;
@@ -138,11 +158,16 @@ private slots:
     {
         Desk desk;
         QString text;
-        QTimer::singleShot(0, [&] {
+        QTimer opened;
+        connect(&opened, &QTimer::timeout, [&] {
             auto* designer = QApplication::activeModalWidget();
+            if (!designer)
+                return;
+            opened.stop();
             text = designer->findChild<QLabel*>("labels_6")->text();
             designer->close();
         });
+        opened.start(5);
         desk.book.showLabelDesigner(nullptr, {{"1", "a.mp3", "One", "Me", "01:02:03", "1 KB", "/m/"}});
         QCOMPARE(text, QString("One"));
     }
