@@ -72,11 +72,9 @@ QString explanation(const Printer::Target& target, const Calibration& inUse)
                           "and %3 mm from the upper edge of the paper.\nBoth rulers should be %4 mm long.\n\n"
                           "Printed with these numbers:\nShift across %5 mm, down %6 mm\n"
                           "Scale across %7 %, down %8 %")
-        .arg(target.printer, target.paper)
-        .arg(kCrossMm)
-        .arg(rulerMm(target.paperSize))
-        .arg(number(inUse.shiftAcross), number(inUse.shiftDown), number(inUse.scaleAcross),
-             number(inUse.scaleDown));
+        .arg(target.printer, target.paper, QString::number(kCrossMm),
+             QString::number(rulerMm(target.paperSize)), number(inUse.shiftAcross), number(inUse.shiftDown),
+             number(inUse.scaleAcross), number(inUse.scaleDown));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
+#include "common/Platform.h"
 #include "common/Twips.h"
 
 #include <array>
@@ -85,14 +86,11 @@ Calibration calibrationFor(const QString& printer, const QString& paper)
 bool storeCalibration(const QString& printer, const QString& paper, const Calibration& calibration)
 {
     const QString section = sectionFor(printer, paper);
-    bool stored = true;
-    for (const Number& number : numbers()) {
-        const double value = calibration.*number.field;
-        stored =
-            GeneralAPI::WriteIniString(section, number.key, QString::number(value, 'f', 2), gSettingsFile) &&
-            stored;
-    }
-    return stored;
+    QList<IniChange> changes;
+    for (const Number& number : numbers())
+        changes << GeneralAPI::IniChangeOf(section, number.key,
+                                           QString::number(calibration.*number.field, 'f', 2));
+    return platform().ini && platform().ini->writeAll(changes, gSettingsFile);
 }
 
 double twipsFromMm(double mm)

@@ -10,6 +10,8 @@
 #include <QDoubleSpinBox>
 #include <QFile>
 #include <QLabel>
+#include <QLocale>
+#include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -158,6 +160,44 @@ private slots:
         file.write("[Label, paper, 210x297]\nShift Across=" + text.toUtf8() + "\nScale Across=50\n");
         file.close();
         QCOMPARE(desk.stored(), (zib::Calibration{shift, 0, 100, 100}));
+    }
+    void decimals_areTypedWithPointOrComma_data()
+    {
+        QTest::addColumn<QLocale>("locale");
+        QTest::addColumn<QString>("typed");
+        for (const QLocale& locale : {QLocale(QLocale::English), QLocale(QLocale::German)})
+            for (const char* typed : {"0.5", "0,5"})
+                QTest::addRow("%s %s", qPrintable(locale.name()), typed) << locale << QString(typed);
+    }
+    void decimals_areTypedWithPointOrComma()
+    {
+        QFETCH(QLocale, locale);
+        QFETCH(QString, typed);
+        Desk desk;
+        desk.open();
+        for (auto* box : desk.dialog->findChildren<QDoubleSpinBox*>()) {
+            box->setLocale(locale);
+            box->setMinimum(0);
+            box->selectAll();
+            QTest::keyClicks(box, typed);
+            QCOMPARE(box->value(), 0.5);
+        }
+    }
+    void testPage_namesAPrinterOfAnyName()
+    {
+        Printer::Target odd;
+        QImage pages[2];
+        for (int i = 0; i < 2; ++i) {
+            odd.printer = i ? "Laser%3" : "Laser30";
+            odd.paper = "210x297";
+            odd.paperSize = QSizeF(11906, 16838);
+            pages[i] = QImage(800, 400, QImage::Format_RGB32);
+            pages[i].fill(Qt::white);
+            QPainter painter(&pages[i]);
+            painter.scale(1 / 15.0, 1 / 15.0);
+            zib::paintCalibrationPage(painter, odd, {});
+        }
+        QVERIFY(pages[0] != pages[1]); // "%3" is a part of the name, not the place of a number.
     }
     void disc_hasTheSizeOfTheSettingsFile()
     {
