@@ -1,5 +1,7 @@
 #include "platform/IniQueue.h"
 
+#include <algorithm>
+
 namespace zib {
 
 namespace {
@@ -32,8 +34,8 @@ QByteArray IniQueue::GetPrivateProfileStringA(const QByteArray& section, const Q
 QList<QByteArray> IniQueue::readAll(const QList<IniQuery>& queries, const QString& file)
 {
     QList<QList<IniChange>> onTheirWay;
-    for (const auto& job : jobs())
-        if (job->file == file && stateOf(*job) != State::Failed)
+    for (const auto& job : jobsOf(file))
+        if (stateOf(*job) != State::Failed)
             onTheirWay << job->changes;
     return m_disk.readWith(onTheirWay, queries, file);
 }
@@ -44,11 +46,21 @@ bool IniQueue::WritePrivateProfileStringA(const QByteArray& section, const std::
     return writeAll({{section, key, value}}, file);
 }
 
+/// The caller's thread may be left behind here for longer than the queue lives: it uses copies only.
 bool IniQueue::writeAll(const QList<IniChange>& changes, const QString& file)
 {
-    for (const auto& job : jobs())
-        waitFor(*job, kPatience);
-    return m_disk.writeAll(changes, file);
+    const auto board = m_board;
+    IniFile disk = m_disk;
+    const auto job = std::make_shared<Job>(Job{changes, file, {}});
+    const Jobs before = enter(job);
+    const bool free = std::all_of(before.begin(), before.end(),
+                                  [&](const auto& earlier) { return board->waitFor(*earlier, kPatience); });
+    const bool written = free && disk.writeAll(changes, file);
+    const std::lock_guard lock(board->mutex);
+    job->state = written ? State::Written : State::Failed;
+    std::erase(board->direct, job);
+    board->changed.notify_all();
+    return written;
 }
 
 void IniQueue::writeLater(const QList<IniChange>& changes, const QString& file,
@@ -68,15 +80,34 @@ void IniQueue::writeLater(const QList<IniChange>& changes, const QString& file,
             QMetaObject::invokeMethod(
                 board->desk, [this] { tellFinished(); }, Qt::QueuedConnection);
     });
-    if (waitFor(*job, kAtOnce))
+    if (m_board->waitFor(*job, kAtOnce))
         tellFinished();
 }
 
-/// @returns what is on its way just now.
+/// @returns what is on its way just now, and what others write after it.
 IniQueue::Jobs IniQueue::jobs() const
 {
-    const std::lock_guard lock(m_jobsMutex);
-    return m_jobs;
+    const std::scoped_lock lock(m_jobsMutex, m_board->mutex);
+    Jobs all = m_jobs;
+    all.insert(all.end(), m_board->direct.begin(), m_board->direct.end());
+    return all;
+}
+
+IniQueue::Jobs IniQueue::jobsOf(const QString& file) const
+{
+    Jobs found = jobs();
+    std::erase_if(found, [&file](const auto& job) { return job->file != file; });
+    return found;
+}
+
+/// Takes a place behind all others.  @returns those of the same file that it has to wait for.
+IniQueue::Jobs IniQueue::enter(const std::shared_ptr<Job>& job)
+{
+    const std::lock_guard lock(m_entry);
+    const Jobs before = jobsOf(job->file);
+    const std::lock_guard board(m_board->mutex);
+    m_board->direct.push_back(job);
+    return before;
 }
 
 IniQueue::State IniQueue::stateOf(const Job& job) const
@@ -85,10 +116,10 @@ IniQueue::State IniQueue::stateOf(const Job& job) const
     return job.state;
 }
 
-bool IniQueue::waitFor(const Job& job, std::chrono::milliseconds patience) const
+bool IniQueue::Board::waitFor(const Job& job, std::chrono::milliseconds patience)
 {
-    std::unique_lock lock(m_board->mutex);
-    return m_board->changed.wait_for(lock, patience, [&job] { return job.state != State::Waiting; });
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, patience, [&job] { return job.state != State::Waiting; });
 }
 
 /// Those who wait may write again, or close a window: each job leaves the queue before it is told.
@@ -107,8 +138,20 @@ void IniQueue::tellFinished()
 
 void IniQueue::finish()
 {
-    while (!m_jobs.empty() && waitFor(*m_jobs.front(), kPatience))
-        tellFinished();
+    m_gaveUp = m_gaveUp || !finishUntil(QDeadlineTimer(kPatience));
+}
+
+/// @returns whether all that was on its way has arrived or failed.
+bool IniQueue::finishUntil(const QDeadlineTimer& deadline)
+{
+    const auto waitFor = [&](const Job& job) {
+        return m_board->waitFor(job, std::chrono::milliseconds(deadline.remainingTime()));
+    };
+    for (; !m_jobs.empty(); tellFinished())
+        if (!waitFor(*m_jobs.front()))
+            return false;
+    const Jobs left = jobs();
+    return std::all_of(left.begin(), left.end(), [&](const auto& job) { return waitFor(*job); });
 }
 
 } // namespace zib

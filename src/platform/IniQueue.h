@@ -15,7 +15,7 @@ namespace zib {
 
 /// The INI files of the program: as IniFile, but what writes later waits for the disk on a thread of its own,
 /// in order. Every reading sees what is still on its way. Lives on the GUI thread. Readings and writeAll may
-/// come from any thread, the rest from that one only.
+/// come from any thread, the rest from that one only. A thread that is left behind in writeAll keeps its place.
 class IniQueue final : public IniService
 {
 public:
@@ -29,7 +29,7 @@ public:
     QList<QByteArray> readAll(const QList<IniQuery>& queries, const QString& file) override;
     bool WritePrivateProfileStringA(const QByteArray& section, const std::optional<QByteArray>& key,
                                     const std::optional<QByteArray>& value, const QString& file) override;
-    /// Behind everything that is on its way; waits for it.
+    /// Behind everything that is on its way to this file; waits for it, and fails after two minutes.
     bool writeAll(const QList<IniChange>& changes, const QString& file) override;
     void writeLater(const QList<IniChange>& changes, const QString& file,
                     const std::function<void(bool)>& done) override;
@@ -53,24 +53,30 @@ private:
         std::function<void(bool)> done;
         State state = State::Waiting;
     };
+    using Jobs = std::deque<std::shared_ptr<Job>>;
     struct Board
     {
         std::mutex mutex;
         std::condition_variable changed;
         QObject* desk = nullptr; ///< What the thread sends its news to, while it is there.
+        Jobs direct;             ///< What threads of others write just now, or wait to write.
+
+        bool waitFor(const Job& job, std::chrono::milliseconds patience);
     };
 
-    using Jobs = std::deque<std::shared_ptr<Job>>;
-
     Jobs jobs() const;
+    Jobs jobsOf(const QString& file) const;
+    Jobs enter(const std::shared_ptr<Job>& job);
     State stateOf(const Job& job) const;
-    bool waitFor(const Job& job, std::chrono::milliseconds patience) const;
     void tellFinished();
+    bool finishUntil(const QDeadlineTimer& deadline);
 
     IniFile& m_disk;
     std::shared_ptr<Board> m_board = std::make_shared<Board>();
     mutable std::mutex m_jobsMutex;
+    std::mutex m_entry; ///< One thread after the other takes its place.
     Jobs m_jobs;
+    bool m_gaveUp = false; ///< A disk did not answer until the end.
     QObject m_desk;
     Worker m_thread{std::chrono::milliseconds(0)};
 };

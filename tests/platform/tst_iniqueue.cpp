@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <thread>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -25,6 +26,8 @@ private slots:
     void writeLater_thatFails_isTakenBack();
     void writeLater_fromAnAnswer_isTakenToo();
     void writeAll_comesBehindWhatIsOnItsWay();
+    void writeAll_leftBehind_isOvertakenByNone();
+    void end_waitsForWhatWasLeftBehind();
     void readings_fromAnotherThread_goOnBesideTheWrites();
     void end_waitsForTheDiskAndTells();
 
@@ -149,6 +152,46 @@ void TestIniQueue::writeAll_comesBehindWhatIsOnItsWay()
     QVERIFY(queue.writeAll(setKey("2"), file()));
     other.join();
     QCOMPARE(content(), QByteArray("[View]\nKey=2\n"));
+}
+
+void TestIniQueue::writeAll_leftBehind_isOvertakenByNone()
+{
+    constexpr int kWriters = 6;
+    zib::IniQueue queue(m_disk);
+    auto lock = std::make_unique<Lock>(m_folder.path());
+    std::vector<std::thread> writers;
+    std::atomic<int> written = 0;
+    for (int i = 1; i <= kWriters; ++i) {
+        writers.emplace_back([&, i] { written += queue.writeAll(setKey(QByteArray::number(i)), file()); });
+        while (queue.GetPrivateProfileStringA("View", "Key", "0", 100, file()).toInt() != i && written == 0)
+            QTest::qSleep(1);
+    }
+    lock.reset();
+    for (std::thread& writer : writers)
+        writer.join();
+    QCOMPARE(written, kWriters);
+    QCOMPARE(content(), QByteArray("[View]\nKey=6\n"));
+}
+
+void TestIniQueue::end_waitsForWhatWasLeftBehind()
+{
+    QFile::remove(file());
+    auto lock = std::make_unique<Lock>(m_folder.path());
+    std::thread writer;
+    std::thread other;
+    {
+        zib::IniQueue queue(m_disk);
+        writer = std::thread([this, &queue] { queue.writeAll(setKey("late"), file()); });
+        QTest::qSleep(100);
+        other = std::thread([&lock] {
+            QTest::qSleep(300);
+            lock.reset();
+        });
+    }
+    const QByteArray atTheEnd = content();
+    other.join();
+    writer.join();
+    QCOMPARE(atTheEnd, QByteArray("[View]\nKey=late\n"));
 }
 
 void TestIniQueue::readings_fromAnotherThread_goOnBesideTheWrites()
