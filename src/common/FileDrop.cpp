@@ -2,6 +2,7 @@
 
 #include "common/NativeName.h"
 
+#include <QApplication>
 #include <QDropEvent>
 #include <QMimeData>
 #include <QUrl>
@@ -22,6 +23,13 @@ QStringList localFiles(const QMimeData* data)
     return paths;
 }
 
+/// Whether another window has to be answered first. Keys and clicks end there, but not what is dropped.
+bool isBlocked(const QObject* window)
+{
+    const QWidget* modal = QApplication::activeModalWidget();
+    return modal != nullptr && static_cast<const QObject*>(modal) != window;
+}
+
 } // namespace
 
 FileDrop::FileDrop(QWidget* window, std::function<bool()> accepts,
@@ -31,7 +39,7 @@ FileDrop::FileDrop(QWidget* window, std::function<bool()> accepts,
     window->installEventFilter(this);
 }
 
-bool FileDrop::eventFilter(QObject*, QEvent* event)
+bool FileDrop::eventFilter(QObject* window, QEvent* event)
 {
     if (event->type() != QEvent::DragEnter && event->type() != QEvent::Drop)
         return false;
@@ -39,7 +47,7 @@ bool FileDrop::eventFilter(QObject*, QEvent* event)
     const QList<QUrl> urls = drop->mimeData()->urls();
     const bool local =
         std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); });
-    if (!local || !m_accepts()) // What no one would take is not accepted, so the pointer says so.
+    if (!local || isBlocked(window) || !m_accepts()) // What no one would take is not accepted, so the pointer says so.
         return false;
     drop->acceptProposedAction();
     if (event->type() == QEvent::Drop)

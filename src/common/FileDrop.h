@@ -9,8 +9,8 @@ class QWidget;
 
 namespace zib {
 
-/// Takes the files that other programs drop on a window, whose acceptDrops must be on. Lives as long as the
-/// window.
+/// Takes the files that other programs drop on a window, whose acceptDrops must be on; none while another
+/// window has to be answered first. Lives as long as the window.
 class FileDrop final : public QObject
 {
 public:

@@ -2,6 +2,7 @@
 #include "app/Wav.h"
 #include "engines/audio/makers.h"
 
+#include <QDialog>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLabel>
@@ -94,6 +95,21 @@ private slots:
                  (QStringList{"9.wav", "10.wav", "A.wav", "b.wav", "1.wav", "1.wav"}));
         QVERIFY(desk.cell(4, 6).endsWith("CD 2/"));
         QCOMPARE(desk.desk.messages.shown, QStringList());
+    }
+    void drop_besideAWindowThatIsToBeAnswered_isRefused()
+    {
+        Desk desk;
+        desk.addThree();
+        {
+            QDialog question(&desk.window());
+            question.open();
+            QTRY_COMPARE(QApplication::activeModalWidget(), &question);
+            drop(desk.window(), {desk.sound("d.wav")});
+            QCoreApplication::processEvents();
+            QCOMPARE(desk.rows(), 3);
+        }
+        drop(desk.window(), {desk.folder.filePath("d.wav")});
+        QTRY_COMPARE(desk.rows(), 4);
     }
     void drop_ofWhatIsNoAudio_isToldInOneBoxAtItsEnd()
     {
