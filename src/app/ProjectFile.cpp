@@ -1,6 +1,7 @@
 #include "app/ProjectFile.h"
 
 #include "common/GeneralAPI.h"
+#include "common/GenralMacro.h"
 #include "common/NativeName.h"
 #include "common/Platform.h"
 
@@ -57,13 +58,17 @@ IniChange changeOf(int number, const QString& path)
     return change;
 }
 
-/// @returns the file that a value names, or an empty text when there is none.
+/// @returns the file that a value names, a relative one from the application folder; an empty text when there
+/// is none.
 QString existingFile(const QByteArray& value)
 {
     const QString path = nativeText(value);
-    for (const QString& candidate : {path, path.trimmed(), pathOfUrl(QUrl::fromEncoded(value))})
-        if (!candidate.isEmpty() && isFile(candidate))
-            return candidate;
+    for (const QString& candidate : {path, path.trimmed(), pathOfUrl(QUrl::fromEncoded(value))}) {
+        const bool whole = candidate.isEmpty() || candidate.startsWith(u'/');
+        const QString file = whole ? candidate : GeneralAPI::JoinPath(applicationFolder(), candidate);
+        if (!file.isEmpty() && isFile(file))
+            return file;
+    }
     return {};
 }
 

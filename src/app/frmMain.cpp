@@ -20,6 +20,8 @@
 #include <QHeaderView>
 #include <QShortcut>
 
+#include <utility>
+
 using zib::CompilationModel;
 
 // The start of the main window, and where its commands lead. What they do stands in frmMainFiles.cpp,
@@ -203,10 +205,18 @@ void frmMain::mnuSub_Click(const QAction* item)
             return run(command.handler);
 }
 
+/// Leaving is never refused. What is asked for while a save has not yet said that it lasts comes after it.
 void frmMain::run(Handler command)
 {
-    if (!m_busy)
-        (this->*command)();
+    if (m_busy && command != &frmMain::exitProgram) {
+        if (m_saving && ui->menubar->isEnabled())
+            m_next = command;
+        return;
+    }
+    m_next = nullptr;
+    (this->*command)();
+    if (const Handler next = std::exchange(m_next, nullptr); next && !m_closed)
+        run(next);
 }
 
 void frmMain::WriteFiles()

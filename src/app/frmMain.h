@@ -140,6 +140,7 @@ private:
     QString ProjectFileName;
     bool m_busy = false; ///< Commands wait until what runs is done.
     bool m_stopped = false;
+    Handler m_next = nullptr; ///< Asked for while the project was being saved.
     bool m_saving = false;
     bool m_closed = false;
 };

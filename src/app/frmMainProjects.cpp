@@ -7,6 +7,8 @@
 #include "common/Messages.h"
 #include "common/Texts.h"
 
+#include <algorithm>
+
 using zib::Failure;
 using zib::FileDialogRequest;
 
@@ -49,6 +51,15 @@ QString failureText(const Failure& failure)
     return kNotWritten + QStringLiteral("\n\n") + failure.detail + u'\n' + reasonOf(failure);
 }
 
+/// Without the blanks at its ends; other letters that show nothing belong to a name.
+QString trimmed(const QString& name)
+{
+    const auto isBlank = [](QChar letter) { return letter == u' '; };
+    const auto first = std::find_if_not(name.begin(), name.end(), isBlank);
+    const auto last = std::find_if_not(name.rbegin(), std::make_reverse_iterator(first), isBlank).base();
+    return QString(first, last - first);
+}
+
 /// What would be missing when the project is opened again; empty when nothing would be.
 QString lossText(qsizetype files, qsizetype leftOut)
 {
@@ -88,7 +99,7 @@ void frmMain::OpenProject()
 /// @returns why the list was left as it is.
 zib::Outcome<QStringList> frmMain::openNamedProject(const QString& chosen)
 {
-    const QString name = chosen.trimmed();
+    const QString name = trimmed(chosen);
     if (name.isEmpty())
         return Failure{Failure::Kind::NotFound, name};
     const auto files = projectAside(QStringLiteral("Reading the project"), name,
@@ -123,7 +134,7 @@ void frmMain::saveProjectAsCommand()
 /// @returns whether the list can be had again from the project.
 bool frmMain::SaveProject()
 {
-    ProjectFileName = ProjectFileName.trimmed();
+    ProjectFileName = trimmed(ProjectFileName);
     if (ProjectFileName.isEmpty())
         return SaveProjectAs(); // It comes back here with a name.
     m_saving = true;
@@ -155,7 +166,7 @@ bool frmMain::SaveProjectAs()
     m_dlgProj.flags =
         FileDialogRequest::PathMustExist | FileDialogRequest::Explorer | FileDialogRequest::LongNames;
     const auto chosen = m_services.dialogs.saveFile(this, m_dlgProj);
-    const QString name = chosen ? chosen->trimmed() : QString();
+    const QString name = chosen ? trimmed(*chosen) : QString();
     if (name.isEmpty())
         return false;
     ProjectFileName = name;

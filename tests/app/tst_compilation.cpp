@@ -579,12 +579,24 @@ private slots:
         desk.trigger("mnuTracksSub_8");
         QCOMPARE(desk.rows(), 0);
     }
+    void closing_whileFilesAreAdded_endsTheAdding_data()
+    {
+        QTest::addColumn<bool>("byCommand");
+        QTest::newRow("its cross") << false;
+        QTest::newRow("Exit") << true;
+    }
     void closing_whileFilesAreAdded_endsTheAdding()
     {
+        QFETCH(bool, byCommand);
         Desk desk;
         desk.desk.components.makeInformation = [] { return std::make_unique<SlowInformation>(); };
         desk.window();
-        QTimer::singleShot(0, this, [&] { desk.window().close(); });
+        QTimer::singleShot(0, this, [&] {
+            if (byCommand)
+                desk.trigger("mnuFileSub_9");
+            else
+                desk.window().close();
+        });
         addMany(desk, 1000);
         QVERIFY(!desk.window().isVisible());
         QVERIFY(desk.rows() < 1000);

@@ -204,6 +204,50 @@ private slots:
         QCOMPARE(desk.rows(), 3);
         QVERIFY(!desk.window().isVisible());
     }
+    void save_withACommandBehindIt_doesBoth()
+    {
+        SlowDisk disk;
+        Desk desk(&disk);
+        desk.addThree();
+        const QString project = desk.folder.filePath("both.zibp");
+        desk.desk.dialogs.files << project;
+        desk.desk.messages.answer = zib::Messages::Answer::No;
+        QTimer::singleShot(0, this, [&] {
+            desk.trigger("mnuFileSub_4");
+            disk.go.release();
+        });
+        desk.trigger("mnuFileSub_6");
+        QCOMPARE(read(desk, project, "General", "FileCount"), QString("3"));
+        QCOMPARE(desk.desk.messages.shown, QStringList{"q: Would you like to save this project?"});
+        QCOMPARE(desk.rows(), 0);
+    }
+    void save_withExitBehindIt_endsAfterIt()
+    {
+        SlowDisk disk;
+        Desk desk(&disk);
+        desk.addThree();
+        const QString project = desk.folder.filePath("end.zibp");
+        desk.desk.dialogs.files << project;
+        QTimer::singleShot(0, this, [&] { desk.trigger("mnuFileSub_9"); });
+        QTimer::singleShot(400, this, [&] { disk.go.release(); });
+        desk.trigger("mnuFileSub_6");
+        QCOMPARE(read(desk, project, "General", "FileCount"), QString("3"));
+        QVERIFY(!desk.window().isVisible());
+    }
+    void save_underANameThatEndsInALineBreak_keepsIt()
+    {
+        Desk desk;
+        desk.addThree();
+        const QString project = desk.folder.filePath("odd\n");
+        const QString other = desk.file("odd");
+        const QByteArray before = content(other);
+        desk.desk.dialogs.files << ' ' + project + ' ';
+        desk.trigger("mnuFileSub_7");
+        QCOMPARE(desk.window().windowTitle(), "Zib CD Burner - " + project);
+        QCOMPARE(content(other), before);
+        open(desk, project);
+        QCOMPARE(desk.rows(), 3);
+    }
     void save_onADiskThatDoesNotAnswer_canBeLeftAndKeepsTheList()
     {
         SlowDisk disk;
@@ -290,6 +334,20 @@ private slots:
         write(desk, project, "Files", "File2", desk.sound("second.wav"));
         open(desk, project);
         QCOMPARE(desk.column(kFileName), QStringList{"second.wav"});
+    }
+    void open_withRelativeNames_takesThemFromTheApplicationFolder()
+    {
+        Desk desk;
+        const QString project = desk.folder.filePath("near.zibp");
+        QVERIFY(QDir(desk.folder.path()).mkdir("Album"));
+        write(desk, project, "General", "FileCount", "2");
+        write(desk, project, "Files", "File1", "Album/first.wav");
+        write(desk, project, "Files", "File2", "second.wav");
+        const QString first = desk.sound("Album/first.wav");
+        desk.sound("second.wav");
+        open(desk, project);
+        QCOMPARE(desk.column(kFileName), (QStringList{"first.wav", "second.wav"}));
+        QCOMPARE(desk.cell(0, 6) + desk.cell(0, kFileName), first);
     }
     void open_withMissingFiles_dropsThemInSilence()
     {
