@@ -15,7 +15,8 @@ namespace zib {
 
 /// The INI files of the program: as IniFile, but what writes later waits for the disk on a thread of its own,
 /// in order. Every reading sees what is still on its way. Lives on the GUI thread. Readings and writeAll may
-/// come from any thread, the rest from that one only. A thread that is left behind in writeAll keeps its place.
+/// come from any thread, the rest from that one only. A thread that is left behind in writeAll keeps its
+/// place.
 class IniQueue final : public IniService
 {
 public:
