@@ -47,8 +47,8 @@ bool FileDrop::eventFilter(QObject* window, QEvent* event)
     const QList<QUrl> urls = drop->mimeData()->urls();
     const bool local =
         std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); });
-    if (!local || isBlocked(window) || !m_accepts()) // What no one would take is not accepted, so the pointer says so.
-        return false;
+    if (!local || isBlocked(window) || !m_accepts())
+        return false; // What no one would take is not accepted, so the pointer says so.
     drop->acceptProposedAction();
     if (event->type() == QEvent::Drop)
         QMetaObject::invokeMethod(
