@@ -8,10 +8,6 @@ namespace WriteTexts {
 inline const QString kDefaultSpeed = QStringLiteral("Default");
 inline const QString kLookingForDrives = QStringLiteral("Looking for drives, please wait...");
 inline const QString kAskingDrive = QStringLiteral("Asking the drive about its disc, please wait...");
-inline constexpr int kMostTracks = 99;
-inline const QString kTooManyTracks = QStringLiteral(
-    "An audio CD holds at most 99 tracks. The files from number 100 on are left out and named one by "
-    "one. Take tracks off the list, or write them to a second disc.");
 inline const QString kNoDrive = QStringLiteral("No drives installed on your computer or no drive selected.");
 inline const QString kNoDisc =
     QStringLiteral("Please insert an empty disc and load the CDR-ROM for burning.");

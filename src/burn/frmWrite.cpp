@@ -393,7 +393,6 @@ void frmWrite::ListWriteSpeeds()
 
 void frmWrite::AddTracks()
 {
-    tellTrackLimit();
     for (qsizetype i = 0; i < m_trackFiles.size(); ++i) {
         const QString& path = m_trackFiles[i];
         if (zib::PreparedFiles::wasChanged(path)) {
@@ -407,13 +406,6 @@ void frmWrite::AddTracks()
             m_services.messages.information(this, WriteTexts::kNotWritten + path);
     }
     m_writer->nameDisc(m_names.title);
-}
-
-/// Said once, before the files that find no place are named one by one.
-void frmWrite::tellTrackLimit()
-{
-    if (m_trackFiles.size() > WriteTexts::kMostTracks)
-        m_services.messages.information(this, WriteTexts::kTooManyTracks);
 }
 
 bool frmWrite::IsFolder(const QString& path)

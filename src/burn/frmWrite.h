@@ -64,7 +64,6 @@ private:
     void ListWriteSpeeds();
     void AddTracks();
     static bool IsFolder(const QString& path);
-    void tellTrackLimit();
     bool showPercent(qint32 track, qint32 done, qint32 size);
     void showPhase(const QString& text);
     void showNote(const QString& text);

@@ -84,7 +84,7 @@ std::optional<BurnError> DriveBurn::write(burn::burn_write_opts* options,
 {
     m_messages.clear();
     m_gate->arm();
-    burn::burn_disc_write(options, plan->disc());
+    m_thread.start([options, &plan] { burn::burn_disc_write(options, plan->disc()); });
     watch(plan);
     return judge(*plan);
 }
@@ -97,13 +97,28 @@ std::optional<BurnError> DriveBurn::checkDisc()
     if (!facts)
         return answerError(
             refusal, m_traits.path,
-            QStringLiteral("The drive did not tell what disc it holds, so nothing was written."));
+            QStringLiteral("The drive did not tell what disc it holds, so nothing was written. Switch "
+                           "it off and on again, or try another drive."));
     if (facts->status != DiscFacts::Status::Blank)
         return BurnError::from({Failure::Kind::WrongMedium, m_traits.path});
     if (facts->capacity.frames() > 0 && m_job.totalLength() > facts->capacity)
-        return senseError({5, 0x21, 0}, QStringLiteral("The tracks need %1 of the disc's %2.")
-                                            .arg(m_job.totalLength().toMsf(), facts->capacity.toMsf()));
-    return {};
+        return senseError({5, 0x21, 0},
+                          QStringLiteral("The tracks need %1 with their gaps, the disc holds %2. "
+                                         "Take tracks off the list, or insert a disc that "
+                                         "holds more.")
+                              .arg(m_job.totalLength().toMsf(), facts->capacity.toMsf()));
+    return m_traits.sessionAtOnce ? std::nullopt : checkPlace();
+}
+
+/// A library that is not told where a track is to begin would write somewhere else.
+std::optional<BurnError> DriveBurn::checkPlace()
+{
+    const DriveAnswer place = nextTrackOf(*m_line);
+    if (place.good())
+        return std::nullopt;
+    return answerError(place, m_traits.path,
+                       QStringLiteral("The drive does not tell where the first track is to begin, so nothing "
+                                      "was written. Switch it off and on again, or try another drive."));
 }
 
 std::optional<BurnError> DriveBurn::configure(burn::burn_write_opts* options, burn::burn_disc* disc)
@@ -135,22 +150,38 @@ void DriveBurn::watch(const std::shared_ptr<DiscPlan>& plan)
         burn::burn_progress progress = {};
         const int status = burn::burn_drive_get_status(m_grabbed.drive(), &progress);
         m_messages.collect();
-        if (status == burn::BURN_DRIVE_IDLE)
-            break;
+        if (status == burn::BURN_DRIVE_IDLE) {
+            if (m_thread.endsWithin(m_patience.cancelMs))
+                break;
+            return leave(plan);
+        }
         // What a drive does after a failure or a cancel is no progress.
         if (!m_cancelSent && !m_messages.failed())
             m_phases.see(viewOf(progress, status));
         m_stuck = m_stuck || (!m_cancelSent && stalled(progress, status));
         if (m_stuck || !plan->failedFile().isEmpty() || mayStillCancel())
             stopDrive();
-        if (m_cancelSent && m_sinceCancel.elapsed() > m_patience.cancelMs) {
-            m_stuck = true;
-            m_grabbed.leaveWriting(plan);
-            return;
-        }
+        if (m_cancelSent && m_sinceCancel.elapsed() > m_patience.cancelMs)
+            return leave(plan);
+        seeToTheDoor();
         QThread::msleep(static_cast<unsigned long>(m_patience.pollMs));
     }
+    m_messages.collect();
     m_wroteWell = burn::burn_drive_wrote_well(m_grabbed.drive()) == 1;
+}
+
+void DriveBurn::leave(const std::shared_ptr<DiscPlan>& plan)
+{
+    m_stuck = true;
+    m_grabbed.leaveWriting(m_thread, plan);
+}
+
+/// A write that was stopped and does not end soon may hang: whoever waits for the disc should get it.
+void DriveBurn::seeToTheDoor()
+{
+    constexpr qint64 kSoonMs = 2000;
+    if (m_cancelSent && m_sinceCancel.elapsed() > kSoonMs && !std::exchange(m_doorTried, true))
+        m_grabbed.unlockAside();
 }
 
 /// A disc that lacks nothing but its closing is finished: stopping it now would only spoil it.

@@ -33,6 +33,7 @@ public:
 
 private:
     std::optional<BurnError> checkDisc();
+    std::optional<BurnError> checkPlace();
     std::optional<BurnError> setMode();
     std::optional<BurnError> write(burn::burn_write_opts* options, const std::shared_ptr<DiscPlan>& plan);
     std::optional<BurnError> configure(burn::burn_write_opts* options, burn::burn_disc* disc);
@@ -40,6 +41,8 @@ private:
     bool mayStillCancel() const;
     bool stalled(const burn::burn_progress& progress, int status);
     void stopDrive();
+    void leave(const std::shared_ptr<DiscPlan>& plan);
+    void seeToTheDoor();
     std::optional<BurnError> judge(const DiscPlan& plan);
     std::optional<BurnError> check();
     std::optional<BurnError> readBack();
@@ -62,7 +65,9 @@ private:
     WritePhases m_phases;
     QByteArray m_textPacks; ///< CD-TEXT as it goes into the lead-in; may be empty.
     DiscVerdict::Truth m_truth = DiscVerdict::Truth::Unknown; ///< What a failure left.
+    LibraryThread m_thread;
     bool m_cancelSent = false;
+    bool m_doorTried = false;
     bool m_stuck = false;
     bool m_wroteWell = false;
     qint64 m_lastSign = -1; ///< What the drive's progress looked like when it last moved.

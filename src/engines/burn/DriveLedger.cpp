@@ -10,7 +10,8 @@ namespace zib::DriveLedger {
 
 namespace {
 
-std::mutex g_mutex;
+/// Recursive, for an entry may be made under it.
+std::recursive_mutex g_mutex;
 
 QList<std::pair<QString, Use>>& entries()
 {
@@ -33,9 +34,10 @@ Entry::~Entry()
     entries().removeOne(std::pair(m_path, m_use));
 }
 
-Use useOf(const QString& path)
+namespace {
+
+Use gravestUse(const QString& path)
 {
-    const std::lock_guard lock(g_mutex);
     Use gravest = Use::None;
     for (const auto& [entered, use] : std::as_const(entries()))
         if (entered == path)
@@ -43,11 +45,28 @@ Use useOf(const QString& path)
     return gravest;
 }
 
-bool anyHanging()
+} // namespace
+
+Use useOf(const QString& path)
 {
     const std::lock_guard lock(g_mutex);
-    return std::any_of(entries().cbegin(), entries().cend(),
-                       [](const auto& entry) { return entry.second == Use::Hanging; });
+    return gravestUse(path);
+}
+
+std::unique_ptr<Entry> enterIfFree(const QString& path, Use use)
+{
+    const std::lock_guard lock(g_mutex);
+    if (gravestUse(path) != Use::None)
+        return nullptr;
+    return std::make_unique<Entry>(path, use);
+}
+
+QString hanging()
+{
+    const std::lock_guard lock(g_mutex);
+    const auto hangs = [](const auto& entry) { return entry.second == Use::Hanging; };
+    const auto found = std::find_if(entries().cbegin(), entries().cend(), hangs);
+    return found == entries().cend() ? QString() : found->first;
 }
 
 QStringList paths()

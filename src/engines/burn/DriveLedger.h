@@ -13,6 +13,7 @@ namespace DriveLedger {
 enum class Use
 {
     None,
+    Asked,   ///< A question about the drive or its disc is under way, perhaps for nobody any more.
     Writing, ///< A disc is being written, or finished for a window that has closed.
     Hanging  ///< A command has not come back.
 };
@@ -32,7 +33,14 @@ private:
 };
 
 Use useOf(const QString& path);
-bool anyHanging();
+/// Enters a drive that this process has in no other use.  @returns nothing when it has.
+std::unique_ptr<Entry> enterIfFree(const QString& path, Use use);
+/// A drive that hangs, or nothing.
+QString hanging();
+inline bool anyHanging()
+{
+    return !hanging().isEmpty();
+}
 /// The drives that are in use.
 QStringList paths();
 

@@ -7,6 +7,11 @@
 #include "engines/burn/LibburnSession.h"
 #include "engines/burn/mmc/DiscLook.h"
 
+#include <QDeadlineTimer>
+#include <QThread>
+
+#include <utility>
+
 namespace zib {
 
 namespace {
@@ -14,26 +19,60 @@ namespace {
 // Profiles of the discs that an audio CD is made of (MMC-5, 5.3.1).
 constexpr int kProfileCdR = 0x09;
 constexpr int kProfileCdRw = 0x0A;
+
+BurnError doesNotComeBack(const QString& path)
+{
+    return plainError(BurnErrorCode::kStalled,
+                      QStringLiteral("\"%1\" has not come back from an earlier command. Wait for it, or "
+                                     "switch it off and on again.")
+                          .arg(path));
+}
+
 /// Why a drive cannot be asked, when it is we who have it.
 std::optional<BurnError> whyInUse(const QString& path)
 {
     switch (DriveLedger::useOf(path)) {
     case DriveLedger::Use::Hanging:
-        return plainError(
-            BurnErrorCode::kStalled,
-            QStringLiteral("\"%1\" has not come back from an earlier command. Wait for it, or switch it "
-                           "off and on again.")
-                .arg(path));
+        return doesNotComeBack(path);
     case DriveLedger::Use::Writing:
         return plainError(
             BurnErrorCode::kBusy,
             QStringLiteral("\"%1\" is still finishing the disc of the window that was closed. Wait until "
                            "its end is told.")
                 .arg(path));
+    case DriveLedger::Use::Asked:
     case DriveLedger::Use::None:
         break;
     }
     return std::nullopt;
+}
+
+/// Why no drive at all can be written with: the library waits for one of them.
+std::optional<BurnError> whyBlocked()
+{
+    const QString other = DriveLedger::hanging();
+    if (other.isEmpty())
+        return std::nullopt;
+    return plainError(BurnErrorCode::kStalled,
+                      QStringLiteral("\"%1\" has not come back from an earlier command, and until it does no "
+                                     "drive can write. Wait for it, or switch it off and on again.")
+                          .arg(other));
+}
+
+/// A drive that an earlier question still has is waited for, when nobody else waits for its answer any more.
+std::unique_ptr<DriveLedger::Entry> askedAlone(const QString& path, int patienceMs,
+                                               const InspectionTalk& talk)
+{
+    constexpr unsigned long kPauseMs = 50;
+    const QDeadlineTimer deadline(patienceMs);
+    auto entry = DriveLedger::enterIfFree(path, DriveLedger::Use::Asked);
+    while (!entry && DriveLedger::useOf(path) <= DriveLedger::Use::Asked && !deadline.hasExpired() &&
+           !talk.isCancelled()) {
+        talk.say(waitingWords({}));
+        QThread::msleep(kPauseMs);
+        entry = DriveLedger::enterIfFree(path, DriveLedger::Use::Asked);
+    }
+    return entry;
 }
 
 /// What the disc's kind allows, told apart as the writing window asks.
@@ -94,8 +133,9 @@ DriveRecorder::DriveRecorder(Traits traits, DrivePatience patience)
 
 Outcome<Medium> DriveRecorder::inspect(const InspectionTalk& talk)
 {
-    if (const auto error = whyInUse(path()))
-        return troubled(*error);
+    const auto asking = askedAlone(path(), m_patience.readyMs, talk);
+    if (!asking)
+        return troubled(whyInUse(path()).value_or(doesNotComeBack(path())));
     const auto line = DriveLine::open(path(), DriveLine::Hold::Exclusive);
     if (!line)
         return line.error();
@@ -107,7 +147,15 @@ std::optional<BurnError> DriveRecorder::write(const BurnJob& job, BurnObserver& 
     if (const auto error = whyInUse(path()))
         return error;
     const DriveLedger::Entry writing(path(), DriveLedger::Use::Writing);
-    LibburnSession session;
+    bool told = false;
+    LibburnSession session([&] {
+        if (!std::exchange(told, true))
+            observer.waiting(
+                QStringLiteral("Waiting until the other drive has finished its disc, please wait..."));
+        return !job.isCancelled();
+    });
+    if (!session)
+        return BurnError::byUser();
     std::optional<BurnError> error = writeGrabbed(session, job, observer);
     if (DriveLedger::useOf(path()) != DriveLedger::Use::Hanging)
         if (const auto line = DriveLine::open(path(), DriveLine::Hold::Shared); line)
@@ -118,11 +166,13 @@ std::optional<BurnError> DriveRecorder::write(const BurnJob& job, BurnObserver& 
 std::optional<BurnError> DriveRecorder::writeGrabbed(LibburnSession& session, const BurnJob& job,
                                                      BurnObserver& observer)
 {
+    if (const auto error = whyBlocked())
+        return error;
     GrabbedDrive grabbed(session, path(), m_patience.callMs, job.cancelled);
     if (job.isCancelled())
         return BurnError::byUser();
     if (!grabbed)
-        return BurnError::from(grabbed.failure());
+        return whyBlocked().value_or(BurnError::from(grabbed.failure()));
     return writeNamed(grabbed, job, observer);
 }
 
@@ -150,8 +200,9 @@ std::optional<BurnError> DriveRecorder::writeNamed(GrabbedDrive& grabbed, const 
 void DriveRecorder::eject()
 {
     constexpr int kEject = 2; // MMC-5, 6.42
+    const auto asking = DriveLedger::enterIfFree(path(), DriveLedger::Use::Asked);
     const auto line = DriveLine::open(path(), DriveLine::Hold::Exclusive);
-    if (!line)
+    if (!asking || !line)
         return;
     unlockDoor(**line);
     (*line)->send({0x1B, 0, 0, 0, kEject, 0}, {}, DriveLine::kLongMs);

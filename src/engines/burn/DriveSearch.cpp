@@ -73,8 +73,24 @@ Found inUse(const QString& path, const QString& why)
     return {.traits = traits};
 }
 
-Found look(const QString& path)
+/// Behind an earlier question, which may hold the drive for nobody any more.
+std::unique_ptr<DriveLedger::Entry> askedAlone(const QString& path,
+                                               std::chrono::steady_clock::time_point until)
 {
+    constexpr std::chrono::milliseconds kPause{50};
+    auto entry = DriveLedger::enterIfFree(path, DriveLedger::Use::Asked);
+    while (!entry && std::chrono::steady_clock::now() < until) {
+        std::this_thread::sleep_for(kPause);
+        entry = DriveLedger::enterIfFree(path, DriveLedger::Use::Asked);
+    }
+    return entry;
+}
+
+Found look(const QString& path, std::chrono::steady_clock::time_point until)
+{
+    const auto asking = askedAlone(path, until);
+    if (!asking)
+        return inUse(path, QStringLiteral("(does not answer)"));
     const auto line = DriveLine::open(path, DriveLine::Hold::Exclusive);
     if (!line)
         return {.usable = line.error().kind == Failure::Kind::NotFound};
@@ -90,11 +106,11 @@ Found look(const QString& path)
 }
 
 /// Looks at one drive on a thread of its own, which is left behind when the drive does not answer in time.
-std::future<Found> lookAside(const QString& path)
+std::future<Found> lookAside(const QString& path, std::chrono::steady_clock::time_point until)
 {
     auto promise = std::make_shared<std::promise<Found>>();
     std::future<Found> found = promise->get_future();
-    std::thread([path, promise] { promise->set_value(look(path)); }).detach();
+    std::thread([path, promise, until] { promise->set_value(look(path, until)); }).detach();
     return found;
 }
 
@@ -105,6 +121,7 @@ Found search(const QString& path, std::future<Found>& looking, std::chrono::stea
         return inUse(path, QStringLiteral("(does not answer)"));
     case DriveLedger::Use::Writing:
         return inUse(path, QStringLiteral("(still writing)"));
+    case DriveLedger::Use::Asked:
     case DriveLedger::Use::None:
         break;
     }
@@ -135,8 +152,8 @@ FoundRecorders findDrives(const DrivePatience& patience)
     const QStringList devices = opticalDevices();
     std::vector<std::future<Found>> looks;
     for (const QString& path : devices)
-        looks.push_back(DriveLedger::useOf(path) == DriveLedger::Use::None ? lookAside(path)
-                                                                           : std::future<Found>());
+        looks.push_back(DriveLedger::useOf(path) <= DriveLedger::Use::Asked ? lookAside(path, until)
+                                                                            : std::future<Found>());
     FoundRecorders found;
     for (qsizetype i = 0; i < devices.size(); ++i) {
         const Found drive = search(devices[i], looks[static_cast<size_t>(i)], until);

@@ -34,7 +34,7 @@ bool isDevice(int descriptor, const struct stat& device)
            (::fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_RDWR;
 }
 
-/// The descriptors of this process that may write to the device at @p path.
+/// The library's descriptors that may write to the device at @p path.
 std::vector<int> openDescriptors(const QString& path)
 {
     std::vector<int> found;
@@ -45,7 +45,7 @@ std::vector<int> openDescriptors(const QString& path)
     for (const QString& name : all) {
         bool isNumber = false;
         const int descriptor = name.toInt(&isNumber);
-        if (isNumber && isDevice(descriptor, device))
+        if (isNumber && !DriveLine::isOurs(descriptor) && isDevice(descriptor, device))
             found.push_back(descriptor);
     }
     return found;
@@ -124,8 +124,10 @@ GrabbedDrive::GrabbedDrive(LibburnSession& session, const QString& path, int pat
     if (grab() || DriveLedger::anyHanging())
         return;
     session.restart();
-    if (!grab() && !DriveLedger::anyHanging())
-        session.restart();
+    if (grab() || DriveLedger::anyHanging())
+        return;
+    session.restart();
+    cutWhatIsLeft();
 }
 
 GrabbedDrive::~GrabbedDrive()
@@ -187,16 +189,36 @@ bool GrabbedDrive::grab()
     return true;
 }
 
+namespace {
+
+/// The descriptors stay open and lead nowhere.
+void cut(const std::vector<int>& descriptors)
+{
+    const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (const int descriptor : descriptors)
+        ::dup3(nowhere, descriptor, O_CLOEXEC);
+    ::close(nowhere);
+}
+
+} // namespace
+
 std::function<void()> GrabbedDrive::knife() const
 {
     return [path = m_path, held = m_descriptors] {
-        const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-        const std::vector<int> open = openDescriptors(path);
-        for (const int descriptor : held)
-            if (std::find(open.begin(), open.end(), descriptor) != open.end())
-                ::dup3(nowhere, descriptor, O_CLOEXEC);
-        ::close(nowhere);
+        std::vector<int> open = openDescriptors(path);
+        std::erase_if(open, [&held](int descriptor) {
+            return std::find(held.begin(), held.end(), descriptor) == held.end();
+        });
+        cut(open);
     };
+}
+
+/// A drive whose connection was lost in the middle may stay open in the library, which has forgotten it: then
+/// nobody could have it any more.
+void GrabbedDrive::cutWhatIsLeft() const
+{
+    if (DriveLedger::useOf(m_path) != DriveLedger::Use::Hanging)
+        cut(openDescriptors(m_path));
 }
 
 void GrabbedDrive::release(int eject)
@@ -209,6 +231,7 @@ void GrabbedDrive::release(int eject)
     };
     bounded(letGo);
     m_info = nullptr;
+    cutWhatIsLeft();
 }
 
 void GrabbedDrive::releaseEjecting()
@@ -216,11 +239,16 @@ void GrabbedDrive::releaseEjecting()
     release(1);
 }
 
-void GrabbedDrive::leaveWriting(std::shared_ptr<void> inUse)
+void GrabbedDrive::unlockAside() const
+{
+    unlockLater(m_path);
+}
+
+void GrabbedDrive::leaveWriting(const LibraryThread& thread, std::shared_ptr<void> inUse)
 {
     auto hanging = std::make_shared<DriveLedger::Entry>(m_path, DriveLedger::Use::Hanging);
-    std::thread([info = std::exchange(m_info, nullptr), kept = std::move(inUse), hanging]() mutable {
-        while (burn_drive_get_status(info->drive, nullptr) != BURN_DRIVE_IDLE)
+    std::thread([info = std::exchange(m_info, nullptr), kept = std::move(inUse), hanging, thread]() mutable {
+        while (thread.isRunning() || burn_drive_get_status(info->drive, nullptr) != BURN_DRIVE_IDLE)
             std::this_thread::sleep_for(kJanitorPoll);
         const LibburnSession session;
         giveBack(info, 0);

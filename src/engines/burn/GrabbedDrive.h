@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Outcome.h"
+#include "engines/burn/LibraryThread.h"
 
 #include <QString>
 
@@ -42,8 +43,10 @@ public:
     /// Why the drive could not be had, or was lost.
     const Failure& failure() const { return m_failure; }
 
-    /// Leaves a drive whose write does not end; @p inUse lives until it has.
-    void leaveWriting(std::shared_ptr<void> inUse);
+    /// Leaves a drive whose write on @p thread does not end; @p inUse lives until it has.
+    void leaveWriting(const LibraryThread& thread, std::shared_ptr<void> inUse);
+    /// Unlocks the door past the library, which does not come to its end; takes no time.
+    void unlockAside() const;
     /// Gives the drive back now and hands its disc out.
     void releaseEjecting();
     /// What takes the drive out of the library's hands: called, from any thread, whatever the library sends
@@ -52,6 +55,7 @@ public:
 
 private:
     bool grab();
+    void cutWhatIsLeft() const;
     void release(int eject);
     bool bounded(const std::function<void(burn::burn_drive_info*&)>& call);
 

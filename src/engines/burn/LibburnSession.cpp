@@ -2,6 +2,8 @@
 
 #include <QRegularExpression>
 
+#include <chrono>
+
 #include <libburn/libburn.h>
 
 using namespace burn;
@@ -10,7 +12,7 @@ namespace zib {
 
 namespace {
 
-std::mutex g_libburn;
+std::timed_mutex g_libburn;
 bool g_started = false;
 
 /// libburn takes its texts as writable arrays and never writes into them.
@@ -33,6 +35,15 @@ void start()
 
 LibburnSession::LibburnSession() : m_lock(g_libburn)
 {
+    start();
+}
+
+LibburnSession::LibburnSession(const std::function<bool()>& goOn) : m_lock(g_libburn, std::defer_lock)
+{
+    constexpr std::chrono::milliseconds kStep{100};
+    while (!m_lock.try_lock_for(kStep))
+        if (!goOn())
+            return;
     start();
 }
 

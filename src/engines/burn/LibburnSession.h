@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -14,15 +15,19 @@ namespace zib {
 class LibburnSession
 {
 public:
+    /// Waits for the right.
     LibburnSession();
+    /// Waits for it as long as @p goOn says so, which is asked some times a second.
+    explicit LibburnSession(const std::function<bool()>& goOn);
     ~LibburnSession();
     Q_DISABLE_COPY_MOVE(LibburnSession)
 
+    explicit operator bool() const { return m_lock.owns_lock(); }
     /// Lets the library close all it holds, and starts it anew. Only while no drive is in its hands.
     void restart();
 
 private:
-    std::unique_lock<std::mutex> m_lock;
+    std::unique_lock<std::timed_mutex> m_lock;
 };
 
 /// What libburn said about failures since the last clear.

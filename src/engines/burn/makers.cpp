@@ -16,7 +16,7 @@ namespace zib {
 
 bool unlockDrivesInUse()
 {
-    constexpr std::chrono::seconds kPatience{3};
+    constexpr std::chrono::seconds kPatience{15};
     std::vector<std::future<void>> unlocked;
     for (const QString& path : DriveLedger::paths()) {
         auto done = std::make_shared<std::promise<void>>();

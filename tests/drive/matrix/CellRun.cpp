@@ -17,10 +17,11 @@ namespace {
 constexpr int kStepMs = 40;
 constexpr int kOpeningMs = 60'000;
 constexpr int kWritingMs = 90'000;
-constexpr int kSettlingMs = 20'000;
+constexpr int kSettlingMs = 25'000; ///< A program that was asked to end takes 20 s and a little more.
 constexpr int kLeavingMs = 30'000;
 constexpr int kQuietMs = 1'200;
-constexpr int kTries = 6;
+constexpr int kTries = 8;
+constexpr int kBetweenTriesMs = 3'000;
 // What the tests may find on a machine that is busy elsewhere; the goal itself is printed with the figures.
 constexpr qint64 kFreezeMs = 400;
 constexpr qint64 kSilenceMs = 15'000;
@@ -89,6 +90,7 @@ void CellRun::launch()
     m_program.setProcessEnvironment(environment);
     m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_screen.clear();
+    m_starting = true;
     m_program.start(QCoreApplication::applicationFilePath(), {"--seat", m_folder.path()});
 }
 
@@ -102,6 +104,8 @@ void CellRun::hear(const QString& line)
 {
     const QString word = line.section(' ', 0, 0);
     const QString rest = line.section(' ', 1);
+    if (word == "figures" && m_starting)
+        return; // how long a program takes to start is no answer to anybody's input
     if (word == "figures") {
         m_result.freezeMs = std::max(m_result.freezeMs, rest.section(' ', 0, 0).toLongLong());
         m_result.starvationMs = std::max(m_result.starvationMs, rest.section(' ', 1, 1).toLongLong());
@@ -163,13 +167,15 @@ void CellRun::step()
         break;
     case Stage::Settling:
         if (late || settled())
-            judgeFirst();
+            judgeFirst(late);
         break;
     case Stage::WritingNext:
         if (ended())
             judgeNext();
         else if (late)
             conclude("no end of the next write: " + lastLines());
+        break;
+    case Stage::Pausing:
         break;
     case Stage::Leaving:
         if (gone || late)
@@ -187,7 +193,7 @@ void CellRun::began()
             m_recorder.addFault(rule);
     }
     m_boxes.clear();
-    m_wasBusy = false;
+    m_wasBusy = m_starting = false;
     say("reset");
     say("write");
     enter(first ? Stage::Writing : Stage::WritingNext, kWritingMs);
@@ -228,7 +234,9 @@ bool CellRun::settled()
         m_quiet.restart();
     m_journalSize = size;
     const bool awaited = m_screen == "closed" && !m_result.cell.testMode && exact() && told().isEmpty();
-    return m_quiet.elapsed() > kQuietMs && !m_recorder.doorLocked() && !awaited;
+    const bool ending = m_acted && m_result.cell.action == Cell::Action::Terminate &&
+                        m_program.state() != QProcess::NotRunning;
+    return m_quiet.elapsed() > kQuietMs && !m_recorder.doorLocked() && !awaited && !ending;
 }
 
 QString CellRun::told() const
@@ -304,7 +312,7 @@ QString CellRun::judgeTimes() const
     return {};
 }
 
-void CellRun::judgeFirst()
+void CellRun::judgeFirst(bool late)
 {
     m_result.told = told();
     for (const QString& line : m_recorder.journal())
@@ -314,6 +322,9 @@ void CellRun::judgeFirst()
     QString wrong = judgeDisc(m_result.told);
     if (wrong.isEmpty())
         wrong = judgeTraces();
+    if (wrong.isEmpty() && late && m_acted && cell.action == Cell::Action::Terminate &&
+        m_program.state() != QProcess::NotRunning)
+        wrong = "the program does not end";
     if (wrong.isEmpty() && m_result.told == kCancelled && !m_acted)
         wrong = "nobody cancelled";
     const QString words = m_boxes.join(" // ");
@@ -343,7 +354,8 @@ void CellRun::judgeNext()
     const QString end = told();
     const bool hangsStill = m_result.cell.delayMs() > 0 || m_boxes.join(' ').contains("has not come back");
     if (end != kCompleted && hangsStill && ++m_tries < kTries) {
-        enter(Stage::Reopening, kOpeningMs);
+        m_stage = Stage::Pausing;
+        QTimer::singleShot(kBetweenTriesMs, this, [this] { enter(Stage::Reopening, kOpeningMs); });
         return;
     }
     QString wrong = end == kCompleted ? judgeDisc(end) : "the next write: " + lastLines();

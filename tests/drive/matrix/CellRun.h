@@ -49,6 +49,7 @@ private:
         Settling,  ///< it has ended; the drive may still be busy
         Reopening, ///< a window for the next write
         WritingNext,
+        Pausing,
         Leaving
     };
 
@@ -60,7 +61,7 @@ private:
     void enter(Stage stage, int limitMs);
     void act();
     void began();
-    void judgeFirst();
+    void judgeFirst(bool late);
     void beginNext();
     void judgeNext();
     void conclude(const QString& wrong);
@@ -86,6 +87,7 @@ private:
     int m_limitMs = 0;
     QStringList m_boxes; ///< of the present write
     QString m_screen;
+    bool m_starting = false; ///< The program was launched and no write was begun yet.
     bool m_wasBusy = false; ///< the window took up the present write
     bool m_acted = false;
     bool m_done = false;

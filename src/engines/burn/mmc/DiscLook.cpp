@@ -99,6 +99,15 @@ std::optional<DiscFacts> factsOf(DriveLine& line, DriveAnswer& refusal)
                      .capacity = capacityIn(information)};
 }
 
+DriveAnswer nextTrackOf(DriveLine& line)
+{
+    constexpr int kInvisibleTrack = 0xFF;
+    constexpr int kBytes = 36;
+    return insistently([&line] {
+        return line.read({0x52, 1, 0, 0, 0, kInvisibleTrack, 0, 0, kBytes, 0}, kBytes);
+    });
+}
+
 std::optional<DiscContents> contentsOf(DriveLine& line, DriveAnswer& refusal)
 {
     constexpr int kHeaderBytes = 4;

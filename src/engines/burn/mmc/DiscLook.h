@@ -44,6 +44,9 @@ std::optional<DiscFacts> factsOf(DriveLine& line, DriveAnswer& refusal);
 /// @param[out] refusal the drive's last answer where nothing is returned.
 std::optional<DiscContents> contentsOf(DriveLine& line, DriveAnswer& refusal);
 
+/// What the drive tells of the track that would be written next (MMC-5, 6.27).
+DriveAnswer nextTrackOf(DriveLine& line);
+
 /// The speeds of drive and disc, fastest first, each once.
 QList<WriteSpeed> speedsOf(DriveLine& line);
 

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <mutex>
+#include <set>
 #include <utility>
 
 #include <fcntl.h>
@@ -101,10 +103,36 @@ Outcome<std::shared_ptr<DriveLine>> DriveLine::open(const QString& path, Hold ho
     }
 }
 
-DriveLine::DriveLine(QString path, int device) : m_path(std::move(path)), m_device(device) {}
+namespace {
+
+std::mutex g_mutex;
+
+/// The descriptors of all ways.
+std::set<int>& descriptors()
+{
+    // Never destroyed: threads that hang may outlive everything else.
+    static auto* const open = new std::set<int>;
+    return *open;
+}
+
+} // namespace
+
+bool DriveLine::isOurs(int descriptor)
+{
+    const std::lock_guard lock(g_mutex);
+    return descriptors().contains(descriptor);
+}
+
+DriveLine::DriveLine(QString path, int device) : m_path(std::move(path)), m_device(device)
+{
+    const std::lock_guard lock(g_mutex);
+    descriptors().insert(device);
+}
 
 DriveLine::~DriveLine()
 {
+    const std::lock_guard lock(g_mutex);
+    descriptors().erase(m_device);
     ::close(m_device);
 }
 

@@ -61,6 +61,9 @@ public:
     DriveAnswer send(std::initializer_list<int> command, const QByteArray& data = {},
                      int timeoutMs = kShortMs);
 
+    /// Whether an open descriptor of this process belongs to such a way. Any thread.
+    static bool isOurs(int descriptor);
+
     const QString& path() const { return m_path; }
     /// The open device, of this object.
     int descriptor() const { return m_device; }
