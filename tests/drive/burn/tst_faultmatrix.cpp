@@ -186,10 +186,8 @@ QString playCell(const Cell& cell)
     bench.onSaid = {};
     bench.recorder.insert("fresh");
     QString again = bench.write(kCellTimeoutMs);
-    // A call that hung in the library comes back once the drive is well; until then the drive is told as
-    // lost.
-    for (int tries = 0; again == "error" && bench.error == BurnErrorCode::kDeviceGone && tries < 10;
-         ++tries) {
+    // A call that hung in the library comes back once the drive is well; until then it is told so.
+    for (int tries = 0; again == "error" && bench.error == BurnErrorCode::kStalled && tries < 10; ++tries) {
         QTest::qWait(1000);
         again = bench.write(kCellTimeoutMs);
     }

@@ -88,7 +88,7 @@ private:
     QStringList m_boxes; ///< of the present write
     QString m_screen;
     bool m_starting = false; ///< The program was launched and no write was begun yet.
-    bool m_wasBusy = false; ///< the window took up the present write
+    bool m_wasBusy = false;  ///< the window took up the present write
     bool m_acted = false;
     bool m_done = false;
     int m_tries = 0;
