@@ -14,6 +14,7 @@
 #include "platform/DesktopFolderPicker.h"
 #include "platform/DesktopShell.h"
 #include "platform/IniQueue.h"
+#include "platform/LogindInhibitor.h"
 #include "platform/ProgramFolder.h"
 #include "platform/QuitSignals.h"
 #include "platform/SystemRegistry.h"
@@ -64,13 +65,14 @@ int main(int argc, char* argv[])
     zib::DesktopShell shell;
     zib::DesktopFolderPicker folders;
     zib::SystemRegistry registry;
+    zib::LogindInhibitor inhibitor;
     zib::BoxMessages messages;
     zib::DesktopDialogs dialogs;
     const zib::ProgramFolder place = zib::findProgramFolder();
     zib::setApplicationFolder(place.path);
     if (!place.trouble.isEmpty())
         messages.critical(nullptr, place.trouble);
-    zib::setPlatform({&ini, &shell, &folders, &registry, &messages});
+    zib::setPlatform({&ini, &shell, &folders, &registry, &messages, &inhibitor});
 
     const zib::Components components = engines();
     zib::WindowBook windows(messages, dialogs, components);

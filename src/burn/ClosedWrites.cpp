@@ -2,6 +2,7 @@
 
 #include "burn/WriteTexts.h"
 #include "common/Messages.h"
+#include "common/Platform.h"
 #include "components/DVDWriterPro.h"
 
 #include <QCoreApplication>
@@ -34,7 +35,7 @@ void ClosedWrites::keep(std::unique_ptr<DVDWriterPro> writer)
             [this, kept](qint32 error, qint32 sense, const QString& description, const QString& senseData) {
                 failed(kept, WriteTexts::error(error, sense, description, senseData));
             });
-    m_writes.push_back({std::move(writer)});
+    m_writes.push_back({.writer = std::move(writer), .awake = stayAwake(WriteTexts::kAwake)});
 }
 
 bool ClosedWrites::await(std::chrono::milliseconds patience)

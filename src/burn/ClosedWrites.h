@@ -39,6 +39,7 @@ private:
     {
         std::shared_ptr<DVDWriterPro> writer;
         QString remark{};
+        std::shared_ptr<void> awake{};
     };
 
     Write take(const DVDWriterPro* writer);

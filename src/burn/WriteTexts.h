@@ -28,6 +28,8 @@ inline const QString kClosingDisc =
     QStringLiteral("Closing disc... , please wait, this may last for several minutes.");
 inline const QString kCompleted = QStringLiteral("Writing is completed.");
 inline const QString kCancelled = QStringLiteral("Writing Cancelled.");
+/// Why the system stays awake.
+inline const QString kAwake = QStringLiteral("A disc is being written");
 inline const QString kCancelling = QStringLiteral("Writing Cancelled. Please wait ... ");
 
 /// @param number what the writer tells of the track beside its name.

@@ -8,6 +8,7 @@
 #include "common/NameBearer.h"
 #include "common/NativeName.h"
 #include "common/Numbers.h"
+#include "common/Platform.h"
 #include "common/WaitPointer.h"
 #include "components/Components.h"
 
@@ -69,6 +70,7 @@ void frmPrepare::PrepareTracks()
     if (!conversions)
         return;
     m_conversions = *conversions;
+    const auto awake = zib::stayAwake(QStringLiteral("Tracks are being prepared for a disc"));
     for (qsizetype row = 0; row < m_list.size(); ++row) {
         if (m_list.needsConversion(row)) {
             ui->lblFile->setText(GeneralAPI::GetFileNameOfPath(m_list.source(row)));

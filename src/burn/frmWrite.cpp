@@ -11,6 +11,7 @@
 #include "common/Messages.h"
 #include "common/NativeName.h"
 #include "common/Numbers.h"
+#include "common/Platform.h"
 #include "common/WaitPointer.h"
 #include "common/Windows.h"
 #include "components/Components.h"
@@ -98,7 +99,8 @@ void frmWrite::letGo()
     m_writing = false;
     disconnect(m_writer.get(), nullptr, this, nullptr);
     m_writer->cancel();
-    m_services.windows.keepWriting(std::move(m_writer));
+    m_services.windows.keepWriting(std::move(m_writer)); // which stays awake for the rest
+    m_awake.reset();
 }
 
 /// Escape must not end a write: only the close box and the buttons do.
@@ -197,9 +199,11 @@ void frmWrite::startWrite()
         m_services.messages.information(this, WriteTexts::kTestMode);
     m_cancelling = false;
     EnableControls(false);
+    m_awake = zib::stayAwake(WriteTexts::kAwake);
     m_writing = m_writer->start();
     if (m_writing)
         return;
+    m_awake.reset();
     m_services.messages.critical(this, QStringLiteral("Write to disc failed."));
     EnableControls(true);
 }
@@ -280,7 +284,7 @@ void frmWrite::DVDWriterPro1_Remark(const QString& text)
 
 void frmWrite::DVDWriterPro1_WriteCompleted()
 {
-    m_writing = false;
+    writeEnded();
     ui->lblStatus->setText(QStringLiteral("Writing Completed."));
     m_services.messages.information(this, WriteTexts::kCompleted);
     if (!m_writer->testWrite())
@@ -290,7 +294,7 @@ void frmWrite::DVDWriterPro1_WriteCompleted()
 
 void frmWrite::DVDWriterPro1_WriteCancelled()
 {
-    m_writing = false;
+    writeEnded();
     ui->lblStatus->setText(WriteTexts::kCancelled);
     EnableControls(true);
 }
@@ -298,7 +302,7 @@ void frmWrite::DVDWriterPro1_WriteCancelled()
 void frmWrite::DVDWriterPro1_WriteError(qint32 error, qint32 sense, const QString& description,
                                         const QString& senseData)
 {
-    m_writing = false;
+    writeEnded();
     m_services.messages.critical(this, WriteTexts::error(error, sense, description, senseData));
     ui->lblStatus->setText(m_invitation);
     EnableControls(true);
@@ -313,6 +317,13 @@ bool frmWrite::showPercent(qint32 track, qint32 done, qint32 size)
     ui->lblPer->setText(QStringLiteral("Percent:   %1%").arg(*percent));
     ui->pbPer->setValue(*percent);
     return true;
+}
+
+/// A box that stands overnight keeps no system awake.
+void frmWrite::writeEnded()
+{
+    m_writing = false;
+    m_awake.reset();
 }
 
 /// Once Cancel was pressed, what still goes on is no news.

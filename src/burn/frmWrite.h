@@ -72,6 +72,7 @@ private:
     bool endAsking();
     void checkAndStart();
     void startWrite();
+    void writeEnded();
     void letGo();
 
     std::unique_ptr<Ui::frmWrite> ui;
@@ -79,9 +80,10 @@ private:
     QStringList m_trackFiles;
     zib::DiscNames m_names;
     std::unique_ptr<DVDWriterPro> m_writer;
-    QString m_invitation; ///< What lblStatus says while nothing runs.
-    int m_drive = -1;     ///< The selected drive's index in the writer.
-    int m_activated = 0;  ///< The entry of cboDevices that the user chose last.
+    std::shared_ptr<void> m_awake; ///< While a disc is written.
+    QString m_invitation;          ///< What lblStatus says while nothing runs.
+    int m_drive = -1;              ///< The selected drive's index in the writer.
+    int m_activated = 0;           ///< The entry of cboDevices that the user chose last.
     bool m_loaded = false;
     bool m_starting = false;   ///< Between the click on Start and the start, or its refusal.
     bool m_asking = false;     ///< A drive is being waited for.

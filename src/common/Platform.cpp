@@ -40,4 +40,9 @@ void setPlatform(const Platform& services)
     g_platform = services;
 }
 
+std::shared_ptr<void> stayAwake(const QString& why)
+{
+    return g_platform.inhibitor ? g_platform.inhibitor->hold(why) : nullptr;
+}
+
 } // namespace zib

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class QWidget;
@@ -92,6 +93,18 @@ public:
     virtual std::optional<QString> value(const QString& key, const QString& name) const = 0;
 };
 
+/// Keeps the system awake while a job runs that a sleep or a shutdown would spoil.
+class Inhibitor
+{
+public:
+    virtual ~Inhibitor() = default;
+    /// Asks that the system neither sleeps nor shuts down for as long as what is returned lives. Returns at
+    /// once; a system that cannot be asked, or refuses, is no error and is not told. Holding for the same
+    /// reason while it is held already lengthens the one hold. Any thread lets go.
+    /// @param why in the user's words; the desktop shows it to whoever wants to shut down.
+    virtual std::shared_ptr<void> hold(const QString& why) = 0;
+};
+
 /// The platform services that the common utilities call; main hands over the real ones, tests scripted ones.
 struct Platform
 {
@@ -100,10 +113,15 @@ struct Platform
     FolderPicker* folders = nullptr;
     Registry* registry = nullptr;
     Messages* messages = nullptr;
+    Inhibitor* inhibitor = nullptr;
 };
 
 /// The services in use. A missing one does nothing and finds nothing.
 const Platform& platform();
 void setPlatform(const Platform& services);
+
+/// What keeps the system awake while it lives; nothing where there is no such service.
+/// @param why as for Inhibitor::hold.
+std::shared_ptr<void> stayAwake(const QString& why);
 
 } // namespace zib

@@ -6,6 +6,7 @@
 #include "common/GenralMacro.h"
 #include "common/Messages.h"
 #include "common/Numbers.h"
+#include "common/Platform.h"
 #include "common/WaitPointer.h"
 #include "common/Windows.h"
 #include "components/Components.h"
@@ -198,6 +199,7 @@ void frmMP3ToWAV::done(int result)
 
 void frmMP3ToWAV::ConvertFile(const QString& source, const QString& target)
 {
+    m_awake = zib::stayAwake(QStringLiteral("An MP3 file is being converted"));
     m_progress.start();
     m_errands.ask<Conversion::End>(
         [conversion = m_conversion, source, target] { return conversion->ConvertFile(source, target); },
@@ -238,6 +240,7 @@ void frmMP3ToWAV::setConverting(bool on)
         m_wait = std::make_unique<zib::WaitPointer>(this);
     } else {
         m_progress.stop();
+        m_awake.reset();
         m_wait.reset();
     }
     ui->CancelButton->setAutoDefault(!on);

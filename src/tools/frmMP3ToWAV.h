@@ -56,6 +56,7 @@ private:
     const std::shared_ptr<zib::Conversion> m_conversion; // its converting is the errands' alone
     zib::Errands m_errands;
     std::unique_ptr<zib::WaitPointer> m_wait;
+    std::shared_ptr<void> m_awake; ///< While a file is converted.
     QTimer m_progress;
     QString m_chosenTarget; ///< As the save dialog gave it: what is there may be replaced.
     bool IsConverting = false;

@@ -5,6 +5,7 @@
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "common/Messages.h"
+#include "common/Platform.h"
 #include "common/WaitPointer.h"
 #include "common/Windows.h"
 #include "components/Components.h"
@@ -91,6 +92,7 @@ void frmRip::keyPressEvent(QKeyEvent* event)
 void frmRip::done(int result)
 {
     m_errands.forget();
+    m_awake.reset();
     m_starting = false;
     QDialog::done(result);
 }
@@ -248,6 +250,7 @@ void frmRip::CDRipperX1_DevicesChanged(int count)
 
 void frmRip::CDRipperX1_ExtractionStarted()
 {
+    m_awake = zib::stayAwake(QStringLiteral("Tracks of a disc are being copied"));
     setCursor(Qt::WaitCursor);
     IsRipping = true;
 }
@@ -277,6 +280,7 @@ void frmRip::CDRipperX1_TrackFinished()
 void frmRip::CDRipperX1_ExtractionFinished()
 {
     IsRipping = false;
+    m_awake.reset();
     unsetCursor();
     EnableControls(true);
     ui->lvwTracks->setFocus();

@@ -68,8 +68,9 @@ private:
     const std::unique_ptr<CDRipperX> m_ripper;
     zib::Errands m_errands;
     QTimer Timer1{this};
-    QString m_devicesToolTip; ///< Of cboDevices, without what is said of the device.
-    int m_activated = 0;      ///< The entry of cboDevices that the user chose last.
+    std::shared_ptr<void> m_awake; ///< While tracks are copied.
+    QString m_devicesToolTip;      ///< Of cboDevices, without what is said of the device.
+    int m_activated = 0;           ///< The entry of cboDevices that the user chose last.
     bool m_loaded = false;
     bool m_selected = false; ///< Whether the entry of cboDevices can be used.
     bool m_starting = false; ///< The output folder has not answered yet.

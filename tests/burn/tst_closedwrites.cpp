@@ -71,6 +71,14 @@ private slots:
         QVERIFY(!stuck.closed.await(100ms));
         QVERIFY(taken.elapsed() < 10'000);
     }
+    void kept_whileItRuns_keepsTheSystemAwake()
+    {
+        const FakeDesk outside;
+        Desk desk;
+        QCOMPARE(*outside.inhibitor.held, QStringList{"A disc is being written"});
+        emit desk.writer->WriteCompleted();
+        QCOMPARE(*outside.inhibitor.held, QStringList());
+    }
     void hurry_endsTheWaitingAndTellsNothing()
     {
         Desk desk;

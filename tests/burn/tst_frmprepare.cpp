@@ -150,6 +150,7 @@ private slots:
     void prepare_moreThan16BitsCanCount_convertsNothing();
     void prepare_whenTempCannotBeMade_saysSoOnceAndEnds();
     void close_whileWorking_isNotPossible();
+    void work_whileItLasts_keepsTheSystemAwake();
     void form_always_offersNoWayOut();
     void aLongFileName_endsInAnEllipsisAndStaysWhole();
     void aPreparedFile_thatChangesAfterwards_isNoticed();
@@ -377,6 +378,22 @@ void TestFrmPrepare::prepare_whenTempCannotBeMade_saysSoOnceAndEnds()
     QCOMPARE(desk.desk.messages.shown,
              QStringList{"c[Error]: Create directory error: " + desk.folder.filePath("Temp")});
     QCOMPARE(desk.window->trackFiles(), (QStringList{desk.temp("a.wav"), desk.temp("b.wav")}));
+}
+
+void TestFrmPrepare::work_whileItLasts_keepsTheSystemAwake()
+{
+    Desk desk;
+    desk.add("one.mp3", Desk::mono(20));
+    Watcher watcher(desk);
+    QSet<QString> held;
+    watcher.onPaint = [&] {
+        held += QSet<QString>(desk.desk.inhibitor.held->begin(), desk.desk.inhibitor.held->end());
+    };
+    desk.open();
+    desk.window->findChild<QWidget*>("lblPer")->installEventFilter(&watcher);
+    QTRY_VERIFY_WITH_TIMEOUT(!desk.window->isVisible(), 60'000);
+    QCOMPARE(held, QSet<QString>{"Tracks are being prepared for a disc"});
+    QCOMPARE(*desk.desk.inhibitor.held, QStringList());
 }
 
 void TestFrmPrepare::close_whileWorking_isNotPossible()

@@ -135,6 +135,7 @@ private slots:
     void write_inTestMode_saysSoEachTimeBeforeTheStart();
     void write_afterOptionsChanged_usesThem();
     void write_refusedByTheWriter_saysSo();
+    void write_whileItRuns_keepsTheSystemAwake();
     void write_clickedTwice_startsOnce();
     void events_always_showTheirTexts();
     void progress_ofTracks_isReckonedOverAll_data();
@@ -535,6 +536,29 @@ void TestFrmWrite::write_refusedByTheWriter_saysSo()
     QCOMPARE(desk.desk.messages.shown, QStringList{"c: Write to disc failed."});
     QCOMPARE(desk.enabled(), QString("DSWO"));
     QCOMPARE(desk.status(), kInvitation);
+}
+
+void TestFrmWrite::write_whileItRuns_keepsTheSystemAwake()
+{
+    Desk desk;
+    QVERIFY(desk.open());
+    const QStringList& held = *desk.desk.inhibitor.held;
+    QStringList heldInBox;
+    desk.desk.messages.onShow = [&](const QString&) { heldInBox += held; };
+    const auto ends = {std::function<void()>([&] { emit desk.writer->WriteCompleted(); }),
+                       std::function<void()>([&] { emit desk.writer->WriteCancelled(); }),
+                       std::function<void()>([&] { emit desk.writer->WriteError(6, 0, "It stopped.", {}); })};
+    for (const auto& end : ends) {
+        QCOMPARE(held, QStringList());
+        desk.click("cmdWrite");
+        QCOMPARE(held, QStringList{"A disc is being written"});
+        desk.writer->running = false;
+        end();
+    }
+    QCOMPARE(heldInBox, QStringList());
+    desk.writer->starts = false;
+    desk.click("cmdWrite");
+    QCOMPARE(held, QStringList());
 }
 
 void TestFrmWrite::write_clickedTwice_startsOnce()

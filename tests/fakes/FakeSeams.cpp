@@ -134,9 +134,16 @@ std::optional<QString> TableRegistry::value(const QString& key, const QString& n
     return std::nullopt;
 }
 
+std::shared_ptr<void> RecordingInhibitor::hold(const QString& why)
+{
+    asked << why;
+    *held << why;
+    return {held.get(), [all = held, why](QStringList*) { all->removeOne(why); }};
+}
+
 FakeDesk::FakeDesk(IniService* ini) : m_before(platform())
 {
-    setPlatform({ini, &shell, &folders, &registry, &messages});
+    setPlatform({ini, &shell, &folders, &registry, &messages, &inhibitor});
 }
 
 FakeDesk::~FakeDesk()

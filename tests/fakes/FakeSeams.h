@@ -127,6 +127,16 @@ public:
     QList<std::pair<QString, QString>> entries;
 };
 
+/// Keeps nothing awake, and remembers what it was asked for and what is still held.
+class RecordingInhibitor final : public Inhibitor
+{
+public:
+    std::shared_ptr<void> hold(const QString& why) override;
+
+    QStringList asked;
+    std::shared_ptr<QStringList> held = std::make_shared<QStringList>();
+};
+
 /// Everything outside a window, faked, and every shared value put back at the end. The INI service is the
 /// caller's choice, since files are real in tests: pass the platform's own where settings are read or
 /// written.
@@ -142,6 +152,7 @@ struct FakeDesk
     RecordingShell shell;
     ScriptedFolderPicker folders;
     TableRegistry registry;
+    RecordingInhibitor inhibitor;
     Components components;
     Services services{messages, dialogs, windows, components};
 

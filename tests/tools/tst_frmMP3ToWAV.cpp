@@ -274,6 +274,16 @@ private slots:
         QVERIFY(desk.finish("a.mp3"));
     }
 
+    void conversion_whileItRuns_keepsTheSystemAwake()
+    {
+        Desk desk;
+        desk.addFile("a.mp3", 44100 * 4);
+        const QStringList& held = *desk.desk.inhibitor.held;
+        desk.beginGated("a.mp3", "a.wav");
+        QTRY_COMPARE_WITH_TIMEOUT(held, QStringList{"An MP3 file is being converted"}, 20'000);
+        QVERIFY(desk.finish("a.mp3"));
+        QTRY_COMPARE_WITH_TIMEOUT(held, QStringList(), 20'000);
+    }
     void keys_whileRunning_doNoHarm()
     {
         Desk desk;

@@ -373,6 +373,24 @@ private slots:
         QCOMPARE(d.shown(), QStringList());
     }
 
+    void start_untilTheEnd_keepsTheSystemAwake()
+    {
+        RipDesk desk;
+        desk.open();
+        const auto held = desk.desk.inhibitor.held;
+        for (const bool closes : {false, true}) {
+            QCOMPARE(*held, QStringList());
+            desk.tick({1});
+            desk.click("cmdRip");
+            emit desk.ripper->ExtractionStarted();
+            QCOMPARE(*held, QStringList{"Tracks of a disc are being copied"});
+            if (closes)
+                desk.click("cmdClose");
+            else
+                emit desk.ripper->ExtractionFinished();
+        }
+        QCOMPARE(*held, QStringList());
+    }
     void start_withAFolderThatCannotBeUsed_isToldOnce_data()
     {
         QTest::addColumn<QString>("folder");
