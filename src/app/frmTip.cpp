@@ -15,6 +15,16 @@ constexpr qreal kHeadingSize = 1.35; // Against the window's own letters.
 constexpr int kIconSize = 48;
 constexpr int kLineLetters = 72; // Of the window, so that it grows with its letters.
 constexpr int kLines = 15;
+constexpr qsizetype kMostLetters = 4000; // Laying out a line of millions takes minutes.
+
+/// The beginning of a tip that is too long to be read in a window.
+QString shown(const QString& tip)
+{
+    if (tip.size() <= kMostLetters)
+        return tip;
+    return tip.left(tip[kMostLetters - 1].isHighSurrogate() ? kMostLetters - 1 : kMostLetters) +
+           QChar(0x2026);
+}
 
 } // namespace
 
@@ -61,7 +71,7 @@ void frmTip::chkLoadTipsAtStartup_Click()
 void frmTip::cmdNextTip_Click()
 {
     if (const auto tip = m_tips.any())
-        ui->lblTipText->setText(*tip);
+        ui->lblTipText->setText(shown(*tip));
 }
 
 void frmTip::cmdOK_Click()

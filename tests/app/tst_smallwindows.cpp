@@ -36,6 +36,7 @@ private slots:
     void tip_withoutAFile_ignoresNextTip();
     void tip_ofOneLine_staysOnNextTip();
     void tip_thatLooksLikeMarkup_isShownAsItIs();
+    void tip_ofMillionsOfLetters_showsItsBeginning();
     void tip_ofAnEmptyFile_showsNothing();
     void tip_openedAgain_readsTheFileAgain();
     void tip_unticked_writesFalseAtOnce();
@@ -306,6 +307,18 @@ void TestSmallWindows::tip_thatLooksLikeMarkup_isShownAsItIs()
     const frmTip window;
     QCOMPARE(tipOf(window), QString("<b>Bold</b>&amp;"));
     QCOMPARE(window.findChild<QLabel*>("lblTipText")->textFormat(), Qt::PlainText);
+}
+
+void TestSmallWindows::tip_ofMillionsOfLetters_showsItsBeginning()
+{
+    Desk desk;
+    desk.writeTips(QByteArray(3'000'000, 'x'));
+    const frmTip window;
+    QVERIFY2(tipOf(window).size() < 10'000, qPrintable(QString::number(tipOf(window).size())));
+    QVERIFY(tipOf(window).startsWith("xxx"));
+    desk.writeTips(QByteArray(4000, 'x'));
+    const frmTip whole;
+    QCOMPARE(tipOf(whole).size(), 4000);
 }
 
 void TestSmallWindows::tip_ofAnEmptyFile_showsNothing()
