@@ -1,6 +1,7 @@
 #include "engines/rip/CdioDisc.h"
 
 #include "common/CdTime.h"
+#include "engines/rip/DriveQuestion.h"
 #include "engines/rip/TrackReader.h"
 
 #include <QFile>
@@ -21,8 +22,6 @@ namespace zib {
 
 namespace {
 
-// Time limits of single commands.
-constexpr unsigned kQuestionMs = 2000;
 /// Lead-out of the first session, lead-in and first gap of the second (Orange Book): frames of no track.
 constexpr qint32 kBetweenSessions = 11400;
 /// Speed of sound in kB/s of 1000 bytes: 75 frames of 2352 bytes a second.
@@ -31,29 +30,9 @@ constexpr int kMostSpeed = 72;
 
 // Sense data (SPC-4, annex D).
 constexpr int kNotReady = 0x2;
-constexpr int kIllegalRequest = 0x5;
 constexpr int kUnitAttention = 0x6;
-constexpr int kInvalidCommand = 0x20;
-constexpr int kInvalidField = 0x24;
-constexpr int kIllegalMode = 0x64; // for this track
 constexpr int kMediumNotPresent = 0x3A;
 constexpr int kMediumMayHaveChanged = 0x28;
-
-struct Sense
-{
-    int key = 0;
-    int asc = 0;
-};
-
-Sense lastSense(const _CdIo* disc)
-{
-    cdio_mmc_request_sense_t* data = nullptr;
-    Sense sense;
-    if (mmc_last_cmd_sense(disc, &data) > 0 && data)
-        sense = {data->sense_key, data->asc};
-    cdio_free(data);
-    return sense;
-}
 
 bool isGone(int error)
 {
@@ -63,13 +42,7 @@ bool isGone(int error)
 template <std::size_t size>
 bool ask(_CdIo* disc, std::initializer_list<int> command, std::array<quint8, size>& reply)
 {
-    mmc_cdb_t cdb{};
-    std::size_t at = 0;
-    for (const int byte : command)
-        cdb.field[at++] = static_cast<quint8>(byte);
-    errno = 0;
-    return mmc_run_cmd(disc, kQuestionMs, &cdb, SCSI_MMC_DATA_READ, static_cast<unsigned>(size),
-                       reply.data()) == DRIVER_OP_SUCCESS;
+    return askDrive(disc, command, reply.data(), size);
 }
 
 /// The library speaks to nobody: what it has to say shows in its answers.
@@ -85,17 +58,10 @@ std::shared_ptr<_CdIo> opened(const QString& device)
     return {cdio_open(QFile::encodeName(device).constData(), DRIVER_LINUX), cdio_destroy};
 }
 
-/// Whether the drive will not read sound, which no second try mends.
-bool isRefusal(const Sense& sense)
-{
-    return sense.key == kIllegalRequest &&
-           (sense.asc == kInvalidCommand || sense.asc == kInvalidField || sense.asc == kIllegalMode);
-}
-
 } // namespace
 
 CdioDisc::CdioDisc(std::shared_ptr<_CdIo> disc, QString path)
-    : m_disc(std::move(disc)), m_path(std::move(path))
+    : m_disc(std::move(disc)), m_path(std::move(path)), m_details(m_disc.get())
 {
 }
 
@@ -196,6 +162,26 @@ QList<TocTrack> CdioDisc::tracks() const
     }
     tracks.removeLast();
     return tracks;
+}
+
+const QList<TocTrack>& CdioDisc::known() const
+{
+    if (m_tracks.isEmpty())
+        m_tracks = tracks();
+    return m_tracks;
+}
+
+DiscNames CdioDisc::names() const
+{
+    return m_details.names(known());
+}
+
+qint32 CdioDisc::gapBehind(const TocTrack& track, const std::atomic<bool>& stopped) const
+{
+    for (const TocTrack& next : known())
+        if (next.number == track.number + 1)
+            return m_details.gapBetween(track, next, stopped);
+    return 0;
 }
 
 std::unique_ptr<FrameReader> CdioDisc::makeReader(const std::atomic<bool>& stopped, Progress progress) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engines/rip/Disc.h"
+#include "engines/rip/DriveDetails.h"
 
 struct _CdIo;
 
@@ -40,6 +41,8 @@ public:
     void setReadSpeed(int factor) const;
     /// The lead-out between two sessions belongs to no track.
     QList<TocTrack> tracks() const override;
+    DiscNames names() const override;
+    qint32 gapBehind(const TocTrack& track, const std::atomic<bool>& stopped) const override;
     std::unique_ptr<FrameReader> makeReader(const std::atomic<bool>& stopped,
                                             Progress progress) const override;
 
@@ -52,11 +55,14 @@ public:
 
 private:
     CdioDisc(std::shared_ptr<_CdIo> disc, QString path);
+    const QList<TocTrack>& known() const;
     Failure whyFailed(int error) const;
     qint32 sessionCut(const TocTrack& track, const TocTrack& next, qint32 lastSession) const;
 
     std::shared_ptr<_CdIo> m_disc;
     QString m_path;
+    mutable DriveDetails m_details;
+    mutable QList<TocTrack> m_tracks; ///< Once they were needed here.
 };
 
 } // namespace zib

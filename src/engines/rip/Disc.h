@@ -22,7 +22,7 @@ struct TocTrack
     bool copyPermitted = false;
     bool preemphasis = false;
     qint32 gap = 0;     ///< Frames of its gap, which lie before its start; 0 where it is not known.
-    TrackNames names{}; ///< As the sheet of an image tells them.
+    TrackNames names{}; ///< As the sheet of an image tells them; a drive is asked for them by Disc::names().
 
     bool operator==(const TocTrack&) const = default;
 };
@@ -55,6 +55,11 @@ public:
 
     /// The tracks in disc order; empty when there is none.
     virtual QList<TocTrack> tracks() const = 0;
+    /// What the disc and its tracks are called; empty where nothing tells. May take a drive seconds.
+    virtual DiscNames names() const = 0;
+    /// Frames at the end of a track that are the gap of the next one; 0 where there is none, or it is not
+    /// found. Asks a drive for a few frames.  @param stopped ends the search when set by another thread.
+    virtual qint32 gapBehind(const TocTrack& track, const std::atomic<bool>& stopped) const = 0;
     /// A reader that does not outlive the disc.  @param stopped ends its work when set by another thread.
     virtual std::unique_ptr<FrameReader> makeReader(const std::atomic<bool>& stopped,
                                                     Progress progress) const = 0;

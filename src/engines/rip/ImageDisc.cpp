@@ -122,6 +122,14 @@ bool ImageDisc::isCurrent() const
                        [](const Stamp& stamp) { return stampOf(stamp.path) == stamp; });
 }
 
+qint32 ImageDisc::gapBehind(const TocTrack& track, const std::atomic<bool>&) const
+{
+    for (const TocTrack& next : m_layout.tracks)
+        if (next.audio && next.start == track.start + track.frames)
+            return next.gap;
+    return 0;
+}
+
 std::unique_ptr<FrameReader> ImageDisc::makeReader(const std::atomic<bool>& stopped, Progress) const
 {
     return std::make_unique<ImageReader>(*this, stopped);

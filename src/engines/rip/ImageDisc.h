@@ -22,10 +22,10 @@ public:
     static Outcome<std::shared_ptr<ImageDisc>> open(const QString& sheet, const MakeAudioFile& makeSound);
 
     QList<TocTrack> tracks() const override { return m_layout.tracks; }
+    DiscNames names() const override { return m_names; }
+    qint32 gapBehind(const TocTrack& track, const std::atomic<bool>& stopped) const override;
     std::unique_ptr<FrameReader> makeReader(const std::atomic<bool>& stopped,
                                             Progress progress) const override;
-    /// What the sheet calls the disc and its tracks.
-    DiscNames names() const { return m_names; }
     /// What is amiss although tracks can be read, in words; empty when all is well.
     QString remark() const { return m_layout.remark; }
     /// Whether sheet and files are still those that were opened.

@@ -3,7 +3,6 @@
 #include "common/CdTime.h"
 #include "common/NativeName.h"
 
-#include <QByteArray>
 #include <QFileInfo>
 #include <QtEndian>
 
@@ -23,12 +22,12 @@ void put(QByteArray& bytes, Number value)
     bytes.append(reinterpret_cast<const char*>(&little), sizeof little);
 }
 
-/// The header of a WAV file (RIFF, format 1: PCM).
-QByteArray wavHeader(quint32 dataBytes)
+/// The header of a WAV file (RIFF, format 1: PCM).  @param moreBytes what follows the sound.
+QByteArray wavHeader(quint32 dataBytes, quint32 moreBytes)
 {
     constexpr quint16 kBlock = kCdChannels * kCdBits / 8;
     QByteArray header("RIFF");
-    put<quint32>(header, dataBytes + kHeaderBytes - 8);
+    put<quint32>(header, dataBytes + moreBytes + kHeaderBytes - 8);
     header += "WAVEfmt ";
     put<quint32>(header, 16);
     put<quint16>(header, 1);
@@ -53,7 +52,7 @@ bool RipFile::canBeMade(const QString& path, qint32 frames)
            freeBytes(target.path()) >= kHeaderBytes + CdTime::fromFrames(frames).bytes();
 }
 
-Outcome<> RipFile::begin(const QString& path, qint32 frames)
+Outcome<> RipFile::begin(const QString& path, qint32 frames, const QByteArray& behind)
 {
     const std::lock_guard lock(m_mutex);
     m_file.reset();
@@ -62,15 +61,17 @@ Outcome<> RipFile::begin(const QString& path, qint32 frames)
     const QFileInfo target(path);
     const QString folder = target.absolutePath();
     const auto bytes = static_cast<quint32>(CdTime::fromFrames(frames).bytes());
+    const auto more = static_cast<quint32>(behind.size());
+    m_behind = behind;
     makeFolders(folder);
     m_seen = bearerOf(nativeName(path));
     StagedFile::removeLeftOver(folder, target.fileName());
     m_file = std::make_unique<StagedFile>();
     auto begun = m_file->create(folder, target.fileName());
     if (begun)
-        begun = m_file->reserve(qint64{kHeaderBytes} + bytes);
+        begun = m_file->reserve(qint64{kHeaderBytes} + bytes + more);
     if (begun)
-        begun = m_file->write(wavHeader(bytes).constData(), kHeaderBytes);
+        begun = m_file->write(wavHeader(bytes, more).constData(), kHeaderBytes);
     if (!begun)
         m_file.reset();
     return begun;
@@ -89,7 +90,9 @@ Outcome<> RipFile::finish()
     const std::lock_guard lock(m_mutex);
     if (!m_file)
         return kCancelled;
-    auto done = m_file->flush();
+    auto done = m_file->write(m_behind.constData(), m_behind.size());
+    if (done)
+        done = m_file->flush();
     if (done)
         done = m_file->keepInPlaceOf(m_seen);
     m_file.reset();

@@ -3,6 +3,8 @@
 #include "common/Outcome.h"
 #include "common/StagedFile.h"
 
+#include <QByteArray>
+
 #include <memory>
 #include <mutex>
 
@@ -18,8 +20,9 @@ public:
     static bool canBeMade(const QString& path, qint32 frames);
 
     /// Begins a file, which ends the one before without a trace.  @param frames its length.
+    /// @param behind chunks that follow the sound, an even number of bytes.
     /// @returns WriteFailed or NoPermission; Cancelled after abandon.
-    Outcome<> begin(const QString& path, qint32 frames);
+    Outcome<> begin(const QString& path, qint32 frames, const QByteArray& behind);
     /// One frame of 2352 bytes.
     Outcome<> write(const char* frame);
     /// Gives the file its name, in place of the one that bore it at begin; fails when another has it since.
@@ -32,7 +35,8 @@ public:
 private:
     std::mutex m_mutex;
     std::unique_ptr<StagedFile> m_file;
-    NameBearer m_seen; ///< Who bore the name at begin.
+    QByteArray m_behind; ///< To be written once the sound is.
+    NameBearer m_seen;   ///< Who bore the name at begin.
     bool m_abandoned = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include "common/CdTime.h"
 #include "components/CDRipperX.h"
+#include "engines/rip/WavNames.h"
 
 #include <algorithm>
 #include <memory>
@@ -51,37 +52,68 @@ void RipRun::run(const Disc* disc, const Outcome<>& why)
         reader = disc->makeReader(m_stopped, [this](int kind, qint32 frame) { tellPosition(kind, frame); });
         usable = reader->open();
     }
-    for (const RipTask& task : m_tasks) {
-        const qint32 end = task.toc.start + task.toc.frames;
-        m_events.push({.kind = RipEvent::Kind::TrackStarted,
-                       .position = task.toc.start,
-                       .end = end,
-                       .track = task.track,
-                       .file = task.path});
-        qint32 done = 0;
-        const Outcome<> copied = usable ? copy(*reader, task, done) : usable;
+    const QList<TrackNames> names = usable ? disc->names().tracks : QList<TrackNames>();
+    for (RipTask task : m_tasks) {
+        if (usable)
+            task.toc.frames -= silentGap(*disc, *reader, task.toc);
+        ripTrack(task, reader.get(), names.value(task.track - 1), usable);
         if (m_stopped)
             break;
-        if (!copied) {
-            m_file.drop();
-            m_unread << QStringLiteral("Track %1 %2")
-                            .arg(task.track)
-                            .arg(sentence(copied.error(), CdTime::fromFrames(done).toMsf()));
-            if (holdsForAllTracks(copied.error().kind)) {
-                usable = copied;
-                m_lostDisc = true;
-            }
-            m_refusedSound = m_refusedSound || copied.error().kind == Failure::Kind::Unsupported;
-        }
         m_events.push({.kind = RipEvent::Kind::TrackFinished});
     }
     m_file.drop();
     m_events.push({.kind = RipEvent::Kind::Finished});
 }
 
-Outcome<> RipRun::copy(FrameReader& reader, const RipTask& task, qint32& done)
+void RipRun::ripTrack(const RipTask& task, FrameReader* reader, const TrackNames& names, Outcome<>& usable)
 {
-    if (auto begun = m_file.begin(task.path, task.toc.frames); !begun)
+    m_events.push({.kind = RipEvent::Kind::TrackStarted,
+                   .position = task.toc.start,
+                   .end = task.toc.start + task.toc.frames,
+                   .track = task.track,
+                   .file = task.path});
+    qint32 done = 0;
+    const Outcome<> copied = usable ? copy(*reader, task, nameChunks(names), done) : usable;
+    if (!m_stopped && !copied)
+        noteUnread(task.track, copied.error(), done, usable);
+}
+
+void RipRun::noteUnread(int track, const Failure& why, qint32 frame, Outcome<>& usable)
+{
+    m_file.drop();
+    m_unread
+        << QStringLiteral("Track %1 %2").arg(track).arg(sentence(why, CdTime::fromFrames(frame).toMsf()));
+    if (holdsForAllTracks(why.kind)) {
+        usable = why;
+        m_lostDisc = true;
+    }
+    m_refusedSound = m_refusedSound || why.kind == Failure::Kind::Unsupported;
+}
+
+/// The frames at the end of a track that are no part of it: the next one's gap, if nothing sounds there. What
+/// cannot be read may well sound.
+qint32 RipRun::silentGap(const Disc& disc, FrameReader& reader, const TocTrack& track)
+{
+    const qint32 gap = disc.gapBehind(track, m_stopped);
+    if (gap <= 0 || gap >= track.frames)
+        return 0;
+    TocTrack place = track;
+    place.start = track.start + track.frames - gap;
+    place.frames = gap;
+    m_judging = true;
+    reader.begin(place);
+    bool silent = true;
+    for (qint32 i = 0; i < gap && silent; ++i) {
+        const auto frame = reader.next();
+        silent = frame && std::all_of(*frame, *frame + kBytesPerFrame, [](char byte) { return byte == 0; });
+    }
+    m_judging = false;
+    return silent ? gap : 0;
+}
+
+Outcome<> RipRun::copy(FrameReader& reader, const RipTask& task, const QByteArray& behind, qint32& done)
+{
+    if (auto begun = m_file.begin(task.path, task.toc.frames, behind); !begun)
         return begun;
     reader.begin(task.toc);
     for (done = 0; done < task.toc.frames; ++done) {
@@ -100,7 +132,8 @@ Outcome<> RipRun::copy(FrameReader& reader, const RipTask& task, qint32& done)
 
 void RipRun::tellPosition(int kind, qint32 frame)
 {
-    m_events.push({.kind = RipEvent::Kind::Progress, .progress = kind, .position = frame});
+    if (!m_judging)
+        m_events.push({.kind = RipEvent::Kind::Progress, .progress = kind, .position = frame});
 }
 
 void RipRun::abandon()

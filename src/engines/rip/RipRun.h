@@ -43,7 +43,10 @@ public:
     const QStringList& unread() const { return m_unread; }
 
 private:
-    Outcome<> copy(FrameReader& reader, const RipTask& task, qint32& done);
+    void ripTrack(const RipTask& task, FrameReader* reader, const TrackNames& names, Outcome<>& usable);
+    void noteUnread(int track, const Failure& why, qint32 frame, Outcome<>& usable);
+    qint32 silentGap(const Disc& disc, FrameReader& reader, const TocTrack& track);
+    Outcome<> copy(FrameReader& reader, const RipTask& task, const QByteArray& behind, qint32& done);
     void tellPosition(int kind, qint32 frame);
 
     const QList<RipTask> m_tasks;
@@ -53,6 +56,7 @@ private:
     std::atomic<bool> m_stopped = false;
     bool m_lostDisc = false; ///< The worker's own, as the next one.
     bool m_refusedSound = false;
+    bool m_judging = false; ///< A gap is read, which nobody is told of.
 };
 
 } // namespace zib

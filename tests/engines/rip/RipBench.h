@@ -37,21 +37,22 @@ inline QByteArray fileContent(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// The samples of a WAV file as the ripper writes them; nothing when the header is any other.
+/// The samples of a WAV file as the ripper writes them, without names that may follow; nothing when the
+/// header is any other.
 inline QByteArray wavSamples(const QString& path)
 {
     const QByteArray wav = fileContent(path);
-    const quint32 data = quint32(wav.size() - 44);
     const auto number = [&wav](int at) {
         quint32 value = 0;
         std::memcpy(&value, wav.constData() + at, 4);
         return value;
     };
     const bool sound = wav.size() >= 44 && wav.startsWith("RIFF") && wav.mid(8, 8) == "WAVEfmt " &&
-                       wav.mid(36, 4) == "data" && number(4) == data + 36 && number(16) == 16 &&
+                       wav.mid(36, 4) == "data" && number(4) == quint32(wav.size() - 8) && number(16) == 16 &&
                        number(20) == 0x20001 && number(24) == 44100 && number(28) == 176400 &&
-                       number(32) == 0x100004 && number(40) == data;
-    return sound ? wav.mid(44) : QByteArray();
+                       number(32) == 0x100004 && qsizetype(number(40)) <= wav.size() - 44 &&
+                       number(40) % 2 == 0;
+    return sound ? wav.mid(44, number(40)) : QByteArray();
 }
 
 /// A ripper, a folder for its files, and all it says.

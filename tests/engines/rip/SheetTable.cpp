@@ -210,8 +210,7 @@ QList<SheetRow> layouts()
         row("gap of none", track(1, 0) + track(2, 40, "AUDIO", gap0 + msf(40) + '\n'), twoParts()),
         row("many indexes", track(1, 0) + "    INDEX 02 00:00:10\n    INDEX 03 00:00:20\n" + track(2, 40),
             twoParts()),
-        row("pregap", track(1, 0) + track(2, 40, "AUDIO", "    PREGAP 00:00:15\n"),
-            {part(0, 40) + silence(15), part(40, 80)}),
+        row("pregap", track(1, 0) + track(2, 40, "AUDIO", "    PREGAP 00:00:15\n"), twoParts()),
         row("pregap before track 1", track(1, 0, "AUDIO", "    PREGAP 00:02:00\n") + track(2, 40),
             twoParts()),
         row("pregap and gap",
@@ -428,7 +427,7 @@ QList<SheetRow> tocs()
         row("PREGAP",
             "CD_DA\nTRACK AUDIO\nFILE \"disc.wav\" 0 00:00:40\nTRACK AUDIO\nPREGAP 0:0:15\nFILE \"disc.wav\" "
             "00:00:40\n",
-            {part(0, 40) + silence(15), part(40, 80)}, wav),
+            twoParts(), wav),
         row("START with a time",
             "CD_DA\nTRACK AUDIO\nFILE \"disc.wav\" 0 00:00:40\nTRACK AUDIO\nFILE \"disc.wav\" "
             "00:00:40\nSTART 0:0:10\n",
@@ -437,7 +436,7 @@ QList<SheetRow> tocs()
             "CD_DA\nTRACK AUDIO\nFILE \"disc.wav\" 0 00:00:40\nTRACK AUDIO\nSILENCE 0:0:7\nSTART\nFILE "
             "\"disc.wav\" "
             "00:00:40\n",
-            {part(0, 40) + silence(7), part(40, 80)}, wav),
+            twoParts(), wav),
         row("indexes and an end", "CD_DA\nTRACK AUDIO\nFILE \"disc.wav\" 0\nINDEX 0:0:20\nINDEX 0:0:30\n",
             {disc()}, wav),
         row("flags and texts",

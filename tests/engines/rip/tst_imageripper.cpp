@@ -101,7 +101,7 @@ private slots:
         QCOMPARE(r.ripper->unreadTracks(), QStringList());
         for (int track = 1; track <= 3; ++track) {
             const QByteArray samples = wavSamples(r.target(track));
-            QCOMPARE(samples.size(), qsizetype{r.ripper->trackLength(track)} * kBytesPerFrame);
+            QCOMPARE(samples.size(), 321 * kBytesPerFrame);
             QCOMPARE(r.ripper->trackLength(track), 321 + (track < 3 ? kPregapFrames : 0));
             QVERIFY(r.ripper->copyPermitted(track));
             QVERIFY(samples.startsWith(sounds[track - 1]));
