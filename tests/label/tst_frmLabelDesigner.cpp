@@ -336,6 +336,20 @@ private slots:
         QVERIFY2(texts > 60 && texts < 100,
                  qPrintable(QString::number(texts))); // Of 401; the others are not seen.
     }
+    void sent_toAPrinterWithALongName_isNotCut()
+    {
+        Desk desk;
+        desk.designer.showSent("Office_LaserJet_third_floor_room_312_left");
+        QCoreApplication::processEvents();
+        auto* state = desk.find<QLabel>("lblState");
+        QVERIFY(state->fontMetrics().horizontalAdvance(state->text()) > 2 * state->width());
+        QVERIFY2(state->height() >= 3 * state->fontMetrics().height(),
+                 qPrintable(QString::number(state->height())));
+        const QImage whole = state->grab().toImage();
+        desk.designer.showSent("Office_LaserJet_third_floor_room_312_righ");
+        QCoreApplication::processEvents();
+        QVERIFY(state->grab().toImage() != whole); // The end of the name is seen.
+    }
     void sent_isSaid()
     {
         Desk desk;
