@@ -74,8 +74,11 @@ std::optional<BurnError> DriveBurn::setMode()
 {
     if (m_job.speed > 0)
         burn::burn_drive_set_speed(m_grabbed.drive(), 0, m_job.speed);
-    if (const std::optional<PlanFault> fault = zib::plan(*m_line, m_mode))
-        return planError(*fault, m_mode, m_traits.path);
+    if (const std::optional<PlanFault> fault = zib::plan(*m_line, m_mode)) {
+        BurnError error = planError(*fault, m_mode, m_traits.path);
+        error.description += QStringLiteral(" Nothing was written.");
+        return error;
+    }
     return std::nullopt;
 }
 
@@ -102,11 +105,7 @@ std::optional<BurnError> DriveBurn::checkDisc()
     if (facts->status != DiscFacts::Status::Blank)
         return BurnError::from({Failure::Kind::WrongMedium, m_traits.path});
     if (facts->capacity.frames() > 0 && m_job.totalLength() > facts->capacity)
-        return senseError({5, 0x21, 0},
-                          QStringLiteral("The tracks need %1 with their gaps, the disc holds %2. "
-                                         "Take tracks off the list, or insert a disc that "
-                                         "holds more.")
-                              .arg(m_job.totalLength().toMsf(), facts->capacity.toMsf()));
+        return tooLong(m_job.totalLength(), facts->capacity);
     return m_traits.sessionAtOnce ? std::nullopt : checkPlace();
 }
 
@@ -138,9 +137,10 @@ std::optional<BurnError> DriveBurn::configure(burn::burn_write_opts* options, bu
     char reasons[BURN_REASONS_LEN] = {};
     if (burn::burn_precheck_write(options, disc, reasons, 1) > 0)
         return {};
-    return plainError(BurnErrorCode::kUnsupported,
-                      QStringLiteral("Drive and disc do not allow this write: %1")
-                          .arg(QString::fromLatin1(reasons).simplified()));
+    return plainError(
+        BurnErrorCode::kUnsupported,
+        QStringLiteral("Drive and disc do not allow this write: %1 Try another disc or another drive.")
+            .arg(QString::fromLatin1(reasons).simplified()));
 }
 
 void DriveBurn::watch(const std::shared_ptr<DiscPlan>& plan)
@@ -289,7 +289,7 @@ std::optional<BurnError> DriveBurn::readBack()
     return plainError(
         BurnErrorCode::kVerify,
         QStringLiteral("The disc was written, but it does not show the tracks when it is read back. "
-                       "Do not use it."));
+                       "Do not use it; write again on another disc."));
 }
 
 /// A disc that was written to its end is closed and shows its tracks, carries its names and holds every
@@ -323,7 +323,8 @@ std::optional<BurnError> DriveBurn::compare()
     if (!contents || contents->tracks.size() != m_job.tracks.size())
         return answerError(
             refusal, m_traits.path,
-            QStringLiteral("The disc was written, but it could not be compared with its files."));
+            QStringLiteral("The disc was written, but it could not be compared with its files. "
+                           "Listen to it before you throw it away."));
     QList<qint64> starts;
     for (const DiscContents::Track& track : contents->tracks)
         starts << track.start;
@@ -339,15 +340,7 @@ std::optional<BurnError> DriveBurn::lookWhetherBlank()
     const DiscVerdict verdict = look(m_patience.closeMs);
     if (verdict.truth == DiscVerdict::Truth::Blank)
         return std::nullopt;
-    if (verdict.truth == DiscVerdict::Truth::Unknown)
-        return answerError(
-            verdict.refusal, m_traits.path,
-            QStringLiteral(
-                "The test went through, but the drive did not tell whether the disc is still blank."));
-    return plainError(
-        BurnErrorCode::kVerify,
-        QStringLiteral("The disc is no longer blank although only a test was asked for. Do not use "
-                       "this disc; this drive has no test mode that can be trusted."));
+    return notBlank(verdict, m_traits.path);
 }
 
 } // namespace zib

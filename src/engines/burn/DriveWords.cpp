@@ -25,14 +25,40 @@ BurnError answerError(const DriveAnswer& answer, const QString& path, const QStr
     return error;
 }
 
+BurnError notBlank(const DiscVerdict& verdict, const QString& path)
+{
+    if (verdict.truth == DiscVerdict::Truth::Unknown)
+        return answerError(
+            verdict.refusal, path,
+            QStringLiteral(
+                "The test went through, but the drive did not tell whether the disc is still blank. "
+                "Look at it in another drive before you use it."));
+    return plainError(
+        BurnErrorCode::kVerify,
+        QStringLiteral("The disc is no longer blank although only a test was asked for. Do not use "
+                       "this disc; this drive has no test mode that can be trusted."));
+}
+
+BurnError tooLong(const CdTime& needed, const CdTime& there)
+{
+    constexpr Sense kPastTheEnd{5, 0x21, 0}; // SPC: logical block address out of range
+    return senseError(kPastTheEnd,
+                      QStringLiteral("The tracks need %1 with their gaps, the disc holds %2. Take tracks off "
+                                     "the list, or insert a disc that holds more.")
+                          .arg(needed.toMsf(), there.toMsf()));
+}
+
 BurnError planError(const PlanFault& fault, const WritePlan& wanted, const QString& path)
 {
     switch (fault.kind) {
     case PlanFault::Kind::Refused:
         return senseError(
             *fault.sense,
-            wanted.simulate ? QStringLiteral("The drive refused the test mode, so nothing was begun.")
-                            : QStringLiteral("The drive refused the way of writing, so nothing was begun."));
+            wanted.simulate
+                ? QStringLiteral("The drive refused the test mode, so it was stopped. Uncheck the test mode "
+                                 "in the options, or try another drive.")
+                : QStringLiteral("The drive refused the way of writing, so it was stopped. Switch it off "
+                                 "and on again, or try another drive."));
     case PlanFault::Kind::TestMode:
         return plainError(
             BurnErrorCode::kUnsupported,

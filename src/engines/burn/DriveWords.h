@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engines/burn/DiscVerdict.h"
 #include "engines/burn/LibburnSession.h"
 #include "engines/burn/WritePhases.h"
 #include "engines/burn/mmc/WritePage.h"
@@ -12,7 +13,11 @@ BurnError plainError(qint32 code, const QString& description);
 BurnError senseError(const Sense& sense, const QString& description);
 /// Why the drive at @p path did not answer to a question of ours, after the sentence @p what.
 BurnError answerError(const DriveAnswer& answer, const QString& path, const QString& what);
-/// Why nothing was written in the mode that was asked for.
+/// After a test that left the disc in another state than blank.
+BurnError notBlank(const DiscVerdict& verdict, const QString& path);
+/// The tracks do not fit on the disc, in the drive's own terms though it was not asked to try.
+BurnError tooLong(const CdTime& needed, const CdTime& there);
+/// Why the mode that was asked for could not be had.
 BurnError planError(const PlanFault& fault, const WritePlan& wanted, const QString& path);
 
 /// What the drive was doing when it failed, in a sentence.

@@ -35,7 +35,7 @@ constexpr Words kWords[] = {
     {Failure::Kind::DeviceError, BurnErrorCode::kVerify, "Read back, \"",
      "\" does not show the tracks that were written. Do not use this disc; write again on another one."},
     {Failure::Kind::Unsupported, BurnErrorCode::kUnsupported, "\"",
-     "\" cannot do this. Choose another drive or another way of writing."},
+     "\" cannot do this. Choose another drive, or change the options for writing."},
 };
 
 } // namespace

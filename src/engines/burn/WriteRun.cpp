@@ -1,15 +1,14 @@
 #include "engines/burn/WriteRun.h"
 
+#include "engines/burn/DriveWords.h"
 #include "engines/burn/TrackCache.h"
 
 namespace zib {
 
 namespace {
-// The sentence numbers of what is found out before the drive could say it, with the sense data it would give.
+// The sentence number of what is found out before the drive could say it, with the sense data it would give.
 constexpr qint32 kSenseNoDisc = 1033;
-constexpr qint32 kSensePastTheEnd = 1021;
-const QString kNoDiscData = QStringLiteral("[2 3A 00]");     // MMC: medium not present
-const QString kPastTheEndData = QStringLiteral("[5 21 00]"); // SPC: logical block address out of range
+const QString kNoDiscData = QStringLiteral("[2 3A 00]"); // MMC: medium not present
 
 /// A drive that is not there is no missing file.
 BurnError unanswered(const Failure& failure)
@@ -83,10 +82,7 @@ std::optional<BurnError> WriteRun::checkDisc()
     // A drive that does not tell what the disc holds is left to refuse what is too long.
     if (medium->capacity.frames() == 0 || job.totalLength() <= medium->capacity)
         return std::nullopt;
-    BurnError tooSmall = BurnError::withSense(kSensePastTheEnd, kPastTheEndData);
-    tooSmall.description = QStringLiteral("The tracks need %1 with their gaps, the disc holds %2.")
-                               .arg(job.totalLength().toMsf(), medium->capacity.toMsf());
-    return tooSmall;
+    return tooLong(job.totalLength(), medium->capacity);
 }
 
 } // namespace zib

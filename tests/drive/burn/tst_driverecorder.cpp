@@ -1,6 +1,7 @@
 #include "drive/burn/DiscTruth.h"
 
 #include "engines/burn/DriveLedger.h"
+#include "engines/burn/LibburnSession.h"
 
 using namespace zib;
 
@@ -49,6 +50,9 @@ private slots:
     void write_whoseWayBreaks_endsUnlockedAndSaysTheDiscsState_data();
     void write_whoseWayBreaks_endsUnlockedAndSaysTheDiscsState();
     void drive_thatHangs_isNamedAndDelaysNobody();
+    void anotherDriveThatHangs_isNamedAsTheCause();
+    void drive_thatAClosedWindowAsks_isWaitedFor();
+    void write_whileAnotherDriveWrites_saysSoAndTakesACancel();
     void destroy_whileWriting_freesTheDrive();
     void finish_withEject_handsTheDiscOut();
 };
@@ -449,6 +453,10 @@ void TestDriveRecorder::write_whoseWayBreaks_endsUnlockedAndSaysTheDiscsState_da
     QTest::addColumn<QString>("words");
     QTest::newRow("a write, for good") << "WRITE_10 nth=20 times=forever transport"
                                        << "not to be used";
+    QTest::newRow("a write, by the host adapter") << "WRITE_10 nth=20 times=forever host=7"
+                                                  << "not to be used";
+    QTest::newRow("a question while writing, for good") << "READ_BUFFER_CAPACITY errno=ENODEV"
+                                                        << "does not answer any more";
     QTest::newRow("the layout") << "SEND_CUE_SHEET transport"
                                 << "still blank";
     QTest::newRow("locking and unlocking") << "PREVENT_ALLOW nth=3 times=2 transport"
@@ -490,6 +498,49 @@ void TestDriveRecorder::drive_thatHangs_isNamedAndDelaysNobody()
     QCOMPARE(bench.error, BurnErrorCode::kStalled);
     QCOMPARE(bench.recorder.count("INQUIRY"), 0);
     QVERIFY2(taken.elapsed() < 10'000, qPrintable(QString("%1 ms").arg(taken.elapsed())));
+}
+
+void TestDriveRecorder::anotherDriveThatHangs_isNamedAsTheCause()
+{
+    BurnBench bench;
+    const DriveLedger::Entry hanging("/dev/sr1", DriveLedger::Use::Hanging);
+    QVERIFY(bench.takeDrive());
+    addPair(bench);
+    bench.configure();
+    QCOMPARE(bench.write(), QString("error"));
+    QCOMPARE(bench.error, BurnErrorCode::kStalled);
+    QVERIFY2(bench.description.startsWith("\"/dev/sr1\" has not come back"), qPrintable(bench.description));
+}
+
+void TestDriveRecorder::drive_thatAClosedWindowAsks_isWaitedFor()
+{
+    BurnBench bench;
+    auto asked = std::make_unique<DriveLedger::Entry>("/dev/sr0", DriveLedger::Use::Asked);
+    QTimer::singleShot(700, &bench.writer, [&asked] { asked.reset(); });
+    QVERIFY(bench.takeDrive());
+    QVERIFY(!asked);
+    QVERIFY2(!bench.writer.driveText3(0).contains("does not answer"), qPrintable(bench.writer.driveText3(0)));
+    asked = std::make_unique<DriveLedger::Entry>("/dev/sr0", DriveLedger::Use::Asked);
+    QTimer::singleShot(700, &bench.writer, [&asked] { asked.reset(); });
+    QCOMPARE(bench.writer.discStatus(), int(DVDWriterPro::kBlankDisc));
+    QVERIFY(!asked);
+}
+
+void TestDriveRecorder::write_whileAnotherDriveWrites_saysSoAndTakesACancel()
+{
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    const LibburnSession other;
+    QStringList waited;
+    QObject::connect(&bench.writer, &DVDWriterPro::Waiting, &bench.writer, [&](const QString& what) {
+        waited << what;
+        bench.writer.cancel();
+    });
+    QCOMPARE(bench.write(), QString("cancelled"));
+    QVERIFY2(waited.value(0).contains("other drive"), qPrintable(waited.join('/')));
+    QCOMPARE(bench.recorder.count("WRITE_10"), 0);
 }
 
 void TestDriveRecorder::destroy_whileWriting_freesTheDrive()
