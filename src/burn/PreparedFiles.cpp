@@ -1,7 +1,5 @@
 #include "burn/PreparedFiles.h"
 
-#include "common/FileStamp.h"
-
 #include <QHash>
 
 namespace zib::PreparedFiles {
@@ -18,7 +16,12 @@ QHash<QString, FileStamp>& stamps()
 
 void note(const QString& path)
 {
-    if (const auto stamp = stampOf(path))
+    note(path, stampOf(path));
+}
+
+void note(const QString& path, const std::optional<FileStamp>& stamp)
+{
+    if (stamp)
         stamps().insert(path, *stamp);
     else
         stamps().remove(path);

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "common/FileStamp.h"
+
 #include <QString>
+
+#include <optional>
 
 namespace zib {
 
@@ -10,6 +14,8 @@ namespace PreparedFiles {
 
 /// Remembers @p path as it is now; a file that is not there is forgotten.
 void note(const QString& path);
+/// The same with its stamp, which was asked for elsewhere.
+void note(const QString& path, const std::optional<FileStamp>& stamp);
 /// Whether @p path was noted and is another file by now: replaced, rewritten, cut or grown. Its absence is
 /// none of that.
 bool wasChanged(const QString& path);

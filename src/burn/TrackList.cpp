@@ -34,10 +34,17 @@ QString baseName(const QString& source)
     return known ? name.chopped(kExtensionLength) : name;
 }
 
+bool isCdFormat(AudioInformation& information, const QString& path)
+{
+    return information.isAudioFile(path) && information.open(path) && information.isPcm() &&
+           information.sampleRate() == kCdSampleRate && information.channels() == kCdChannels &&
+           information.bitsPerSample() == kCdBits;
+}
+
 } // namespace
 
-TrackList::TrackList(AudioInformation& information, const QList<CompilationRow>& rows)
-    : m_information(information)
+TrackList::TrackList(std::shared_ptr<AudioInformation> information, const QList<CompilationRow>& rows)
+    : m_information(std::move(information))
 {
     m_sources.reserve(rows.size());
     for (const CompilationRow& row : rows)
@@ -48,9 +55,7 @@ TrackList::~TrackList() = default;
 
 bool TrackList::IsCDFormatWav(const QString& path)
 {
-    return m_information.isAudioFile(path) && m_information.open(path) && m_information.isPcm() &&
-           m_information.sampleRate() == kCdSampleRate && m_information.channels() == kCdChannels &&
-           m_information.bitsPerSample() == kCdBits;
+    return isCdFormat(*m_information, path);
 }
 
 QString TrackList::MakeTempWavName(const QString& source)
@@ -83,16 +88,20 @@ bool TrackList::take(const QString& candidate, const QString& source)
            m_reserved->take(GeneralAPI::GetFileNameOfPath(candidate));
 }
 
-void TrackList::BuildTrackList(const std::function<void()>& breathe)
+void TrackList::BuildTrackList(const Ask& ask)
 {
     m_entries.clear();
+    m_losses.clear();
     m_given.clear();
     m_lastNumber.clear();
     for (const QString& source : m_sources) {
-        const QString entry = IsCDFormatWav(source) ? source : MakeTempWavName(source);
+        const Look look = ask([source, information = m_information] {
+            return isCdFormat(*information, source) ? Look{true, information->loss()} : Look{};
+        });
+        const QString entry = look.isCdFormat ? source : MakeTempWavName(source);
         m_entries << entry;
+        m_losses << look.loss;
         m_given << comparable(entry);
-        breathe();
     }
 }
 

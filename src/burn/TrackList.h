@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/CompilationRow.h"
+#include "components/AudioLoss.h"
 
 #include <QHash>
 #include <QList>
@@ -23,8 +24,17 @@ class ReservedNames;
 class TrackList
 {
 public:
-    /// @param information answers the questions about formats; it outlives the list.
-    TrackList(AudioInformation& information, const QList<CompilationRow>& rows);
+    /// What is asked of a source before anything is done with it.
+    struct Look
+    {
+        bool isCdFormat = false; ///< As IsCDFormatWav tells.
+        AudioLoss loss{};        ///< Of a source in CD format.
+    };
+    /// Answers a question that may take its time and owns what it uses.
+    using Ask = std::function<Look(const std::function<Look()>& question)>;
+
+    /// @param information answers the questions about formats.
+    TrackList(std::shared_ptr<AudioInformation> information, const QList<CompilationRow>& rows);
     ~TrackList();
     Q_DISABLE_COPY_MOVE(TrackList)
 
@@ -35,8 +45,8 @@ public:
     /// row was given, nor another running instance of the program; the folder is made. The name is kept for
     /// as long as this list lives. Empty when the count of such names ran out.
     QString MakeTempWavName(const QString& source);
-    /// Fills the list.  @param breathe called between the rows.
-    void BuildTrackList(const std::function<void()>& breathe);
+    /// Fills the list.  @param ask answers what each row asks of its source.
+    void BuildTrackList(const Ask& ask);
     /// @returns how many rows must be converted, or nothing when the count does not fit its 16 bits.
     std::optional<qint16> CountConversions() const;
 
@@ -45,6 +55,8 @@ public:
     const QString& entry(qsizetype row) const { return m_entries[row]; }
     bool needsConversion(qsizetype row) const;
     const QStringList& entries() const { return m_entries; }
+    /// What a row's file lacks that is taken as it is; nothing for the others.
+    const AudioLoss& loss(qsizetype row) const { return m_losses[row]; }
 
     /// Makes a folder with its parents. A failure is told by GeneralAPI, once for each list and folder.
     void makeFolder(const QString& folder);
@@ -52,9 +64,10 @@ public:
 private:
     bool take(const QString& candidate, const QString& source);
 
-    AudioInformation& m_information;
+    std::shared_ptr<AudioInformation> m_information;
     QStringList m_sources;
     QStringList m_entries;
+    QList<AudioLoss> m_losses;
     QSet<QString> m_given;                     ///< Entries made here, in the form that is compared.
     QHash<QString, qint32> m_lastNumber;       ///< By first candidate: no number up to this one is free.
     QSet<QString> m_impossible;                ///< Folders that could not be made.

@@ -5,6 +5,7 @@
 #include "burn/PreparedFiles.h"
 #include "common/CdTime.h"
 #include "common/GeneralAPI.h"
+#include "common/Messages.h"
 #include "common/NameBearer.h"
 #include "common/NativeName.h"
 #include "common/Numbers.h"
@@ -17,15 +18,14 @@
 #include <algorithm>
 
 namespace {
-/// While formats are looked at, the window is served so often.
-constexpr qint64 kBreathMs = 40;
 constexpr int kFirstTickMs = 50;
 } // namespace
 
 frmPrepare::frmPrepare(const zib::Services& services, const QList<zib::CompilationRow>& rows, QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint),
-      ui(std::make_unique<Ui::frmPrepare>()), AInfo(services.components.makeInformation()),
-      FileR(services.components.makeFile()), FileW(services.components.makeFile()), m_list(*AInfo, rows)
+      ui(std::make_unique<Ui::frmPrepare>()), m_services(services),
+      AInfo(services.components.makeInformation()), FileR(services.components.makeFile()),
+      FileW(services.components.makeFile()), m_list(AInfo, rows)
 {
     ui->setupUi(this);
     connectControls();
@@ -49,6 +49,8 @@ void frmPrepare::Timer1_Timer()
 {
     Timer1.stop();
     PrepareTracks();
+    if (const QString damage = m_damaged.text(); !damage.isEmpty())
+        m_services.messages.information(this, damage);
     m_done = true;
     accept();
 }
@@ -61,25 +63,30 @@ void frmPrepare::reject()
 
 void frmPrepare::PrepareTracks()
 {
-    m_sinceBreath.start();
-    m_list.BuildTrackList([this] {
-        if (m_sinceBreath.hasExpired(kBreathMs))
-            breathe();
-    });
+    using Look = zib::TrackList::Look;
+    m_list.BuildTrackList([this](const std::function<Look()>& question) { return ask<Look>(question); });
     const auto conversions = m_list.CountConversions();
     if (!conversions)
         return;
     m_conversions = *conversions;
     const auto awake = zib::stayAwake(QStringLiteral("Tracks are being prepared for a disc"));
-    for (qsizetype row = 0; row < m_list.size(); ++row) {
-        if (m_list.needsConversion(row)) {
-            ui->lblFile->setText(GeneralAPI::GetFileNameOfPath(m_list.source(row)));
-            ui->lblFile->setToolTip(m_list.source(row).toHtmlEscaped());
-            ConvertFile(m_list.source(row), m_list.entry(row));
-            ++m_finished;
-        }
-        zib::PreparedFiles::note(m_list.entry(row));
+    for (qsizetype row = 0; row < m_list.size(); ++row)
+        prepareRow(row);
+}
+
+void frmPrepare::prepareRow(qsizetype row)
+{
+    const QString source = m_list.source(row);
+    const QString entry = m_list.entry(row);
+    m_damaged.add(source, m_list.loss(row), zib::kCdSampleRate);
+    if (m_list.needsConversion(row)) {
+        ui->lblFile->setText(GeneralAPI::GetFileNameOfPath(source));
+        ui->lblFile->setToolTip(source.toHtmlEscaped());
+        ConvertFile(source, entry);
+        ++m_finished;
     }
+    using Stamp = std::optional<zib::FileStamp>;
+    zib::PreparedFiles::note(entry, ask<Stamp>([entry] { return zib::stampOf(entry); }));
 }
 
 /// Converts one file, or leaves none: a source that cannot be read to its end gives no track that looks
@@ -88,16 +95,35 @@ void frmPrepare::ConvertFile(const QString& source, const QString& target)
 {
     const zib::WaitPointer wait(this);
     m_list.makeFolder(GeneralAPI::GetFolderOfPath(target));
-    FileR->open(source);
-    if (FileR->status() >= 0) {
-        FileW->create(target);
-        // What bore the name before create would be replaced at the end; nobody was asked about it.
-        if (FileW->status() >= 0 && !zib::bearerOf(zib::nativeName(target)).someone && convertBlocks())
-            FileW->close();
-        else
-            FileW->discard();
+    if (beginConversion(source, target)) {
+        const bool isWhole = convertBlocks();
+        if (isWhole)
+            m_damaged.add(source, FileR->loss(), FileR->formatRate());
+        ask<bool>([writer = FileW, isWhole] {
+            isWhole ? writer->close() : writer->discard();
+            return true;
+        });
     }
-    FileR->close();
+    ask<bool>([reader = FileR] {
+        reader->close();
+        return true;
+    });
+}
+
+/// @returns whether there is a source to read, and a target that was begun and must be ended.
+bool frmPrepare::beginConversion(const QString& source, const QString& target)
+{
+    return ask<bool>([=, reader = FileR, writer = FileW] {
+        reader->open(source);
+        if (reader->status() < 0)
+            return false;
+        writer->create(target);
+        // What bore the name before create would be replaced at the end; nobody was asked about it.
+        const bool isFree = writer->status() >= 0 && !zib::bearerOf(zib::nativeName(target)).someone;
+        if (!isFree)
+            writer->discard();
+        return isFree;
+    });
 }
 
 /// @returns whether the whole sound went from the one file into the other.
@@ -109,15 +135,17 @@ bool frmPrepare::convertBlocks()
         return false;
     const qint64 length = FileR->length();
     const qint64 channels = std::max(FileR->samplesPerUnit(), 1);
+    const auto pass = [reader = FileR, writer = FileW, most = *blockLength]() -> qint64 {
+        const zib::AudioBlock block = reader->readBlock(most);
+        if (!block.isEmpty())
+            writer->writeBlock(block);
+        return block.sampleCount();
+    };
     qint64 position = 0;
-    for (;;) {
-        const zib::AudioBlock block = FileR->readBlock(*blockLength);
-        if (block.isEmpty())
-            break;
-        FileW->writeBlock(block);
-        position = std::min(position + block.sampleCount() / channels, length);
+    while (const qint64 samples = ask<qint64>(pass)) {
+        position = std::min(position + samples / channels, length);
         showProgress(length > 0 ? static_cast<double>(position) / static_cast<double>(length) : 1);
-        breathe();
+        QCoreApplication::processEvents();
         if (FileW->status() < 0)
             return false;
     }
@@ -132,8 +160,9 @@ void frmPrepare::showProgress(double fraction)
     ui->lblPer->setText(QStringLiteral("%1%").arg(percent));
 }
 
-void frmPrepare::breathe()
+/// Asks on the thread and serves the window meanwhile.  @param question owns what it uses.
+template <typename Answer, typename Question>
+Answer frmPrepare::ask(Question question)
 {
-    QCoreApplication::processEvents();
-    m_sinceBreath.start();
+    return m_worker.askOpenly<Answer>(this, std::move(question), [] { return true; }).value_or(Answer{});
 }

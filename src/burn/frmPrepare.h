@@ -1,10 +1,11 @@
 #pragma once
 
+#include "burn/DamagedSources.h"
 #include "burn/TrackList.h"
 #include "common/Services.h"
+#include "common/Worker.h"
 
 #include <QDialog>
-#include <QElapsedTimer>
 #include <QTimer>
 
 #include <memory>
@@ -17,7 +18,8 @@ class frmPrepare;
 
 /// Turns the compilation into files that can go onto a disc: what is in CD format already stays where it is,
 /// everything else is converted into the "Temp" folder. Works by itself once it is shown, takes no input and
-/// closes when it is done.
+/// closes when it is done. What it asks of files is asked on a thread, so none of them can hold the window
+/// up.
 class frmPrepare final : public QDialog
 {
     Q_OBJECT
@@ -40,19 +42,24 @@ private:
     void Timer1_Timer();
 
     void PrepareTracks();
+    void prepareRow(qsizetype row);
     void ConvertFile(const QString& source, const QString& target);
+    bool beginConversion(const QString& source, const QString& target);
     bool convertBlocks();
     void showProgress(double fraction);
-    void breathe();
+    template <typename Answer, typename Question>
+    Answer ask(Question question);
 
     std::unique_ptr<Ui::frmPrepare> ui;
-    std::unique_ptr<AudioInformation> AInfo;
-    std::unique_ptr<AudioFile> FileR;
-    std::unique_ptr<AudioFile> FileW;
+    const zib::Services m_services;
+    const std::shared_ptr<AudioInformation> AInfo; // while a question is asked, these are the thread's
+    const std::shared_ptr<AudioFile> FileR;
+    const std::shared_ptr<AudioFile> FileW;
     QTimer Timer1{this};
     zib::TrackList m_list;
-    QElapsedTimer m_sinceBreath;
+    zib::DamagedSources m_damaged;
     qint16 m_conversions = 0; ///< Conversions to come in all.
     qint16 m_finished = 0;    ///< Conversions done.
     bool m_done = false;
+    zib::Worker m_worker;
 };

@@ -154,6 +154,11 @@ private slots:
     void form_always_offersNoWayOut();
     void aLongFileName_endsInAnEllipsisAndStaysWhole();
     void aPreparedFile_thatChangesAfterwards_isNoticed();
+    void damagedSources_ofEveryKind_areNamedOnceBeforeTheWindowCloses();
+    void damagedSources_thatGaveNoTrack_areNotNamed();
+    void damagedSources_ofAnyLength_areTold_data();
+    void damagedSources_ofAnyLength_areTold();
+    void damagedSources_thatAreMany_areCutOff();
 };
 
 void TestFrmPrepare::form_atDesignTime_hasItsTexts()
@@ -462,6 +467,84 @@ void TestFrmPrepare::aPreparedFile_thatChangesAfterwards_isNoticed()
     QVERIFY(PreparedFiles::wasChanged(desk.temp("one.wav")));
     QVERIFY(file.remove());
     QVERIFY(!PreparedFiles::wasChanged(desk.temp("one.wav")));
+}
+
+void TestFrmPrepare::damagedSources_ofEveryKind_areNamedOnceBeforeTheWindowCloses()
+{
+    Desk desk;
+    FakeSound song = Desk::mono(200);
+    song.loss = {83 * 8000, 3 * 8000 + 4000};
+    FakeSound cut = FakeAudioShelf::ramp(1000);
+    cut.loss = {1000, 44100};
+    desk.add("song.mp3", song);
+    desk.add("whole.mp3", Desk::mono(1));
+    desk.add("cut.wav", cut);
+    desk.add("song.mp3", song);
+    bool wasThere = false;
+    desk.desk.messages.onShow = [&](const QString&) {
+        wasThere = desk.window->isVisible() && desk.shelf.written.size() == 3;
+    };
+    QVERIFY(desk.run());
+    QVERIFY(wasThere);
+    QCOMPARE(desk.desk.messages.shown,
+             QStringList{"i: The following files are damaged. What is lost of their sound is silent or left "
+                         "out on the disc:\n"
+                         "song.mp3: from 1:23 on, 3.5 seconds lost\n"
+                         "cut.wav: from 0:00 on, 1.0 seconds lost"});
+    QCOMPARE(desk.desk.messages.owners.value(0).data(), desk.window.get());
+    QCOMPARE(desk.shelf.written[desk.temp("song.wav")].samples, song.samples);
+    QCOMPARE(desk.window->result(), int(QDialog::Accepted));
+}
+
+void TestFrmPrepare::damagedSources_thatGaveNoTrack_areNotNamed()
+{
+    Desk desk;
+    FakeSound broken = Desk::mono(5);
+    broken.loss = {100, 100};
+    broken.failAtSample = 16'000;
+    desk.add("broken.mp3", broken);
+    QVERIFY(desk.run());
+    QCOMPARE(desk.desk.messages.shown, QStringList());
+}
+
+void TestFrmPrepare::damagedSources_ofAnyLength_areTold_data()
+{
+    QTest::addColumn<qint64>("first");
+    QTest::addColumn<qint64>("frames");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("a sample") << 0LL << 1LL << "x: from 0:00 on, 0.1 seconds lost";
+    QTest::newRow("a frame") << 7 * 44100LL - 1 << 1152LL << "x: from 0:06 on, 0.1 seconds lost";
+    QTest::newRow("nearly a minute") << 61 * 44100LL << 59 * 44100LL << "x: from 1:01 on, 59.0 seconds lost";
+    QTest::newRow("a minute") << 0LL << 60 * 44100LL << "x: from 0:00 on, 1:00 minutes lost";
+    QTest::newRow("hours") << 3600 * 44100LL << 7204 * 44100LL << "x: from 60:00 on, 120:04 minutes lost";
+}
+
+void TestFrmPrepare::damagedSources_ofAnyLength_areTold()
+{
+    QFETCH(qint64, first);
+    QFETCH(qint64, frames);
+    DamagedSources damaged;
+    damaged.add("/m/x", {first, frames}, 44100);
+    QTEST(damaged.text().section('\n', 1), "line");
+}
+
+void TestFrmPrepare::damagedSources_thatAreMany_areCutOff()
+{
+    DamagedSources damaged;
+    QVERIFY(damaged.text().isEmpty());
+    damaged.add("/m/whole", {}, 44100);
+    QVERIFY(damaged.text().isEmpty());
+    for (int n = 0; n < 10; ++n)
+        damaged.add(QString("/m/%1.mp3").arg(n), {0, 44100}, 44100);
+    QCOMPARE(damaged.text().count('\n'), 10);
+    QVERIFY(!damaged.text().contains("more"));
+    damaged.add("/m/" + QString(200, 'W') + ".mp3", {0, 44100}, 44100);
+    damaged.add("/m/last.mp3", {0, 44100}, 44100);
+    QVERIFY(damaged.text().endsWith("\nand 2 more"));
+    DamagedSources longName;
+    longName.add("/m/" + QString(200, 'W') + ".mp3", {0, 44100}, 44100);
+    QVERIFY(longName.text().section('\n', 1).size() < 100);
+    QVERIFY(longName.text().contains("WW.mp3: from"));
 }
 
 QTEST_MAIN(TestFrmPrepare)

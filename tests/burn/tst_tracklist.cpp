@@ -55,17 +55,20 @@ struct Desk
     QStringList built()
     {
         list = std::make_unique<TrackList>(information, rows);
-        list->BuildTrackList([this] { ++breaths; });
+        list->BuildTrackList([this](const std::function<TrackList::Look()>& question) {
+            ++questions;
+            return question();
+        });
         return list->entries();
     }
 
     QTemporaryDir folder;
     FakeDesk desk;
     FakeAudioShelf shelf;
-    FakeAudioInformation information{shelf};
+    std::shared_ptr<AudioInformation> information = std::make_shared<FakeAudioInformation>(shelf);
     QList<CompilationRow> rows;
     std::unique_ptr<TrackList> list;
-    int breaths = 0;
+    int questions = 0;
 };
 
 } // namespace
@@ -87,7 +90,7 @@ private slots:
     void BuildTrackList_ofASourceInTempItself_takesAnotherName();
     void BuildTrackList_ofASourceThatIsTakenAsItIs_keepsItsNameTaken();
     void BuildTrackList_ofManyEqualNames_staysQuick();
-    void BuildTrackList_betweenRows_breathes();
+    void BuildTrackList_ofEveryRow_asksOnce();
     void BuildTrackList_whenTempCannotBeMade_saysSoOnce();
     void MakeTempWavName_always_makesTheFolder();
     void CountConversions_comparesTrimmedAndInLowerCase();
@@ -254,13 +257,13 @@ void TestTrackList::BuildTrackList_ofManyEqualNames_staysQuick()
     QCOMPARE(entries.last(), desk.temp("song-19999.wav"));
 }
 
-void TestTrackList::BuildTrackList_betweenRows_breathes()
+void TestTrackList::BuildTrackList_ofEveryRow_asksOnce()
 {
     Desk desk;
     for (int n = 0; n < 7; ++n)
         desk.add("/music/", QString("%1.mp3").arg(n), mp3());
     desk.built();
-    QCOMPARE(desk.breaths, 7);
+    QCOMPARE(desk.questions, 7);
 }
 
 void TestTrackList::BuildTrackList_whenTempCannotBeMade_saysSoOnce()

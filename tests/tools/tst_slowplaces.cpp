@@ -5,6 +5,7 @@
 #include "fakes/FakeCDRipperX.h"
 #include "fakes/FakeSeams.h"
 #include "tools/HangingPlace.h"
+#include "tools/Heartbeat.h"
 #include "tools/frmMP3ToWAV.h"
 #include "tools/frmPlay.h"
 #include "tools/frmPlayer.h"
@@ -29,25 +30,6 @@ namespace {
 constexpr int kPatienceMs = 60'000;
 constexpr qint64 kFrozenMs = 2000; // no machine is so busy: the window waits
 constexpr int kLookMs = 150;       // how long a window is watched while its place hangs
-
-/// Beats in the event loop; what holds it up is the freeze that a user would see.
-class Heartbeat
-{
-public:
-    Heartbeat()
-    {
-        QObject::connect(&m_beat, &QTimer::timeout, &m_beat,
-                         [this] { m_longest = qMax(m_longest, m_since.restart()); });
-        m_since.start();
-        m_beat.start(5);
-    }
-    qint64 longestMs() const { return qMax(m_longest, m_since.elapsed()); }
-
-private:
-    QTimer m_beat;
-    QElapsedTimer m_since;
-    qint64 m_longest = 0;
-};
 
 /// The tool windows on the real audio engines, with a folder that can hang.
 struct Bench
