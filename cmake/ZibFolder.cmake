@@ -1,3 +1,35 @@
+# ZIB_PRECOMPILED reads the toolkit's headers once for all files instead of once for each: the quickest way to a first
+# build. Daily work leaves it off: a compiler cache serves it better, and every file shows what it forgot to include.
+option(ZIB_PRECOMPILED "Precompile the toolkit's headers for a quick first build" OFF)
+
+# A precompiled header serves a target only if both know the same macros, so these go to every user of one.
+set(ZIB_PRODUCT_MACROS QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB QT_NO_CAST_FROM_ASCII
+    QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
+set(ZIB_TEST_MACROS QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB QT_TESTLIB_LIB QT_TESTCASE_BUILDDIR="${CMAKE_BINARY_DIR}")
+
+# zib_precompiled(name MACROS macros LIBS targets HEADERS headers)
+#   The target whose precompiled headers others take over.
+function(zib_precompiled name)
+    if(NOT ZIB_PRECOMPILED)
+        return()
+    endif()
+    cmake_parse_arguments(arg "" "" "MACROS;LIBS;HEADERS" ${ARGN})
+    file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/${name}.cpp CONTENT "")
+    add_library(${name} OBJECT ${CMAKE_BINARY_DIR}/${name}.cpp)
+    target_compile_definitions(${name} PRIVATE ${arg_MACROS})
+    target_link_libraries(${name} PRIVATE zib_warnings ${arg_LIBS})
+    # Without this the compiler cache cannot see through the header.
+    target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+    target_precompile_headers(${name} PRIVATE ${arg_HEADERS})
+endfunction()
+if(ZIB_PRECOMPILED AND CCACHE)
+    list(INSERT CMAKE_CXX_COMPILER_LAUNCHER 3 CCACHE_SLOPPINESS=pch_defines,time_macros)
+endif()
+zib_precompiled(zib_product_headers MACROS ${ZIB_PRODUCT_MACROS} LIBS Qt6::Widgets
+    HEADERS <QtWidgets/QtWidgets> <algorithm> <atomic> <functional> <memory> <optional> <string> <thread> <vector>)
+zib_precompiled(zib_test_headers MACROS ${ZIB_TEST_MACROS} LIBS Qt6::Widgets Qt6::Test
+    HEADERS <QtWidgets/QtWidgets> <QtTest/QtTest> <functional> <memory> <string> <vector>)
+
 # zib_folder(name SOURCES ... DEPENDS folders LIBS targets)
 #   Makes the static library zib_<name> from this folder ("/" in a name becomes "_").
 function(zib_folder name)
@@ -13,6 +45,11 @@ function(zib_folder name)
         string(REPLACE "/" "_" other ${folder})
         target_link_libraries(${target} PUBLIC zib_${other})
     endforeach()
+    if(ZIB_PRECOMPILED)
+        target_compile_definitions(${target} PRIVATE ${ZIB_PRODUCT_MACROS})
+        target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+        target_precompile_headers(${target} REUSE_FROM zib_product_headers)
+    endif()
     set_property(GLOBAL APPEND PROPERTY ZIB_FOLDERS "${name}:${arg_DEPENDS}")
 endfunction()
 
@@ -36,6 +73,11 @@ function(zib_test name)
         string(REPLACE "/" "_" other ${folder})
         target_link_libraries(${name} PRIVATE zib_${other})
     endforeach()
+    if(ZIB_PRECOMPILED AND arg_DEPENDS)
+        target_compile_definitions(${name} PRIVATE ${ZIB_TEST_MACROS})
+        target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+        target_precompile_headers(${name} REUSE_FROM zib_test_headers)
+    endif()
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}"
                          ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;SDL_AUDIODRIVER=dummy;${arg_ENVIRONMENT}")

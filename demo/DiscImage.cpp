@@ -4,11 +4,20 @@
 
 #include <QFile>
 
+#include <algorithm>
+
 #include <cdio/cdio.h>
+#include <cdio/logging.h>
 
 namespace demo {
 
 using zib::Failure;
+
+namespace {
+
+constexpr qint64 kMostFramesAtOnce = 75; // libcdio 2.2 refuses long reads of images
+
+} // namespace
 
 void DiscImage::Close::operator()(_CdIo* disc) const
 {
@@ -17,6 +26,7 @@ void DiscImage::Close::operator()(_CdIo* disc) const
 
 zib::Outcome<DiscImage> DiscImage::open(const QString& cue)
 {
+    cdio_log_set_handler([](cdio_log_level_t, const char*) {}); // the library's own ends the program
     std::shared_ptr<_CdIo> disc(cdio_open(QFile::encodeName(cue).constData(), DRIVER_BINCUE), Close());
     if (!disc)
         return Failure{Failure::Kind::UnreadableFile, cue};
@@ -44,9 +54,13 @@ zib::Outcome<QList<DiscTrack>> DiscImage::tracks() const
 QByteArray DiscImage::read(qint64 first, qint64 count) const
 {
     QByteArray frames(count * zib::kBytesPerFrame, '\0');
-    const auto result = cdio_read_audio_sectors(m_disc.get(), frames.data(), static_cast<lsn_t>(first),
-                                                static_cast<uint32_t>(count));
-    return result == DRIVER_OP_SUCCESS ? frames : QByteArray();
+    for (qint64 done = 0; done < count; done += kMostFramesAtOnce) {
+        const auto step = static_cast<uint32_t>(std::min(count - done, kMostFramesAtOnce));
+        if (cdio_read_audio_sectors(m_disc.get(), frames.data() + done * zib::kBytesPerFrame,
+                                    static_cast<lsn_t>(first + done), step) != DRIVER_OP_SUCCESS)
+            return {};
+    }
+    return frames;
 }
 
 } // namespace demo

@@ -1,17 +1,97 @@
-# Sourced by run and test: installs what packages.txt names and this machine lacks.
-# Quick when nothing is missing; says what it does otherwise.
-install_packages() {
-    local missing=() package
-    while read -r package; do
-        [[ -z $package || $package == \#* ]] && continue
-        [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] ||
-            missing+=("$package")
+# Sourced by run, test and the checks: installs what packages.txt names and this machine lacks.
+
+# wanted_packages SECTION...: the lines of these sections, one a line, comments left out.
+wanted_packages() {
+    local line section=""
+    while read -r line; do
+        case $line in
+            ""|\#*) ;;
+            \[*\]) section=${line//[\[\]]/} ;;
+            *) [[ " $* " == *" $section "* ]] && echo "$line" ;;
+        esac
     done < packages.txt
-    ((${#missing[@]})) || return 0
-    local sudo=()
-    ((EUID == 0)) || sudo=(sudo)
+}
+
+# known_package NAME: this distribution has a package of that name.
+known_package() { apt-cache show --no-all-versions "$1" > /dev/null 2>&1; }
+
+# missing_packages SECTION...: what is not installed; of alternatives the first that the distribution has.
+missing_packages() {
+    local installed line name names
+    installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' 2> /dev/null | sed -n 's/^installed //p')
+    while read -r line; do
+        IFS='| ' read -ra names <<< "$line"
+        name=${names[0]}
+        if ((${#names[@]} > 1)) && ! grep -qxF "$name" <<< "$installed"; then
+            known_package "$name" || name=${names[1]}
+        fi
+        grep -qxF "$name" <<< "$installed" || echo "$name"
+    done < <(wanted_packages "$@")
+}
+
+# ask_administrator PACKAGE...: what an account says that may not install.
+ask_administrator() {
+    cat >&2 <<END
+These packages are missing, and this account may not install them. Ask an administrator for this one command:
+
+    apt-get install --no-install-recommends $*
+
+Then start $0 again.
+END
+}
+
+# apt_line LOG: turns the progress that apt reports into one moving line, and keeps the rest in LOG.
+apt_line() {
+    local kind package percent rest
+    while IFS=: read -r kind package percent rest; do
+        case $kind in
+            dlstatus) printf '\r\e[KFetching packages: %s %%' "${percent%.*}" ;;
+            pmstatus) printf '\r\e[KInstalling packages: %s %%  %s' "${percent%.*}" "${package:0:40}" ;;
+            *) echo "$kind $package $percent $rest" >> "$1" ;;
+        esac
+    done
+    printf '\r\e[K'
+}
+
+# apt_install AS... -- PACKAGE...: a moving line on a terminal; what apt says is shown only when it fails.
+apt_install() {
+    local as=() log status=0
+    while [[ $1 != -- ]]; do as+=("$1"); shift; done
+    shift
+    local install=("${as[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends)
+    log=$(mktemp)
+    if [[ -t 1 ]]; then
+        "${install[@]}" -o APT::Status-Fd=1 "$@" 2>&1 | apt_line "$log" || status=$?
+    else
+        "${install[@]}" "$@" > "$log" 2>&1 || status=$?
+    fi
+    ((status == 0)) || cat "$log" >&2
+    rm -f "$log"
+    return "$status"
+}
+
+# may_install: this account is root or becomes it by sudo, asking for a password only at a terminal.
+may_install() {
+    ((EUID == 0)) && return 0
+    command -v sudo > /dev/null || return 1
+    sudo -n true 2> /dev/null || { [[ -t 0 ]] && sudo -v; }
+}
+
+# install_packages SECTION...: quick when nothing is missing; says what it does otherwise.
+install_packages() {
+    local missing as=() stamp="build/packages-${*: -1}"
+    [[ $stamp -nt packages.txt && $stamp -nt /var/lib/dpkg/status ]] && return 0
+    mkdir -p build
+    mapfile -t missing < <(missing_packages "$@")
+    ((${#missing[@]})) || { touch "$stamp"; return 0; }
+    if ! may_install; then
+        ask_administrator "${missing[@]}"
+        return 1
+    fi
+    ((EUID == 0)) || as=(sudo)
     echo "Installing ${#missing[@]} missing packages: ${missing[*]}"
-    "${sudo[@]}" apt-get update -qq
-    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -y -qq --no-install-recommends "${missing[@]}" > /dev/null
+    "${as[@]}" apt-get update -qq > /dev/null
+    mapfile -t missing < <(missing_packages "$@")
+    apt_install "${as[@]}" -- "${missing[@]}"
+    touch "$stamp"
 }

@@ -1,3 +1,4 @@
+#include "DiscImage.h"
 #include "burn/frmPrepare.h"
 #include "burn/frmWrite.h"
 #include "engines/audio/makers.h"
@@ -13,9 +14,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
-
-#include <cdio/cdio.h>
-#include <cdio/disc.h>
 
 #include <csignal>
 #include <cstdio>
@@ -95,17 +93,10 @@ struct Road
         const QStringList found = imageFiles();
         if (found.size() != 2)
             return sounds;
-        CdIo_t* disc = cdio_open(qPrintable(images() + '/' + found[1]), DRIVER_BINCUE);
-        const int count = disc ? cdio_get_num_tracks(disc) : 0;
-        for (int track = 1; track <= count; ++track) {
-            const lsn_t begin = cdio_get_track_lsn(disc, track_t(track));
-            const lsn_t end = track == count ? cdio_get_disc_last_lsn(disc)
-                                             : cdio_get_track_pregap_lsn(disc, track_t(track + 1));
-            sounds << QByteArray(qsizetype{end - begin} * 2352, '\1');
-            cdio_read_audio_sectors(disc, sounds.last().data(), begin, uint32_t(end - begin));
-        }
-        if (disc)
-            cdio_destroy(disc);
+        const auto disc = demo::DiscImage::open(images() + '/' + found[1]);
+        const auto told = disc ? disc->tracks() : disc.error();
+        for (const demo::DiscTrack& track : told ? *told : QList<demo::DiscTrack>())
+            sounds << disc->read(track.start, track.frames);
         return sounds;
     }
 

@@ -45,7 +45,8 @@ bool ask(_CdIo* disc, std::initializer_list<int> command, std::array<quint8, siz
     return askDrive(disc, command, reply.data(), size);
 }
 
-/// The library speaks to nobody: what it has to say shows in its answers.
+/// The library speaks to nobody: what it has to say shows in its answers. Its own listener would do more than
+/// print, it ends the program at the first error.
 void silenceLibrary()
 {
     static std::once_flag once;

@@ -204,6 +204,14 @@ private slots:
         QVERIFY(player.heard(0) == sound);
     }
 
+    void assertionInTheLibrary_doesNotEndTheProgram()
+    {
+        const auto player = zib::makeAudioPlayer();
+        player->setFormat(44100, 2);
+        QCOMPARE(player->open(), 0);
+        SDL_assert_always(player == nullptr);
+    }
+
     void deviceLost_whilePlaying_finishesWithANegativeStatus()
     {
         qputenv("SDL_AUDIODRIVER", "disk");

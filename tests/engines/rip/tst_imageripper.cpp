@@ -1,11 +1,13 @@
 #include "common/CdTime.h"
 #include "engines/burn/WavMaker.h"
 #include "engines/burn/makers.h"
+#include "engines/rip/CdioDisc.h"
 #include "engines/rip/RipBench.h"
 #include "engines/rip/makers.h"
 
 #include <csignal>
 
+#include <cdio/logging.h>
 #include <sys/resource.h>
 
 using namespace zib;
@@ -108,6 +110,13 @@ private slots:
             QCOMPARE(samples.mid(sounds[track - 1].size()).count('\0'),
                      samples.size() - sounds[track - 1].size());
         }
+    }
+
+    void libraryThatRaisesAnAlarm_doesNotEndTheProgram()
+    {
+        QVERIFY(!CdioDisc::openDrive("/dev/null"));
+        cdio_error("The default listener exits here.");
+        cdio_log(CDIO_LOG_ASSERT, "And it aborts here.");
     }
 
     void image_ofManyShapes_isBitExact_data()
