@@ -2,10 +2,11 @@
 # build. Daily work leaves it off: a compiler cache serves it better, and every file shows what it forgot to include.
 option(ZIB_PRECOMPILED "Precompile the toolkit's headers for a quick first build" OFF)
 
-# A precompiled header serves a target only if both know the same macros, so these go to every user of one.
-set(ZIB_PRODUCT_MACROS QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB QT_NO_CAST_FROM_ASCII
+# A precompiled header serves a target only if both know the same macros, so these go to every user of one; the first
+# is what SDL wants of its users.
+set(ZIB_PRODUCT_MACROS _REENTRANT QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB QT_NO_CAST_FROM_ASCII
     QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
-set(ZIB_TEST_MACROS QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB QT_TESTLIB_LIB QT_TESTCASE_BUILDDIR="${CMAKE_BINARY_DIR}")
+set(ZIB_TEST_MACROS _REENTRANT QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB QT_TESTLIB_LIB QT_TESTCASE_BUILDDIR="${CMAKE_BINARY_DIR}")
 
 # zib_precompiled(name MACROS macros LIBS targets HEADERS headers)
 #   The target whose precompiled headers others take over.

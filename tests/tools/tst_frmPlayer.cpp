@@ -470,7 +470,7 @@ private slots:
         }
         QCOMPARE(visited, (QStringList{"cmdPlay", "chkPause", "cmdStop", "cmdTop", "cmdBackward",
                                        "cmdForward", "cmdEnd", "chkRpt", "cmdVol", "cmdOpen", "cmdRemove",
-                                       "chkDown", "Slider1", "ListView1"}));
+                                       "chkDown", "ListView1", "Slider1"}));
     }
 
     void tenThousandFiles_areAddedPlayedAndRemoved()

@@ -1,0 +1,338 @@
+#!/usr/bin/python3
+"""Walks every window of the real program as a screen reader and a keyboard see it, over AT-SPI.
+
+walk.py PROGRAM: wants a display and a session bus (xvfb-run and dbus-run-session give both).
+Checked in each window: every control that takes focus has a name and a role, the Tab key reaches all of them in the
+order of the eye, and the focus is somewhere while a job disables controls; percentages and status lines are told.
+"""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import wave
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+PATIENCE = 60
+ROLELESS = {"unknown", "invalid", "filler", "panel", "redundant object"}
+TABS = {"filler", "page tab"}  # the arrows move between tabs
+CELLS = {"label", "table cell", "list item", "tree item", "menu item", "table column header", "table row header"}
+failures = []
+events = []
+
+
+def fail(window, text):
+    failures.append(f"{window}: {text}")
+    print("FAIL", failures[-1], flush=True)
+
+
+class NothingCame(Exception):
+    pass
+
+
+def wait_for(what, found):
+    """The first true answer of found(); the events that came meanwhile are kept."""
+    end = time.monotonic() + PATIENCE
+    while time.monotonic() < end:
+        while GLib.MainContext.default().iteration(False):
+            pass
+        try:
+            answer = found()
+        except GLib.Error:  # the object went away while it was asked
+            answer = None
+        if answer:
+            return answer
+        time.sleep(0.02)
+    raise NothingCame(what)
+
+
+def xdotool(*arguments):
+    return subprocess.run(["xdotool", *arguments], capture_output=True, text=True, check=False).stdout.split()
+
+
+def has(item, *states):
+    held = item.get_state_set()
+    return all(held.contains(getattr(Atspi.StateType, state)) for state in states)
+
+
+def below(item):
+    """All that is on show below an object, in the order of the tree."""
+    for i in range(min(item.get_child_count(), 200)):
+        child = item.get_child_at_index(i)
+        if child and has(child, "SHOWING"):
+            yield child
+            yield from below(child)
+
+
+def place(item):
+    at = Atspi.Component.get_extents(item, Atspi.CoordType.SCREEN)
+    return at.x, at.y, at.width, at.height
+
+
+class Program:
+    def __init__(self, executable):
+        self.folder = tempfile.mkdtemp(prefix="walk-")
+        home = os.path.join(self.folder, "program")
+        keep = {"ZibCDBurner", "TIPOFDAY.TXT", "Sample1.jpg", "zibburn.chm"}
+        source = os.path.dirname(executable)
+        os.mkdir(home)
+        for name in keep:
+            shutil.copy(os.path.join(source, name), home)
+        environment = dict(os.environ, QT_QPA_PLATFORM="xcb", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+                           SDL_AUDIODRIVER="dummy", HOME=self.folder, LC_ALL="C.UTF-8",
+                           XDG_RUNTIME_DIR=self.folder)
+        self.process = subprocess.Popen([os.path.join(home, "ZibCDBurner")], env=environment)
+
+    def end(self):
+        self.process.terminate()
+        self.process.wait(PATIENCE)
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def windows(self):
+        desktop = Atspi.get_desktop(0)
+        for i in range(desktop.get_child_count()):
+            application = desktop.get_child_at_index(i)
+            if application and application.get_process_id() == self.process.pid:
+                for k in range(application.get_child_count()):
+                    window = application.get_child_at_index(k)
+                    if window and has(window, "SHOWING"):
+                        yield window
+
+    def window(self, title, roles=("dialog", "frame", "window", "alert", "file chooser")):
+        """The window of this title once it is on show; of several the last that was opened."""
+        def named():
+            found = [w for w in self.windows() if w.get_name().startswith(title) and w.get_role_name() in roles]
+            return found[-1] if found else None
+        window = wait_for(f"the window {title!r}", named)
+        self.take_focus(title)
+        return window
+
+    def take_focus(self, title):
+        ids = wait_for(f"the window {title!r} on the screen",
+                       lambda: xdotool("search", "--onlyvisible", "--name", f"^{title}"))
+        self.shown = ids[-1]
+        xdotool("windowfocus", "--sync", self.shown)
+
+    def press(self, *keys):
+        xdotool("windowfocus", self.shown, "key", "--clearmodifiers", *keys)
+
+    def menu_is_open(self):
+        return any(i.get_role_name() == "popup menu" for w in self.windows() for i in (w, *below(w)))
+
+    def choose(self, menu, item):
+        """An item of a menu by its letter, the menu by its own; a window that came just now may miss a key."""
+        def opened():
+            if not self.menu_is_open():
+                self.press(menu)
+                time.sleep(0.3)
+            return self.menu_is_open()
+        wait_for(f"the menu of {menu}", opened)
+        xdotool("key", item)
+
+    def click(self, window, name):
+        button = wait_for(f"the button {name!r}",
+                          lambda: [i for i in below(window) if i.get_name() == name and has(i, "ENABLED")])[0]
+        x, y, width, height = place(button)
+        xdotool("mousemove", str(x + width // 2), str(y + height // 2), "click", "1")
+
+    def gone(self, title):
+        wait_for(f"the end of {title!r}", lambda: not [w for w in self.windows() if w.get_name().startswith(title)])
+
+
+def takers(window):
+    """What takes the focus in a window; cells belong to their list."""
+    return [i for i in below(window) if has(i, "FOCUSABLE") and i.get_role_name() not in CELLS]
+
+
+def check_names(title, window):
+    for item in takers(window):
+        role = item.get_role_name()
+        if not item.get_name().strip():
+            fail(title, f"a {role} at {place(item)} has no name")
+        if role in ROLELESS and not any(i.get_role_name() == "page tab list" for i in below(item)):
+            fail(title, f"{item.get_name()!r} has the role {role!r}")
+
+
+def focused(window):
+    holders = [i for i in below(window) if has(i, "FOCUSED")]
+    others = [i for i in holders if i.get_role_name() != "page tab"]  # the front tab always says that it has it
+    return (others or holders or [None])[-1]
+
+
+def goes_back(before, after):
+    """Whether the eye has to jump back from one control to the next: up, but not to a column further right."""
+    (x1, y1, w1, h1), (x2, y2, _, h2) = before, after
+    above = y2 + h2 <= y1 + h1 // 4
+    same_row = not above and y2 < y1 + h1 * 3 // 4
+    return (above and x2 < x1 + w1) or (same_row and x2 + 2 < x1)
+
+
+def jumps_back(order):
+    """Where the Tab key goes against the eye, within one box, on the way from the first control to the last."""
+    return [f"from {before.get_name()!r} the Tab key jumps back to {after.get_name()!r}"
+            for before, after in zip(order, order[1:])
+            if before.get_parent() == after.get_parent() and goes_back(place(before), place(after))]
+
+
+def check_tab_order(program, title, window):
+    reachable = [i for i in takers(window) if has(i, "ENABLED") and i.get_role_name() not in TABS | {"radio button"}]
+    if len(reachable) < 2:
+        return
+    xdotool("windowfocus", "--sync", program.shown)
+    start = wait_for(f"the focus in {title}", lambda: focused(window))
+    order = [start]
+    for _ in range(len(reachable) + 3):
+        last = order[-1]
+        program.press("Tab")
+        order.append(wait_for(f"the focus behind {last.get_name()!r} in {title}",
+                              lambda: (lambda f: f if f and f != last else None)(focused(window))))
+        if order[-1] == start:
+            break
+    else:
+        fail(title, "the Tab key does not come round: " + ", ".join(i.get_name() for i in order))
+    for item in reachable:
+        if item not in order:
+            fail(title, f"the Tab key does not reach {item.get_name()!r}, a {item.get_role_name()}")
+    round_trip = order[:-1]
+    turns = [jumps_back(round_trip[i:] + round_trip[:i]) for i in range(len(round_trip))]
+    for jump in min(turns, key=len):
+        fail(title, jump + ", on the way " + ", ".join(i.get_name() for i in round_trip))
+
+
+def check(program, title, close=("Escape",), tabs=True):
+    """A window that has just been opened, and its closing by the keyboard."""
+    window = program.window(title)
+    print("looking at", title, flush=True)
+    check_names(title, window)
+    if tabs:
+        check_tab_order(program, title, window)
+    if close:
+        program.press(*close)
+        program.gone(title)
+    return window
+
+
+def watch_job(program, title, seconds=PATIENCE):
+    """Looks after the focus while a window works, until it has gone or its first button waits again."""
+    lost, looked = 0, 0
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        while GLib.MainContext.default().iteration(False):
+            pass
+        window = next((w for w in program.windows() if w.get_name().startswith(title)), None)
+        if window is None:
+            break
+        looked += 1
+        try:
+            lost = 0 if focused(window) or not takers(window) else lost + 1
+        except GLib.Error:
+            continue
+        if lost > 20:
+            fail(title, "nothing holds the focus while the window works")
+            break
+        if any("Completed" in i.get_name() for i in below(window)):
+            break
+        time.sleep(0.05)
+    return looked
+
+
+def long_wav(folder):
+    name = os.path.join(folder, "long.wav")
+    with wave.open(name, "wb") as file:
+        file.setparams((1, 2, 22050, 0, "NONE", ""))
+        file.writeframes(b"\x10\x00\xf0\xff" * (22050 * 60 * 15 // 2))
+    return name
+
+
+def told(kind, role):
+    return any(k == kind and r == role for k, r in events)
+
+
+def note(event):
+    try:
+        events.append((event.type.split(":")[-1], event.source.get_role_name()))
+    except GLib.Error:
+        pass
+
+
+def add_file(program, path):
+    program.choose("alt+f", "f")
+    program.window("Open Audio Files")
+    xdotool("type", "--delay", "10", path)
+    xdotool("key", "Return")
+    program.gone("Open Audio Files")
+    program.window("Zib CD Burner")
+
+
+def main():
+    program = Program(os.path.abspath(sys.argv[1]))
+    listener = Atspi.EventListener.new(note)
+    for kind in ("accessible-name", "accessible-value"):
+        listener.register(f"object:property-change:{kind}")
+    try:
+        walk(program)
+    except NothingCame as waited:
+        fail("the walk", f"nothing came of {waited}; there are {[w.get_name() for w in program.windows()]}")
+    finally:
+        program.end()
+    print(f"{len(failures)} findings")
+    return 1 if failures else 0
+
+
+def walk(program):
+    check(program, "Tip of the Day")
+    main_window = check(program, "Zib CD Burner", close=None)
+    if not any(i.get_role_name() == "progress bar" and i.get_name() for i in below(main_window)):
+        fail("Zib CD Burner", "the gauge is no progress bar with a name")
+    for title, keys in (("Rip CD to WAV", ("alt+t", "r")), ("MP3 To WAV Converter", ("alt+t", "c")),
+                        ("Player", ("alt+t", "p")), ("Options", ("alt+t", "o")), ("About", ("alt+h", "a"))):
+        program.take_focus("Zib CD Burner")
+        program.choose(*keys)
+        check(program, title)
+    walk_label(program)
+    walk_writing(program)
+
+
+def walk_label(program):
+    program.take_focus("Zib CD Burner")
+    program.choose("alt+t", "m")
+    designer = check(program, "CD Label Maker", close=None)
+    for button, title in (("Title...", "Label Title Properties"), ("Background...", "Label Background Properties"),
+                          ("List...", "Label List Properties")):
+        program.take_focus("CD Label Maker")
+        program.click(designer, button)
+        check(program, title)
+    program.take_focus("CD Label Maker")
+    program.press("Escape")
+    program.gone("CD Label Maker")
+
+
+def walk_writing(program):
+    program.take_focus("Zib CD Burner")
+    add_file(program, long_wav(program.folder))
+    program.choose("alt+k", "p")
+    check(program, "Play...")
+    program.take_focus("Zib CD Burner")
+    events.clear()
+    program.choose("alt+f", "w")
+    check(program, "Prepare Tracks", close=None, tabs=False)
+    watch_job(program, "Prepare Tracks")
+    if not told("accessible-value", "progress bar"):
+        fail("Prepare Tracks", "the percentage is not told")
+    window = check(program, "Write Audio CD", close=None)
+    events.clear()
+    program.click(window, "Start Writing")
+    watch_job(program, "Write Audio CD")
+    if not told("accessible-value", "progress bar"):
+        fail("Write Audio CD", "the percentage is not told")
+    if not told("accessible-name", "label"):
+        fail("Write Audio CD", "the status lines are not told")
+
+
+if __name__ == "__main__":
+    sys.exit(main())
