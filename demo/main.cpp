@@ -1,6 +1,7 @@
 // Plays the program's main job in its real windows: three sample files are added, prepared and written to the
 // recorder of disc images; the image is read back with libcdio and compared with the prepared files.
-//   zib_demo [FOLDER]     FOLDER: where the pictures and the image go, build/demo when none is given
+//   zib_demo [FOLDER [dark]]   FOLDER: where the pictures and the image go, build/demo when none is given
+//                              dark: in dark colours
 
 #include "Show.h"
 #include "comparison.h"
@@ -11,6 +12,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QPalette>
 
 #include <cstdio>
 
@@ -28,6 +30,17 @@ void say(const QString& line)
 {
     std::puts(qPrintable(line));
     std::fflush(stdout);
+}
+
+/// Colours as a dark desktop gives them to its programs.
+QPalette darkColours()
+{
+    QPalette colours(QColor(53, 53, 53));
+    colours.setColor(QPalette::Base, QColor(35, 35, 35));
+    colours.setColor(QPalette::Highlight, QColor(42, 130, 218));
+    colours.setColor(QPalette::HighlightedText, Qt::black);
+    colours.setColor(QPalette::Link, QColor(90, 170, 250));
+    return colours;
 }
 
 QString row(const QString& number, const QString& file, const QString& length, const QString& samples,
@@ -78,6 +91,8 @@ int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     QApplication::setApplicationName(zib::kApplicationTitle);
+    if (argc > 2 && qstrcmp(argv[2], "dark") == 0)
+        QApplication::setPalette(darkColours());
     const QString folder =
         QDir(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("build/demo")).absolutePath();
 

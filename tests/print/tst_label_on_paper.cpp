@@ -68,11 +68,12 @@ QHash<QString, QPointF> wordsOf(const QString& pdf)
     return words;
 }
 
-/// Every rectangle of a page in the colour @p rgb, written as "100%,0%,0%", in points.
+/// Every rectangle of a page in the colour @p rgb, written as "100%,0%,0%", in points. The tool's releases write
+/// a style with a colour or a colour of its own, with blanks.
 QList<QRectF> rectanglesOf(const QString& pdf, const QString& rgb)
 {
     const QRegularExpression path(
-        "fill:rgb\\(" + rgb +
+        "fill(?::|=\")rgb\\(" + QString(rgb).replace(",", ", ?") +
         "\\)[^>]* d=\"M ([0-9.]+) ([0-9.]+) L [0-9. ]+ L ([0-9.]+) ([0-9.]+) L [^C]*?\"");
     QList<QRectF> rectangles;
     auto found = path.globalMatch(output("pdftocairo", {"-svg", pdf, "-"}));

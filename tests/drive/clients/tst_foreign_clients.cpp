@@ -249,9 +249,13 @@ void TestForeignClients::cdrdao_writesCodesTextAndFlags()
     QCOMPARE(content.tracks[1].start, 550);
     QCOMPARE(content.leadOut, 550 + 351);
     const QString told = bench.run("cd-info --no-cddb --no-header -C /dev/sr0").output;
-    for (const char* const text :
-         {"1234567890123", "ABCDE1234567", "TITLE: Album", "TITLE: Two", "PERFORMER: Band"}) {
-        QVERIFY2(told.contains(text), qPrintable(QString(text) + " is missing in\n" + told));
+    QStringList texts{"1234567890123", "ABCDE1234567", "TITLE: Album"};
+    if (bench.run("cdrdao").output.contains("version 1.2.5")) // it sets no end behind each text
+        texts << "TITLE: AlbumOneTwo";
+    else
+        texts << "TITLE: Two" << "PERFORMER: Band";
+    for (const QString& text : texts) {
+        QVERIFY2(told.contains(text), qPrintable(text + " is missing in\n" + told));
     }
 }
 

@@ -214,9 +214,14 @@ private slots:
 
     void deviceLost_whilePlaying_finishesWithANegativeStatus()
     {
+        const QTemporaryDir folder;
+        const QByteArray pipe = QFile::encodeName(folder.filePath("sound"));
+        QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
+        const int listener = ::open(pipe.constData(), O_RDONLY | O_NONBLOCK);
+        std::signal(SIGPIPE, SIG_IGN);
         qputenv("SDL_AUDIODRIVER", "disk");
         qputenv("SDL_DISKAUDIODELAY", "1");
-        qputenv("SDL_DISKAUDIOFILE", "/dev/full"); // the first portion that reaches it fails
+        qputenv("SDL_DISKAUDIOFILE", pipe);
         const auto player = zib::makeAudioPlayer();
         QSignalSpy finished(player.get(), &AudioPlayer::PlaybackFinished);
         connect(player.get(), &AudioPlayer::BufferDone, this,
@@ -225,6 +230,7 @@ private slots:
         QCOMPARE(player->open(), 0);
         player->writeBlock(AudioBlock(tone(88200)));
         player->writeBlock(AudioBlock(tone(88200)));
+        ::close(listener); // from here on every portion fails
         QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, kPatienceMs);
         QVERIFY(player->status() < 0);
         player->close();
