@@ -5,6 +5,7 @@
 #include <taglib/id3v2framefactory.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/mpegfile.h>
+#include <taglib/taglib.h>
 #include <taglib/tbytevectorstream.h>
 
 #include <algorithm>
@@ -107,7 +108,11 @@ Tag readId3v2At(const SourceFile& file, qint64 offset, qint64 most)
     const QByteArray bytes = file.bytes(offset, std::min({told, most, kMostTagBytes}));
     TagLib::ByteVectorStream stream(
         TagLib::ByteVector(bytes.constData(), static_cast<unsigned>(bytes.size())));
+#if TAGLIB_MAJOR_VERSION >= 2
+    TagLib::MPEG::File parsed(&stream, false);
+#else
     TagLib::MPEG::File parsed(&stream, TagLib::ID3v2::FrameFactory::instance(), false);
+#endif
     const TagLib::ID3v2::Tag* tag = parsed.ID3v2Tag();
     if (tag == nullptr)
         return {};
