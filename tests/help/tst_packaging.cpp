@@ -13,6 +13,7 @@ class TestPackaging : public QObject
     Q_OBJECT
 private slots:
     void install_intoAPrefixWithBlanks_isWhole();
+    void release_hasOneNumber();
     void mimeType_isWellFormed_andNamesTheProject();
     void samples_haveTheirFormats_data();
     void samples_haveTheirFormats();
@@ -53,6 +54,23 @@ void TestPackaging::install_intoAPrefixWithBlanks_isWhole()
     }
     QVERIFY(QFile::exists(prefix + "/share/icons/hicolor/scalable/apps/zibcdburner.svg"));
     QVERIFY(QFile::exists(prefix + "/share/mime/packages/zibcdburner.xml"));
+    for (const char* const file :
+         {"metainfo/zibcdburner.metainfo.xml", "man/man1/zibcdburner.1.gz", "doc/zibcdburner/copyright",
+          "doc/zibcdburner/changelog.gz", "icons/hicolor/scalable/mimetypes/application-x-zib-project.svg"})
+        QVERIFY2(QFile::exists(prefix + "/share/" + file), file);
+    QCOMPARE(QFileInfo(prefix + "/bin/zibcdburner").canonicalFilePath(), program.canonicalFilePath());
+}
+
+void TestPackaging::release_hasOneNumber()
+{
+    const auto newest = QRegularExpression("\n## ([0-9.]+) \\(([0-9-]+)\\)")
+                            .match(QString::fromUtf8(contents(ZIB_SOURCE_DIR "/CHANGELOG.md")));
+    QVERIFY(newest.hasMatch());
+    const QString made = ZIB_BINARY_DIR "/packaging/";
+    const QString metadata = QString::fromUtf8(contents(made + "zibcdburner.metainfo.xml"));
+    QVERIFY(metadata.contains(QString("version=\"%1\" date=\"%2\"").arg(newest[1], newest[2])));
+    QVERIFY(contents(made + "changelog").startsWith("zibcdburner (" + newest[1].toUtf8() + ") "));
+    QVERIFY(contents(made + "zibcdburner.1").contains("Zib CD Burner " + newest[1].toUtf8()));
 }
 
 void TestPackaging::mimeType_isWellFormed_andNamesTheProject()

@@ -68,8 +68,8 @@ QHash<QString, QPointF> wordsOf(const QString& pdf)
     return words;
 }
 
-/// Every rectangle of a page in the colour @p rgb, written as "100%,0%,0%", in points. The tool's releases write
-/// a style with a colour or a colour of its own, with blanks.
+/// Every rectangle of a page in the colour @p rgb, written as "100%,0%,0%", in points. The tool's releases
+/// write a style with a colour or a colour of its own, with blanks.
 QList<QRectF> rectanglesOf(const QString& pdf, const QString& rgb)
 {
     const QRegularExpression path(

@@ -253,7 +253,8 @@ void TestForeignClients::cdrdao_writesCodesTextAndFlags()
     if (bench.run("cdrdao").output.contains("version 1.2.5")) // it sets no end behind each text
         texts << "TITLE: AlbumOneTwo";
     else
-        texts << "TITLE: Two" << "PERFORMER: Band";
+        texts << "TITLE: Two"
+              << "PERFORMER: Band";
     for (const QString& text : texts) {
         QVERIFY2(told.contains(text), qPrintable(text + " is missing in\n" + told));
     }
