@@ -10,3 +10,11 @@ set(ZIB_VERSION ${CMAKE_MATCH_1})
 set(ZIB_RELEASE_DATE ${CMAKE_MATCH_2})
 string(REGEX REPLACE "\n## .*" "" ZIB_RELEASE_NOTES "${CMAKE_MATCH_3}")
 string(STRIP "${ZIB_RELEASE_NOTES}" ZIB_RELEASE_NOTES)
+
+# What the about window shows is a constant of the sources, so that a new release does not compile everything anew in
+# daily work; a build with two numbers is refused.
+file(READ ${CMAKE_CURRENT_LIST_DIR}/../src/common/Texts.h text)
+string(REGEX MATCH "kVersionMajor = ([0-9]+);.*kVersionMinor = ([0-9]+);.*kVersionRevision = ([0-9]+);" found "${text}")
+if(NOT ZIB_VERSION STREQUAL "${CMAKE_MATCH_1}.${CMAKE_MATCH_2}.${CMAKE_MATCH_3}")
+    message(FATAL_ERROR "CHANGELOG.md and src/common/Texts.h name different releases.")
+endif()
