@@ -114,9 +114,10 @@ private slots:
 
     void libraryThatRaisesAnAlarm_doesNotEndTheProgram()
     {
-        QVERIFY(!CdioDisc::openDrive("/dev/null"));
+        const auto any = CdioDisc::openDrive("/dev/null"); // the first use takes the library's voice
         cdio_error("The default listener exits here.");
         cdio_log(CDIO_LOG_ASSERT, "And it aborts here.");
+        Q_UNUSED(any)
     }
 
     void image_ofManyShapes_isBitExact_data()
