@@ -68,9 +68,10 @@ void TestPackaging::release_hasOneNumber()
     QVERIFY(newest.hasMatch());
     const QString made = ZIB_BINARY_DIR "/packaging/";
     const QString metadata = QString::fromUtf8(contents(made + "zibcdburner.metainfo.xml"));
-    QVERIFY(metadata.contains(QString("version=\"%1\" date=\"%2\"").arg(newest[1], newest[2])));
-    QVERIFY(contents(made + "changelog").startsWith("zibcdburner (" + newest[1].toUtf8() + ") "));
-    QVERIFY(contents(made + "zibcdburner.1").contains("Zib CD Burner " + newest[1].toUtf8()));
+    QVERIFY(
+        metadata.contains(QString("version=\"%1\" date=\"%2\"").arg(newest.captured(1), newest.captured(2))));
+    QVERIFY(contents(made + "changelog").startsWith("zibcdburner (" + newest.captured(1).toUtf8() + ") "));
+    QVERIFY(contents(made + "zibcdburner.1").contains("Zib CD Burner " + newest.captured(1).toUtf8()));
 }
 
 void TestPackaging::mimeType_isWellFormed_andNamesTheProject()
