@@ -116,6 +116,17 @@ QStringList makeSources(const QDir& folder)
     return files;
 }
 
+/// Whether a program tells a text of the disc: as its bytes, in UTF-8, or in octal digits.
+bool tells(const QByteArray& told, const QString& text)
+{
+    const QByteArray bytes = nearestLatin1(text);
+    QByteArray octal;
+    for (const char byte : bytes)
+        octal += static_cast<uchar>(byte) < 0x80 ? QByteArray(1, byte)
+                                                 : '\\' + QByteArray::number(static_cast<uchar>(byte), 8);
+    return told.contains(bytes) || told.contains(QString::fromLatin1(bytes).toUtf8()) || told.contains(octal);
+}
+
 } // namespace
 
 /// A list that goes to a disc and back, again and again; and the same list by other ways.
@@ -126,6 +137,8 @@ private slots:
     void list_overThreeDiscs_staysTheSame_data();
     void list_overThreeDiscs_staysTheSame();
     void list_onImageAndDrive_isTheSame();
+    void names_areSeenByOthers_data();
+    void names_areSeenByOthers();
 };
 
 void TestGenerations::list_overThreeDiscs_staysTheSame_data()
@@ -187,6 +200,41 @@ void TestGenerations::list_onImageAndDrive_isTheSame()
         QCOMPARE(fromImage[i].samples, fromDrive[i].samples);
         QVERIFY(theirs.startsWith(fromDrive[i].samples));
         QCOMPARE(theirs.mid(size).count('\0'), theirs.size() - size);
+    }
+}
+
+void TestGenerations::names_areSeenByOthers_data()
+{
+    QTest::addColumn<QString>("client");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("cd-info") << "cd-info" << QStringList{"--no-cddb", "--no-header", "-C", "/dev/sr0"};
+    QTest::newRow("cdrdao") << "sh"
+                            << QStringList{"-c",
+                                           "cdrdao read-toc --device /dev/sr0 --driver generic-mmc:0x10 "
+                                           "disc.toc && cat disc.toc"};
+    QTest::newRow("cdrskin") << "sh" << QStringList{"-c", "cdrskin dev=/dev/sr0 cdtext_to_v07t=- -toc"};
+    QTest::newRow("icedax") << "icedax" << QStringList{"-D", "/dev/sr0", "-J", "-H", "-v", "titles"};
+}
+
+void TestGenerations::names_areSeenByOthers()
+{
+    QFETCH(QString, client);
+    QFETCH(QStringList, arguments);
+    const QString program = client == "sh" ? arguments[1].section(' ', 0, 0) : client;
+    if (QStandardPaths::findExecutable(program).isEmpty())
+        QSKIP(qPrintable(program + " is not installed"));
+    Generation drive;
+    QCOMPARE(drive.goRound(makeSources(drive.folder.path()), false).size(), kTracks);
+    drive.rips.reset(); // lets the drive go
+    QProcess run;
+    run.setWorkingDirectory(drive.folder.path());
+    run.setProcessChannelMode(QProcess::MergedChannels);
+    run.start(client, arguments);
+    QVERIFY(run.waitForFinished(60'000));
+    const QByteArray told = run.readAll();
+    for (const TrackNames& names : {namesOf(1), namesOf(2), namesOf(3)}) {
+        QVERIFY2(tells(told, names.title), told.right(3000).constData());
+        QVERIFY2(tells(told, names.artist), told.right(3000).constData());
     }
 }
 
