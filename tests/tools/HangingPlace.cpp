@@ -179,6 +179,9 @@ int stat(const char* path, struct stat* info) noexcept
     readlink(const char* path, char* into, size_t size) noexcept
     ZIB_PATH(ssize_t, readlink, (const char*, char*, size_t), path, into, size)
 
+        int renameat2(int from, const char* path, int into, const char* to, unsigned flags) noexcept
+    ZIB_PATH(int, renameat2, (int, const char*, int, const char*, unsigned), from, path, into, to, flags)
+
         ssize_t read(int file, void* into, size_t size)
             ZIB_FILE(ssize_t, read, (int, void*, size_t), file, into, size) ssize_t
     pread(int file, void* into, size_t size, off_t at)

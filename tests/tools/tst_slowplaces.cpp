@@ -174,7 +174,7 @@ private slots:
         QTest::newRow("making the file") << "mkostemps" << 1;
         QTest::newRow("writing") << "write" << 3;
         QTest::newRow("flushing") << "fsync" << 1;
-        QTest::newRow("naming") << "rename" << 1;
+        QTest::newRow("naming") << "renameat2" << 1;
     }
     void converter_atEveryCall_answersAndCloses()
     {
