@@ -25,7 +25,8 @@ IniQuestions::Asked& IniQuestions::askedOf(const QByteArray& section)
     for (Asked& asked : m_asked)
         if (sameName(asked.section, section))
             return asked;
-    return m_asked.emplace_back(Asked{.section = section});
+    m_asked.push_back(Asked{.section = section});
+    return m_asked.back();
 }
 
 void IniQuestions::enter(const QByteArray& section)
