@@ -1,8 +1,12 @@
 #pragma once
 
+#include "common/NameBearer.h"
+
 #include <QObject>
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 /// Extracts audio tracks of a disc, or of a disc image, into WAV files of 44100 Hz, 16 bits, 2 channels.
 ///
@@ -78,9 +82,11 @@ public:
 
     virtual void clearQueue() = 0;
     /// @param path absolute; a missing folder is made, a file of that name is replaced once the track is
-    /// whole.
+    /// whole.  @param seen who bore the name when the user was asked: another one is never replaced. Without
+    /// it, whoever bears the name when the track is begun.
     /// @returns false when the track holds no sound or the file could not be made.
-    virtual bool addTrack(int track, const QString& path) = 0;
+    virtual bool addTrack(int track, const QString& path,
+                          const std::optional<zib::NameBearer>& seen = {}) = 0;
     /// @returns true when the extraction has begun.
     virtual bool start() = 0;
     /// Ends a running extraction without further events. Within two seconds the unfinished file is gone.

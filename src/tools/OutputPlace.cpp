@@ -137,8 +137,9 @@ Folder lookAtFolder(const QString& typed, const QStringList& names)
     else
         folder.reason = whyUnusable(folder.path);
     for (const QString& name : names) {
-        const QFileInfo file(GeneralAPI::JoinPath(folder.path, name));
-        if (file.exists() || file.isSymLink())
+        const NameBearer bearer = bearerOf(nativeName(GeneralAPI::JoinPath(folder.path, name)));
+        folder.seen.insert(name, bearer);
+        if (bearer.someone)
             folder.taken << name;
     }
     return folder;

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "common/NameBearer.h"
+
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -21,6 +24,7 @@ struct Folder
     QString path;      ///< As typed when there is such a folder, else without the blanks at its ends.
     QString reason;    ///< Why it cannot be used; empty when it can.
     QStringList taken; ///< Those of the names that are there already.
+    QHash<QString, NameBearer> seen{}; ///< Who bears each of the names.
 };
 
 /// Makes the folder if it is missing, and tries a file in it.

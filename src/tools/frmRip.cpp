@@ -184,7 +184,7 @@ void frmRip::startUnlessRefused(const Folder& folder)
     } else if (leaveTaken(folder)) {
         EnableControls(false);
         m_ripper->clearQueue();
-        queueTracks(folder.path);
+        queueTracks(folder);
         if (!startExtraction())
             m_services.messages.information(this, QStringLiteral("Extraction could not be started."));
     }
@@ -351,22 +351,23 @@ qint16 frmRip::CountCheckedTracks() const
 }
 
 /// The list may be emptied while one of the boxes is open, when the disc is taken out.
-void frmRip::queueTracks(const QString& folder)
+void frmRip::queueTracks(const Folder& folder)
 {
     for (int track = 1; track <= ui->lvwTracks->topLevelItemCount(); ++track)
         if (zib::RipRows::isTicked(ui->lvwTracks, track))
             queueTrack(track, folder);
 }
 
-void frmRip::queueTrack(int track, const QString& folder)
+void frmRip::queueTrack(int track, const Folder& folder)
 {
     ui->pbRip->setValue(0);
     ui->lblRip->setText(QStringLiteral("Progress:  0%"));
-    const QString path = GeneralAPI::JoinPath(folder, zib::RipRows::fileName(ui->lvwTracks, track));
+    const QString name = zib::RipRows::fileName(ui->lvwTracks, track);
+    const QString path = GeneralAPI::JoinPath(folder.path, name);
     if (!m_ripper->isAudioTrack(track))
         m_services.messages.information(
             this, zib::trackText(track, QStringLiteral("is a data track and cannot be extracted!")));
-    else if (!m_ripper->addTrack(track, path))
+    else if (!m_ripper->addTrack(track, path, folder.seen.value(name)))
         m_services.messages.information(
             this, zib::trackText(track, QStringLiteral("could not be added for extraction!")));
 }

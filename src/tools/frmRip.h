@@ -59,8 +59,8 @@ private:
     void LoadSpeeds();
     void EnableControls(bool enabled);
     qint16 CountCheckedTracks() const;
-    void queueTracks(const QString& folder);
-    void queueTrack(int track, const QString& folder);
+    void queueTracks(const zib::OutputPlace::Folder& folder);
+    void queueTrack(int track, const zib::OutputPlace::Folder& folder);
     bool startExtraction();
 
     std::unique_ptr<Ui::frmRip> ui;

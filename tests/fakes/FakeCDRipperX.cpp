@@ -66,13 +66,14 @@ void FakeCDRipperX::clearQueue()
     queuedTracks.clear();
 }
 
-bool FakeCDRipperX::addTrack(int track, const QString& path)
+bool FakeCDRipperX::addTrack(int track, const QString& path, const std::optional<NameBearer>& seen)
 {
     note(QString("addTrack %1 %2").arg(track).arg(path));
     if (!at(track).audio || refusedTracks.contains(track) || !QDir::isAbsolutePath(path))
         return false;
     queue << path;
     queuedTracks << track;
+    mayReplace << seen;
     return true;
 }
 

@@ -54,7 +54,7 @@ public:
     QString timeText(qint32 length) const override;
     int driveState() override;
     void clearQueue() override;
-    bool addTrack(int track, const QString& path) override;
+    bool addTrack(int track, const QString& path, const std::optional<NameBearer>& seen = {}) override;
     bool start() override;
     void abort() override;
     QStringList unreadTracks() const override { return unread; }
@@ -70,6 +70,7 @@ public:
     mutable QStringList calls; ///< "selectDevice 0", "addTrack 1 path", "start" ... in order.
     QStringList queue;         ///< Paths, in order.
     QList<int> queuedTracks;
+    QList<std::optional<NameBearer>> mayReplace; ///< Of the queued tracks.
     int selected = -1;
     bool running = false;
 

@@ -464,6 +464,20 @@ private slots:
         QVERIFY(d.busy());
     }
 
+    void start_mayReplaceOnlyWhatStoodThereWhenAsked()
+    {
+        RipDesk desk;
+        desk.open();
+        desk.leaveFiles({1});
+        const NameBearer first = bearerOf(QFile::encodeName(desk.file(1)));
+        desk.desk.messages.answer = Messages::Answer::Yes;
+        desk.desk.messages.onShow = [&](const QString&) { desk.leaveFiles({2}); }; // another program's
+        desk.tick({1, 2});
+        desk.click("cmdRip");
+        QCOMPARE(desk.ripper->mayReplace.size(), 2);
+        QVERIFY(desk.ripper->mayReplace[0] == first);
+        QVERIFY(desk.ripper->mayReplace[1] == NameBearer());
+    }
     void start_answeredWithNo_leavesTheFilesAndCopiesTheOthers()
     {
         RipDesk d;

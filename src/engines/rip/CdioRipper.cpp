@@ -249,14 +249,14 @@ void CdioRipper::clearQueue()
     m_targetHangs = false;
 }
 
-bool CdioRipper::addTrack(int track, const QString& path)
+bool CdioRipper::addTrack(int track, const QString& path, const std::optional<NameBearer>& seen)
 {
     const TocTrack found = toc(track);
     if (m_run)
         return refuse(kExtracting);
     if (!found.audio || found.frames < 1)
         return refuse(kNothingToDo);
-    const RipTask task{track, path, found};
+    const RipTask task{track, path, found, seen};
     if (!canTake(task))
         return refuse(kNoPermission);
     m_queue << task;

@@ -43,7 +43,7 @@ public:
     int driveState() override;
 
     void clearQueue() override;
-    bool addTrack(int track, const QString& path) override;
+    bool addTrack(int track, const QString& path, const std::optional<NameBearer>& seen = {}) override;
     bool start() override;
     void abort() override;
     QStringList unreadTracks() const override;

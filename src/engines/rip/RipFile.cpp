@@ -6,6 +6,8 @@
 #include <QFileInfo>
 #include <QtEndian>
 
+#include <cerrno>
+
 #include <unistd.h>
 
 namespace zib {
@@ -52,10 +54,12 @@ bool RipFile::canBeMade(const QString& path, qint32 frames)
            freeBytes(target.path()) >= kHeaderBytes + CdTime::fromFrames(frames).bytes();
 }
 
-Outcome<> RipFile::begin(const QString& path, qint32 frames, const QByteArray& behind)
+Outcome<> RipFile::begin(const QString& path, qint32 frames, const QByteArray& behind,
+                         const std::optional<NameBearer>& seen)
 {
     const std::lock_guard lock(m_mutex);
     m_file.reset();
+    m_taken = false;
     if (m_abandoned)
         return kCancelled;
     const QFileInfo target(path);
@@ -64,7 +68,10 @@ Outcome<> RipFile::begin(const QString& path, qint32 frames, const QByteArray& b
     const auto more = static_cast<quint32>(behind.size());
     m_behind = behind;
     makeFolders(folder);
-    m_seen = bearerOf(nativeName(path));
+    const NameBearer bearer = bearerOf(nativeName(path));
+    m_seen = seen.value_or(bearer);
+    if (bearer.someone && bearer != m_seen)
+        return taken();
     StagedFile::removeLeftOver(folder, target.fileName());
     m_file = std::make_unique<StagedFile>();
     auto begun = m_file->create(folder, target.fileName());
@@ -93,10 +100,16 @@ Outcome<> RipFile::finish()
     auto done = m_file->write(m_behind.constData(), m_behind.size());
     if (done)
         done = m_file->flush();
-    if (done)
-        done = m_file->keepInPlaceOf(m_seen);
+    if (done && !(done = m_file->keepInPlaceOf(m_seen)) && errno == EEXIST)
+        done = taken();
     m_file.reset();
     return done;
+}
+
+Failure RipFile::taken()
+{
+    m_taken = true;
+    return {Failure::Kind::WriteFailed};
 }
 
 void RipFile::drop()

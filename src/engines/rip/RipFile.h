@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace zib {
 
@@ -21,22 +22,29 @@ public:
 
     /// Begins a file, which ends the one before without a trace.  @param frames its length.
     /// @param behind chunks that follow the sound, an even number of bytes.
+    /// @param seen who may be replaced; without it, who bears the name now.
     /// @returns WriteFailed or NoPermission; Cancelled after abandon.
-    Outcome<> begin(const QString& path, qint32 frames, const QByteArray& behind);
+    Outcome<> begin(const QString& path, qint32 frames, const QByteArray& behind,
+                    const std::optional<NameBearer>& seen);
     /// One frame of 2352 bytes.
     Outcome<> write(const char* frame);
-    /// Gives the file its name, in place of the one that bore it at begin; fails when another has it since.
+    /// Gives the file its name, in place of the one that may be replaced; fails when another has it.
     Outcome<> finish();
+    /// Whether the last file failed because another bore its name that may not be replaced; the worker's.
+    bool wasTaken() const { return m_taken; }
     /// Drops the file under way.
     void drop();
     /// Drops the file under way and allows no other.
     void abandon();
 
 private:
+    Failure taken();
+
     std::mutex m_mutex;
     std::unique_ptr<StagedFile> m_file;
     QByteArray m_behind; ///< To be written once the sound is.
-    NameBearer m_seen;   ///< Who bore the name at begin.
+    NameBearer m_seen;   ///< Who may be replaced.
+    bool m_taken = false;
     bool m_abandoned = false;
 };
 

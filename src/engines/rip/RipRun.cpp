@@ -11,6 +11,9 @@ namespace zib {
 
 namespace {
 
+const QString kTaken =
+    QStringLiteral("was not saved: a file of its name has been put there since the start was pressed");
+
 /// What went wrong with a track, behind its number: with the place in the track.
 QString sentence(const Failure& failure, const QString& place)
 {
@@ -81,8 +84,8 @@ void RipRun::ripTrack(const RipTask& task, FrameReader* reader, const TrackNames
 void RipRun::noteUnread(int track, const Failure& why, qint32 frame, Outcome<>& usable)
 {
     m_file.drop();
-    m_unread
-        << QStringLiteral("Track %1 %2").arg(track).arg(sentence(why, CdTime::fromFrames(frame).toMsf()));
+    const QString what = m_file.wasTaken() ? kTaken : sentence(why, CdTime::fromFrames(frame).toMsf());
+    m_unread << QStringLiteral("Track %1 %2").arg(track).arg(what);
     if (holdsForAllTracks(why.kind)) {
         usable = why;
         m_lostDisc = true;
@@ -113,7 +116,7 @@ qint32 RipRun::silentGap(const Disc& disc, FrameReader& reader, const TocTrack& 
 
 Outcome<> RipRun::copy(FrameReader& reader, const RipTask& task, const QByteArray& behind, qint32& done)
 {
-    if (auto begun = m_file.begin(task.path, task.toc.frames, behind); !begun)
+    if (auto begun = m_file.begin(task.path, task.toc.frames, behind, task.seen); !begun)
         return begun;
     reader.begin(task.toc);
     for (done = 0; done < task.toc.frames; ++done) {

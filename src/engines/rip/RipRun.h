@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <optional>
 
 namespace zib {
 
@@ -17,6 +18,7 @@ struct RipTask
     int track = 0; ///< As the component counts, from 1.
     QString path{};
     TocTrack toc{};
+    std::optional<NameBearer> seen{}; ///< Who may be replaced.
 };
 
 /// One extraction: the tracks one after the other. A track that cannot be copied whole leaves no file, and

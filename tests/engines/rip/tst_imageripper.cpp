@@ -417,6 +417,25 @@ private slots:
         QVERIFY(wavSamples(r.folder.filePath("new/deep/Track1.wav")) == discSound(300, 1));
     }
 
+    void track_whoseNameWasTakenSinceTheUserWasAsked_replacesNothing()
+    {
+        ImageBench b;
+        b.add("disc", "FILE \"disc.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n",
+              discSound(300, 1));
+        RipBench& r = b.open();
+        QVERIFY(r.takeDisc("disc"));
+        const QString path = r.folder.filePath("Track1.wav");
+        put(path, "another program's");
+        QVERIFY(r.ripper->addTrack(1, path, NameBearer{}));
+        QVERIFY(r.ripper->start());
+        QTRY_VERIFY_WITH_TIMEOUT(r.ended(), 60'000);
+        QFile there(path);
+        QVERIFY(there.open(QIODevice::ReadOnly));
+        QCOMPARE(there.readAll(), QByteArray("another program's"));
+        QCOMPARE(r.ripper->unreadTracks(), QStringList("Track 1 was not saved: a file of its name has been "
+                                                       "put there since the start was pressed"));
+    }
+
     void storage_thatTakesNoFile_isTold()
     {
         ImageBench b;
