@@ -29,8 +29,10 @@ endif()
 zib_precompiled(zib_product_headers MACROS ${ZIB_PRODUCT_MACROS} LIBS Qt6::Widgets
     HEADERS <QtWidgets/QtWidgets> <algorithm> <atomic> <functional> <memory> <optional> <string> <thread> <vector>)
 # The test library's own headers stay out: they know each test's folder.
-zib_precompiled(zib_test_headers MACROS ${ZIB_TEST_MACROS} LIBS Qt6::Widgets
-    HEADERS <QtWidgets/QtWidgets> <functional> <memory> <string> <vector>)
+if(ZIB_TESTS)
+    zib_precompiled(zib_test_headers MACROS ${ZIB_TEST_MACROS} LIBS Qt6::Widgets
+        HEADERS <QtWidgets/QtWidgets> <functional> <memory> <string> <vector>)
+endif()
 
 # zib_folder(name SOURCES ... DEPENDS folders LIBS targets)
 #   Makes the static library zib_<name> from this folder ("/" in a name becomes "_").
