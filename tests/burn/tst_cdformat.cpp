@@ -61,8 +61,7 @@ void TestCdFormat::aFileTakenAsItIs_always_isATrackOfTheSameLength()
 bool TestCdFormat::agree(const QByteArray& content)
 {
     const QString path = put(m_folder.filePath(QString("%1.wav").arg(m_files++)), content);
-    const auto information = makeAudioInformation();
-    const bool taken = TrackList(*information, {}).IsCDFormatWav(path);
+    const bool taken = TrackList(makeAudioInformation(), {}).IsCDFormatWav(path);
     const auto track = findTrack(path);
     bool same = !taken || track;
     if (taken && track) {

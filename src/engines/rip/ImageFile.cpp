@@ -104,12 +104,19 @@ bool SoundFile::fetch(qint64 offset)
     return true;
 }
 
-bool looksLikeWave(int file)
+/// Whether a file begins as sound with a header or a coding of its own does, whatever a sheet calls it: WAVE,
+/// AIFF, FLAC, Ogg, or MP3 with a tag. Ripped as it lies it would be noise.
+bool looksLikeSound(int file)
 {
     char head[12] = {};
-    return ::pread(file, head, sizeof head, 0) == sizeof head &&
-           (std::memcmp(head, "RIFF", 4) == 0 || std::memcmp(head, "RF64", 4) == 0) &&
-           std::memcmp(head + 8, "WAVE", 4) == 0;
+    if (::pread(file, head, sizeof head, 0) != sizeof head)
+        return false;
+    const auto begins = [&head](int at, const char* mark) {
+        return std::memcmp(head + at, mark, std::strlen(mark)) == 0;
+    };
+    return ((begins(0, "RIFF") || begins(0, "RF64")) && begins(8, "WAVE")) ||
+           (begins(0, "FORM") && begins(8, "AIF")) || begins(0, "fLaC") || begins(0, "OggS") ||
+           begins(0, "ID3");
 }
 
 Failure unreadable(const QString& words, const QString& name)
@@ -149,7 +156,7 @@ Outcome<std::shared_ptr<ImageFile>> openImageFile(const QByteArray& path, const 
     auto raw = std::make_shared<RawFile>(file, ::fstat(file, &info) == 0 ? info.st_size : 0);
     if (!S_ISREG(info.st_mode))
         return unreadable(QStringLiteral("%1 is not a file"), name);
-    if (kind == SheetFile::Kind::Sound || looksLikeWave(file))
+    if (kind == SheetFile::Kind::Sound || looksLikeSound(file))
         return openSound(path, name, makeSound);
     return std::shared_ptr<ImageFile>(std::move(raw));
 }

@@ -362,6 +362,17 @@ QList<SheetRow> files()
          .sheet = wave + track(1, 0),
          .reason = "the file disc.wav is no sound that can be read",
          .files = {{"disc.wav", QByteArray("no sound at all\n").repeated(500)}}},
+        {.name = "FLAC that calls itself BINARY",
+         .sheet = "FILE \"disc.bin\" BINARY\n" + track(1, 0),
+         .reason = "the file disc.bin is no sound that can be read",
+         .files = {{"disc.bin", "fLaC" + QByteArray(20000, '\x11')}}},
+        {.name = "AIFF that calls itself BINARY",
+         .sheet = "FILE \"disc.bin\" BINARY\n" + track(1, 0),
+         .reason = "the file disc.bin is no sound that can be read",
+         .files = {{"disc.bin", QByteArray("FORM\0\0\x4e\x20"
+                                           "AIFFCOMM",
+                                           16) +
+                                    QByteArray(20000, '\x11')}}},
         {.name = "a kind that is not read",
          .sheet = "FILE \"disc.flac\" FLAC\n" + track(1, 0),
          .reason = "the file disc.flac is no sound that can be read",
