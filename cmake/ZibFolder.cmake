@@ -8,6 +8,9 @@ set(ZIB_PRODUCT_MACROS _REENTRANT QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB QT_NO_CA
     QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
 set(ZIB_TEST_MACROS _REENTRANT QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB)
 
+# Where a header does not serve after all, the file is compiled as ever; that is no reason for a warning.
+set(CMAKE_PCH_WARN_INVALID OFF)
+
 # zib_precompiled(name MACROS macros LIBS targets HEADERS headers)
 #   The target whose precompiled headers others take over.
 function(zib_precompiled name)
