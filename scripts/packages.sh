@@ -40,31 +40,35 @@ Then start $0 again.
 END
 }
 
-# apt_line LOG: turns the progress that apt reports into one moving line, and keeps the rest in LOG.
-apt_line() {
-    local kind package percent rest
+# apt_progress LOG: turns what apt reports into one moving line on a terminal, into plain steps in a log, and keeps
+# the rest in LOG.
+apt_progress() {
+    local kind package percent rest text told=-10
     while IFS=: read -r kind package percent rest; do
+        percent=${percent%%.*}
         case $kind in
-            dlstatus) printf '\r\e[KFetching packages: %s %%' "${percent%.*}" ;;
-            pmstatus) printf '\r\e[KInstalling packages: %s %%  %s' "${percent%.*}" "${package:0:40}" ;;
-            *) echo "$kind $package $percent $rest" >> "$1" ;;
+            dlstatus) text="Fetching packages: $percent %" ;;
+            pmstatus) text="Installing packages: $percent %  ${package:0:40}" ;;
+            *) echo "$kind $package $percent $rest" >> "$1"; continue ;;
         esac
+        if [[ -t 1 ]]; then
+            printf '\r\e[K%s' "$text"
+        elif [[ $kind == pmstatus ]] && ((percent >= told + 10)); then
+            told=$((percent / 10 * 10))
+            echo "Installing packages: $told %"
+        fi
     done
-    printf '\r\e[K'
+    [[ ! -t 1 ]] || printf '\r\e[K'
 }
 
-# apt_install AS... -- PACKAGE...: a moving line on a terminal; what apt says is shown only when it fails.
+# apt_install AS... -- PACKAGE...: what apt itself says is shown only when it fails.
 apt_install() {
     local as=() log status=0
     while [[ $1 != -- ]]; do as+=("$1"); shift; done
     shift
-    local install=("${as[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends)
     log=$(mktemp)
-    if [[ -t 1 ]]; then
-        "${install[@]}" -o APT::Status-Fd=1 "$@" 2>&1 | apt_line "$log" || status=$?
-    else
-        "${install[@]}" "$@" > "$log" 2>&1 || status=$?
-    fi
+    "${as[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+        -o APT::Status-Fd=1 "$@" 2>&1 | apt_progress "$log" || status=$?
     ((status == 0)) || cat "$log" >&2
     rm -f "$log"
     return "$status"
