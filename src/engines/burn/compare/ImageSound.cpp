@@ -1,12 +1,13 @@
 #include "engines/burn/compare/ImageSound.h"
 
 #include "common/CdTime.h"
+#include "common/NativeName.h"
 
 namespace zib {
 
-ImageSound::ImageSound(const QString& path) : m_file(path)
+ImageSound::ImageSound(const QString& path)
 {
-    if (m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (openForReading(m_file, path))
         m_frames = m_file.size() / kBytesPerFrame;
 }
 
