@@ -16,8 +16,7 @@ constexpr qint64 kRecentMs = 3000;
 } // namespace
 
 DiscWriter::DiscWriter(FindRecorders find, std::shared_ptr<Recorder> image, QObject* parent)
-    : DVDWriterPro(parent), m_find(std::move(find)), m_image(std::move(image)),
-      m_worker(std::make_unique<Worker>(std::chrono::milliseconds(0)))
+    : DVDWriterPro(parent), m_find(std::move(find)), m_image(std::move(image)), m_inquirer(this)
 {
     m_deliveries.setInterval(kDeliveryMs);
     connect(&m_deliveries, &QTimer::timeout, this, &DiscWriter::deliverEvents);
@@ -25,31 +24,13 @@ DiscWriter::DiscWriter(FindRecorders find, std::shared_ptr<Recorder> image, QObj
 
 DiscWriter::~DiscWriter()
 {
-    abandon();
     if (m_run)
         m_run->cancelled = true;
 }
 
-template <typename Answer>
-std::optional<Answer> DiscWriter::ask(std::function<Answer()> question)
-{
-    const QPointer<DiscWriter> self(this);
-    const auto abandoned = std::make_shared<std::atomic<bool>>(false);
-    m_abandoned = abandoned;
-    std::optional<Answer> answer =
-        m_worker->askOpenly<Answer>(this, std::move(question), [abandoned] { return !abandoned->load(); });
-    if (!self)
-        return std::nullopt;
-    m_abandoned.reset();
-    if (!answer)
-        m_worker = std::make_unique<Worker>(std::chrono::milliseconds(0));
-    return answer;
-}
-
 void DiscWriter::abandon()
 {
-    if (m_abandoned)
-        m_abandoned->store(true);
+    m_inquirer.abandon();
 }
 
 bool DiscWriter::initializeDrives(bool)
@@ -58,7 +39,7 @@ bool DiscWriter::initializeDrives(bool)
         return false;
     FoundRecorders found;
     if (m_find) {
-        auto answer = ask<FoundRecorders>(m_find);
+        auto answer = m_inquirer.ask<FoundRecorders>(m_find);
         if (!answer)
             return false;
         found = std::move(*answer);
@@ -134,37 +115,14 @@ Medium DiscWriter::medium(Look look)
         return m_medium;
     const auto asked = m_selected;
     const QPointer<DiscWriter> self(this);
-    const auto answer = inspect(asked);
-    if (!self)
-        return {};
-    if (!answer)
+    const auto answer = m_inquirer.inspect(asked, [this](const QString& what) { emit Waiting(what); });
+    if (!self || !answer)
         return {};
     if (asked == m_selected) {
         m_medium = *answer;
         m_mediumAge.start();
     }
     return *answer;
-}
-
-std::optional<Medium> DiscWriter::inspect(const std::shared_ptr<Recorder>& asked)
-{
-    const auto words = std::make_shared<WriteEvents>();
-    const auto given = std::make_shared<std::atomic<bool>>(false);
-    QTimer telling;
-    connect(&telling, &QTimer::timeout, this, [this, words] {
-        while (const auto event = words->take())
-            emit Waiting(event->name);
-    });
-    telling.start(kDeliveryMs);
-    auto answer = ask<Medium>([asked, words, given] {
-        const auto tell = [words](const QString& what) {
-            words->push({.kind = WriteEvent::Kind::Waiting, .name = what});
-        };
-        const auto found = asked->inspect({tell, given.get()});
-        return found ? *found : Medium{.status = kBlankDisc};
-    });
-    given->store(true); // a question that was given up need not go on
-    return answer;
 }
 
 int DiscWriter::discStatus()
@@ -277,7 +235,7 @@ bool DiscWriter::start()
     m_run->cache = m_cache;
     m_run->cacheFolder = m_cacheFolder;
     m_run->events.push({.kind = WriteEvent::Kind::Preparing});
-    m_worker->post([run = m_run] { run->run(); });
+    m_inquirer.post([run = m_run] { run->run(); });
     m_deliveries.start();
     QMetaObject::invokeMethod(this, &DiscWriter::deliverEvents, Qt::QueuedConnection);
     return true;
@@ -293,7 +251,7 @@ void DiscWriter::finish(bool eject)
 {
     m_mediumAge.invalidate();
     if (eject && m_selected && !m_run)
-        m_worker->post([ejected = m_selected] { ejected->eject(); });
+        m_inquirer.post([ejected = m_selected] { ejected->eject(); });
 }
 
 /// A receiver may open a box and come back here through its event loop: events leave one by one, in order.

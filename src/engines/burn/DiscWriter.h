@@ -1,8 +1,8 @@
 #pragma once
 
 #include "components/DVDWriterPro.h"
+#include "engines/burn/Inquirer.h"
 #include "engines/burn/Recorder.h"
-#include "common/Worker.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -73,11 +73,6 @@ private:
     /// What is in the selected drive. A drive that cannot be asked looks blank and without speeds: the write
     /// that follows then tells why.
     Medium medium(Look look);
-    /// Asks on the worker while the owner's events go on. Nothing when it was abandoned, or this was
-    /// destroyed.
-    template <typename Answer>
-    std::optional<Answer> ask(std::function<Answer()> question);
-    std::optional<Medium> inspect(const std::shared_ptr<Recorder>& asked);
     void deliverEvents();
     void deliver(const WriteEvent& event);
     void end(const WriteEvent& event);
@@ -95,9 +90,7 @@ private:
     QString m_cacheFolder;
     QTimer m_deliveries;
     std::shared_ptr<WriteRun> m_run; ///< The write under way.
-    /// Set when a question is given up; it belongs to that question alone.
-    std::shared_ptr<std::atomic<bool>> m_abandoned;
-    std::unique_ptr<Worker> m_worker; ///< Another one after a question that was given up.
+    Inquirer m_inquirer;
 };
 
 } // namespace zib
