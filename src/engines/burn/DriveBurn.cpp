@@ -249,13 +249,14 @@ BurnError DriveBurn::failure(const DiscPlan& plan) const
     const bool drivesFault = m_messages.failed() && m_phases.phase() != WritePhases::Phase::Preparing;
     if (m_cancelSent && !m_stuck && !drivesFault)
         return BurnError::byUser();
+    const bool addressed = m_mode.sessionAtOnce && m_messages.step() == LibburnMessages::Step::Write;
+    const int track =
+        addressed ? trackAt(m_messages.address(), m_job) : std::max(m_phases.track(), m_messages.track());
+    const QString step = failedStep(m_messages, m_phases.phase(), track, m_mode.sessionAtOnce);
     if (m_stuck && !m_messages.sense())
         return plainError(BurnErrorCode::kStalled,
-                          failedStep(m_messages, m_phases.phase(), m_phases.track(), m_mode.sessionAtOnce) +
-                              QStringLiteral(" The drive stopped answering. Switch it off and on again."));
-    const bool addressed = m_mode.sessionAtOnce && m_messages.step() == LibburnMessages::Step::Write;
-    const int track = addressed ? trackAt(m_messages.address(), m_job) : m_phases.track();
-    return driveError(failedStep(m_messages, m_phases.phase(), track, m_mode.sessionAtOnce));
+                          step + QStringLiteral(" The drive stopped answering. Switch it off and on again."));
+    return driveError(step);
 }
 
 BurnError DriveBurn::driveError(const QString& description) const

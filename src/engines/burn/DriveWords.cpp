@@ -93,12 +93,19 @@ QString failedStep(const LibburnMessages& messages, WritePhases::Phase phase, in
     switch (messages.step()) {
     case LibburnMessages::Step::Layout:
         return QStringLiteral("The drive refused the layout of the disc.");
+    case LibburnMessages::Step::Place:
+        return QStringLiteral(
+                   "The drive did not tell where track %1 is to begin. Switch it off and on again, "
+                   "or try another drive.")
+            .arg(messages.track());
     case LibburnMessages::Step::Write:
         return QStringLiteral("The drive could not write track %1.").arg(std::max(track, 1));
     case LibburnMessages::Step::Flush:
         if (sessionAtOnce || phase >= WritePhases::Phase::ClosingDisc)
             return closingDisc;
         return QStringLiteral("The drive could not finish track %1.").arg(std::max(track, 1));
+    case LibburnMessages::Step::Close:
+        return closingDisc;
     case LibburnMessages::Step::Other:
         break;
     }

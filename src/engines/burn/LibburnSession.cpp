@@ -3,6 +3,7 @@
 #include <QRegularExpression>
 
 #include <chrono>
+#include <utility>
 
 #include <libburn/libburn.h>
 
@@ -21,13 +22,21 @@ char* writable(const char* literal)
     return const_cast<char*>(literal);
 }
 
+bool isFailure(char* severity)
+{
+    int least = 0;
+    int number = 0;
+    return burn_text_to_sev(writable("SORRY"), &least, 0) == 1 &&
+           burn_text_to_sev(severity, &number, 0) == 1 && number >= least;
+}
+
 /// Calls on a library that could not start find no drive.
 void start()
 {
     if (g_started || burn_initialize() != 1)
         return;
     burn_preset_device_open(1, 0, 0);
-    burn_msgs_set_severities(writable("SORRY"), writable("NEVER"), writable(""));
+    burn_msgs_set_severities(writable("DEBUG"), writable("NEVER"), writable(""));
     g_started = true;
 }
 
@@ -62,8 +71,34 @@ void LibburnMessages::collect()
     int error = 0;
     char severity[81];
     char message[BURN_MSGS_MESSAGE_LEN];
-    while (burn_msgs_obtain(writable("SORRY"), &code, message, &error, severity) == 1)
-        take(QString::fromLocal8Bit(message));
+    while (burn_msgs_obtain(writable("DEBUG"), &code, message, &error, severity) == 1) {
+        const QString text = QString::fromLocal8Bit(message);
+        if (isFailure(severity))
+            take(text);
+        else
+            takeNote(text);
+    }
+}
+
+/// A drive that does not tell where a track is to begin is no failure for the library, which goes on with an
+/// address of its own.
+void LibburnMessages::takeNote(const QString& message)
+{
+    static const QRegularExpression begin(
+        QStringLiteral("TAO pre-track (\\d+) : get_nwa\\(-?\\d+\\)=(-?\\d+)"));
+    if (m_sense || m_step != Step::Other)
+        return;
+    if (message.contains(QLatin1String("on command 52h")))
+        m_placeRefusal = Sense::inText(message);
+    const QRegularExpressionMatch match = begin.match(message);
+    if (!match.hasMatch())
+        return;
+    m_track = match.captured(1).toInt();
+    const std::optional<Sense> refusal = std::exchange(m_placeRefusal, {});
+    if (match.captured(2).toInt() > 0)
+        return;
+    m_step = Step::Place;
+    m_sense = refusal;
 }
 
 void LibburnMessages::take(const QString& message)
@@ -90,9 +125,11 @@ void LibburnMessages::takeStep(const QString& message)
         m_address = match.captured(1).toInt();
     } else if (message.contains(QLatin1String("SEND CUE SHEET"))) {
         m_step = Step::Layout;
-    } else if (message.contains(QLatin1String("synchronize drive cache")) ||
-               message.contains(QLatin1String("CLOSE TRACK"))) {
+    } else if (message.contains(QLatin1String("synchronize drive cache"))) {
         m_step = Step::Flush;
+    } else if (message.contains(QLatin1String("CLOSE TRACK")) ||
+               message.contains(QLatin1String("close session"))) {
+        m_step = Step::Close;
     } else if (message.contains(QLatin1String("WRITE(10)"))) {
         m_step = Step::Write;
     }

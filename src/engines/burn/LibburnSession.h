@@ -45,14 +45,19 @@ public:
     {
         Other,
         Layout, ///< The cue sheet.
+        Place,  ///< The question where a track that is written by itself is to begin.
         Write,
-        Flush ///< What the drive still held.
+        Flush, ///< What the drive still held.
+        Close  ///< Of the session, which is a command of its own where tracks are written by themselves.
     };
     Step step() const { return m_step; }
+    /// The last track before the first failure that was written by itself, or was to be; from 1, 0 when there
+    /// was none.
+    int track() const { return m_track; }
     /// The address of the write that failed, with Step::Write.
     int address() const { return m_address; }
     /// Whether anything failed at all.
-    bool failed() const { return m_sense || m_transportFailed || m_connectionLost; }
+    bool failed() const { return m_sense || m_transportFailed || m_connectionLost || m_step == Step::Place; }
     /// Whether a command was lost on its way, by whatever fault of the connection.
     bool transportFailed() const { return m_transportFailed; }
     /// Whether the drive has gone away.
@@ -60,11 +65,13 @@ public:
 
 private:
     void take(const QString& text);
-
     void takeStep(const QString& message);
+    void takeNote(const QString& message);
 
     std::optional<Sense> m_sense;
+    std::optional<Sense> m_placeRefusal; ///< Of the last such question.
     Step m_step = Step::Other;
+    int m_track = 0;
     int m_address = 0;
     bool m_transportFailed = false;
     bool m_connectionLost = false;
