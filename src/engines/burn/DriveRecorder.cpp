@@ -126,6 +126,23 @@ Medium mediumIn(DriveLine& line, const DrivePatience& patience, const Inspection
 
 } // namespace
 
+std::optional<DriveRecorder::Traits> DriveRecorder::traitsOf(DriveLine& line)
+{
+    const auto abilities = abilitiesOf(line);
+    if (!abilities)
+        return std::nullopt;
+    return Traits{.path = line.path(),
+                  .maker = abilities->maker,
+                  .model = abilities->model,
+                  .writesCdR = abilities->isDisc && abilities->writesCdR,
+                  .writesCdRw = abilities->isDisc && abilities->writesCdRw,
+                  .sessionAtOnce = abilities->sessionAtOnce,
+                  .trackAtOnce = abilities->trackAtOnce,
+                  .simulates = abilities->simulates,
+                  .bufferProtection = abilities->bufferProtection,
+                  .told = true};
+}
+
 DriveRecorder::DriveRecorder(Traits traits, DrivePatience patience)
     : m_traits(std::move(traits)), m_patience(patience)
 {
@@ -168,30 +185,41 @@ std::optional<BurnError> DriveRecorder::writeGrabbed(LibburnSession& session, co
 {
     if (const auto error = whyBlocked())
         return error;
+    const Traits traits = currentTraits();
     GrabbedDrive grabbed(session, path(), m_patience.callMs, job.cancelled);
     if (job.isCancelled())
         return BurnError::byUser();
     if (!grabbed)
         return whyBlocked().value_or(BurnError::from(grabbed.failure()));
-    return writeNamed(grabbed, job, observer);
+    return writeNamed(grabbed, traits, job, observer);
+}
+
+/// A drive that was busy when it was looked for is asked before it is written with.
+DriveRecorder::Traits DriveRecorder::currentTraits() const
+{
+    if (m_traits.told)
+        return m_traits;
+    const auto line = DriveLine::open(path(), DriveLine::Hold::Exclusive);
+    const auto traits = line ? traitsOf(**line) : std::nullopt;
+    return traits.value_or(m_traits);
 }
 
 /// Names stand in the lead-in, which is written with the session at once. No drive says for sure whether it
 /// takes them, so they are tried; one that does not gets the disc without them.
-std::optional<BurnError> DriveRecorder::writeNamed(GrabbedDrive& grabbed, const BurnJob& job,
-                                                   BurnObserver& observer)
+std::optional<BurnError> DriveRecorder::writeNamed(GrabbedDrive& grabbed, const Traits& traits,
+                                                   const BurnJob& job, BurnObserver& observer)
 {
     BurnJob nameless = job;
     nameless.names = {};
     if (!job.names.haveTracksNames())
-        return DriveBurn(grabbed, m_traits, m_patience, job, observer).run();
-    if (m_traits.sessionAtOnce) {
-        DriveBurn burning(grabbed, m_traits, m_patience, job, observer);
+        return DriveBurn(grabbed, traits, m_patience, job, observer).run();
+    if (traits.sessionAtOnce) {
+        DriveBurn burning(grabbed, traits, m_patience, job, observer);
         auto error = burning.run();
         if (!error || !burning.failedOverNames())
             return error;
     }
-    auto error = DriveBurn(grabbed, m_traits, m_patience, nameless, observer).run();
+    auto error = DriveBurn(grabbed, traits, m_patience, nameless, observer).run();
     if (!error && !job.simulate)
         observer.remark(QStringLiteral("The disc carries no names: the drive did not take them."));
     return error;

@@ -3,6 +3,7 @@
 #include "engines/burn/Recorder.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace zib {
@@ -20,6 +21,7 @@ struct DrivePatience
     int cancelMs = 60'000; ///< From a cancel until the drive is idle.
 };
 
+class DriveLine;
 class GrabbedDrive;
 class LibburnSession;
 
@@ -40,7 +42,11 @@ public:
         bool trackAtOnce = false;
         bool simulates = false;
         bool bufferProtection = false;
+        bool told =
+            false; ///< By the drive itself; else they are guessed, for a drive that could not be asked.
     };
+    /// Asks the drive at the end of @p line.  @returns nothing when it does not answer.
+    static std::optional<Traits> traitsOf(DriveLine& line);
 
     explicit DriveRecorder(Traits traits, DrivePatience patience = {});
 
@@ -59,7 +65,9 @@ public:
 private:
     std::optional<BurnError> writeGrabbed(LibburnSession& session, const BurnJob& job,
                                           BurnObserver& observer);
-    std::optional<BurnError> writeNamed(GrabbedDrive& grabbed, const BurnJob& job, BurnObserver& observer);
+    std::optional<BurnError> writeNamed(GrabbedDrive& grabbed, const Traits& traits, const BurnJob& job,
+                                        BurnObserver& observer);
+    Traits currentTraits() const;
 
     Traits m_traits;
     DrivePatience m_patience;

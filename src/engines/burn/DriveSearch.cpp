@@ -1,6 +1,6 @@
 #include "engines/burn/DriveLedger.h"
 #include "engines/burn/DriveRecorder.h"
-#include "engines/burn/mmc/DiscLook.h"
+#include "engines/burn/mmc/DriveLine.h"
 
 #include <QFile>
 #include <QHash>
@@ -15,19 +15,6 @@
 namespace zib {
 
 namespace {
-
-DriveRecorder::Traits traitsOf(const QString& path, const DriveAbilities& abilities)
-{
-    return {.path = path,
-            .maker = abilities.maker,
-            .model = abilities.model,
-            .writesCdR = abilities.writesCdR,
-            .writesCdRw = abilities.writesCdRw,
-            .sessionAtOnce = abilities.sessionAtOnce,
-            .trackAtOnce = abilities.trackAtOnce,
-            .simulates = abilities.simulates,
-            .bufferProtection = abilities.bufferProtection};
-}
 
 /// Drives that were found before: one that hangs can still be named.
 class KnownDrives
@@ -69,7 +56,8 @@ Found inUse(const QString& path, const QString& why)
 {
     DriveRecorder::Traits traits = KnownDrives::named(path);
     traits.model = (traits.model + u' ' + why).trimmed();
-    traits.writesCdR = traits.sessionAtOnce = true;
+    traits.writesCdR = traits.sessionAtOnce = true; // else nobody could choose it
+    traits.told = false;                            // another drive may stand at its place by now
     return {.traits = traits};
 }
 
@@ -95,14 +83,13 @@ Found look(const QString& path, std::chrono::steady_clock::time_point until)
     if (!line)
         return {.usable = line.error().kind == Failure::Kind::NotFound};
     unlockDoor(**line); // as a program that was killed may have left it
-    const auto abilities = abilitiesOf(**line);
-    if (!abilities)
+    const auto traits = DriveRecorder::traitsOf(**line);
+    if (!traits)
         return inUse(path, QStringLiteral("(does not answer)"));
-    if (!abilities->isDisc || !(abilities->writesCdR || abilities->writesCdRw))
+    if (!traits->writesCdR && !traits->writesCdRw)
         return {};
-    Found found{.traits = traitsOf(path, *abilities)};
-    KnownDrives::keep(*found.traits);
-    return found;
+    KnownDrives::keep(*traits);
+    return {.traits = traits};
 }
 
 /// Looks at one drive on a thread of its own, which is left behind when the drive does not answer in time.

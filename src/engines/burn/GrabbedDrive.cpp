@@ -26,20 +26,27 @@ namespace zib {
 namespace {
 
 constexpr std::chrono::milliseconds kJanitorPoll{200};
+constexpr dev_t kNoDevice = 0;
 
-bool isDevice(int descriptor, const struct stat& device)
+/// The number of the device at @p path.
+dev_t numberOf(const QString& path)
+{
+    struct stat device = {};
+    return ::stat(QFile::encodeName(path).constData(), &device) == 0 ? device.st_rdev : kNoDevice;
+}
+
+bool isDevice(int descriptor, dev_t device)
 {
     struct stat open = {};
-    return ::fstat(descriptor, &open) == 0 && S_ISBLK(open.st_mode) && open.st_rdev == device.st_rdev &&
+    return ::fstat(descriptor, &open) == 0 && S_ISBLK(open.st_mode) && open.st_rdev == device &&
            (::fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_RDWR;
 }
 
-/// The library's descriptors that may write to the device at @p path.
-std::vector<int> openDescriptors(const QString& path)
+/// The library's descriptors that may write to a device, which may have gone meanwhile.
+std::vector<int> openDescriptors(dev_t device)
 {
     std::vector<int> found;
-    struct stat device = {};
-    if (::stat(QFile::encodeName(path).constData(), &device) != 0)
+    if (device == kNoDevice)
         return found;
     const QStringList all = QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::System | QDir::AllEntries);
     for (const QString& name : all) {
@@ -111,7 +118,7 @@ Outcome<> GrabbedDrive::check(const QString& path)
 
 GrabbedDrive::GrabbedDrive(LibburnSession& session, const QString& path, int patienceMs,
                            const std::atomic<bool>* cancelled)
-    : m_path(path), m_patienceMs(patienceMs), m_cancelled(cancelled)
+    : m_path(path), m_device(numberOf(path)), m_patienceMs(patienceMs), m_cancelled(cancelled)
 {
     // A look of our own first: the library spends six seconds on a drive that another program holds.
     if (const Outcome<> free = check(path); !free) {
@@ -185,7 +192,7 @@ bool GrabbedDrive::grab()
     if (!bounded(look) || !m_info)
         return false;
     // Held by the library alone, so whatever is open is open there.
-    m_descriptors = openDescriptors(m_path);
+    m_descriptors = openDescriptors(m_device);
     return true;
 }
 
@@ -204,8 +211,8 @@ void cut(const std::vector<int>& descriptors)
 
 std::function<void()> GrabbedDrive::knife() const
 {
-    return [path = m_path, held = m_descriptors] {
-        std::vector<int> open = openDescriptors(path);
+    return [device = m_device, held = m_descriptors] {
+        std::vector<int> open = openDescriptors(device);
         std::erase_if(open, [&held](int descriptor) {
             return std::find(held.begin(), held.end(), descriptor) == held.end();
         });
@@ -218,7 +225,7 @@ std::function<void()> GrabbedDrive::knife() const
 void GrabbedDrive::cutWhatIsLeft() const
 {
     if (DriveLedger::useOf(m_path) != DriveLedger::Use::Hanging)
-        cut(openDescriptors(m_path));
+        cut(openDescriptors(m_device));
 }
 
 void GrabbedDrive::release(int eject)

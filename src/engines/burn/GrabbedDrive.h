@@ -10,6 +10,8 @@
 #include <memory>
 #include <vector>
 
+#include <sys/types.h>
+
 namespace burn {
 struct burn_drive;
 struct burn_drive_info;
@@ -60,6 +62,7 @@ private:
     bool bounded(const std::function<void(burn::burn_drive_info*&)>& call);
 
     QString m_path;
+    dev_t m_device; ///< Its number, for a drive that has gone has no other name.
     int m_patienceMs;
     const std::atomic<bool>* m_cancelled;
     burn::burn_drive_info* m_info = nullptr;

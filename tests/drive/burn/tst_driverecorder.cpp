@@ -41,6 +41,7 @@ private slots:
     void write_ofAFileCutMeanwhile_isAnError();
     void write_withTheDiscPulled_saysSo();
     void write_withTheDriveGone_saysSo();
+    void write_afterTheDriveWasGoneWhileItWasTaken_works();
     void write_withADriveStuckNotReady_ends();
     void write_whoseDiscShowsNothing_isNoSuccess();
     void write_errors_areToldByTheTable_data();
@@ -52,6 +53,7 @@ private slots:
     void drive_thatHangs_isNamedAndDelaysNobody();
     void anotherDriveThatHangs_isNamedAsTheCause();
     void drive_thatAClosedWindowAsks_isWaitedFor();
+    void drive_thatCouldNotBeAskedBefore_isWrittenTheWayItCan();
     void write_whileAnotherDriveWrites_saysSoAndTakesACancel();
     void destroy_whileWriting_freesTheDrive();
     void finish_withEject_handsTheDiscOut();
@@ -357,6 +359,25 @@ void TestDriveRecorder::write_withTheDriveGone_saysSo()
     QCOMPARE(bench.write(), QString("completed"));
 }
 
+/// The library keeps open what it loses while it looks, which must not stand in the way of the next write.
+void TestDriveRecorder::write_afterTheDriveWasGoneWhileItWasTaken_works()
+{
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    for (int question = 1; question <= 4; ++question) {
+        bench.recorder.addFault(QString("TEST_UNIT_READY nth=%1 gone").arg(question));
+        QCOMPARE(bench.write(), QString("error"));
+        bench.recorder.clearFaults();
+        bench.recorder.clearJournal();
+        bench.recorder.insert(QString("fresh%1").arg(question));
+        QVERIFY(bench.takeDrive());
+        QVERIFY2(bench.write() == "completed", qPrintable(bench.description));
+        bench.recorder.insert(QString("next%1").arg(question));
+    }
+}
+
 void TestDriveRecorder::write_withADriveStuckNotReady_ends()
 {
     BurnBench bench({.pollMs = 20,
@@ -524,6 +545,19 @@ void TestDriveRecorder::drive_thatAClosedWindowAsks_isWaitedFor()
     QTimer::singleShot(700, &bench.writer, [&asked] { asked.reset(); });
     QCOMPARE(bench.writer.discStatus(), int(DVDWriterPro::kBlankDisc));
     QVERIFY(!asked);
+}
+
+void TestDriveRecorder::drive_thatCouldNotBeAskedBefore_isWrittenTheWayItCan()
+{
+    BurnBench bench;
+    bench.recorder.set("sao", "no");
+    addPair(bench);
+    auto hanging = std::make_unique<DriveLedger::Entry>("/dev/sr0", DriveLedger::Use::Hanging);
+    QVERIFY(bench.takeDrive());
+    hanging.reset();
+    bench.configure();
+    QVERIFY2(bench.write() == "completed", qPrintable(bench.description));
+    QCOMPARE(bench.recorder.count("SEND_CUE_SHEET"), 0);
 }
 
 void TestDriveRecorder::write_whileAnotherDriveWrites_saysSoAndTakesACancel()
