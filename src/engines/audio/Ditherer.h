@@ -20,12 +20,10 @@ public:
     QList<qint16> round(std::span<const float> samples);
 
 private:
-    static constexpr size_t kLanes = 16;
+    static constexpr size_t kGenerators = 16; // side by side
     static constexpr size_t kNoise = 4096;
 
-    void makeNoise();
-
-    std::array<quint32, kLanes> m_state;
+    std::array<quint32, kGenerators> m_state;
     std::array<float, kNoise> m_noise;
     size_t m_next = kNoise;
 };

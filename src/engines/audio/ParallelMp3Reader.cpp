@@ -1,6 +1,7 @@
 #include "engines/audio/ParallelMp3Reader.h"
 
 #include "engines/audio/Mp3Reader.h"
+#include "engines/audio/unsetsamples.h"
 
 #include <algorithm>
 #include <cstring>
@@ -36,7 +37,7 @@ template <typename Sample>
 AudioBlock decodeBlock(Mp3Decoder& decoder, qint64 frame, qint64 frames, qint64 samplesPerFrame,
                        Mp3LossCount& losses)
 {
-    QList<Sample> samples(frames * samplesPerFrame);
+    QList<Sample> samples = unsetSamples<Sample>(frames * samplesPerFrame);
     Sample* to = samples.data();
     for (qint64 i = 0; i < frames; ++i, to += samplesPerFrame) {
         const auto decoded = decoder.next();

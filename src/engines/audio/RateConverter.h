@@ -6,14 +6,13 @@
 #include <span>
 #include <vector>
 
-struct soxr;
-
 namespace zib {
 
-/// Converts one sound from one sample rate to another, block by block; a second channel on another core.
+/// Converts one sound from one sample rate to another, block by block; blocks of some size on threads of its
+/// own, one for each channel.
 ///
 /// The output begins with the input's first sample and holds exactly the input's length at the new rate,
-/// rounded.
+/// rounded; it does not depend on the blocks.
 class RateConverter
 {
 public:
@@ -23,37 +22,24 @@ public:
     RateConverter(const RateConverter&) = delete;
     RateConverter& operator=(const RateConverter&) = delete;
 
-    /// Takes the next interleaved samples.  @returns what can be told already, which may be nothing.
+    /// Takes the next interleaved samples.  @returns what is ready, which may be nothing yet.
     QList<float> convert(std::span<const float> samples);
     /// Ends the sound.  @returns the rest.
     QList<float> finish();
-    /// Whether the library refused; the output is then silence.
+    /// Whether the library refused; the output is then silence. To be asked after finish().
     bool failed() const;
 
 private:
-    /// One channel on its way through the library.
-    struct Channel
-    {
-        struct Deleter
-        {
-            void operator()(soxr* handle) const;
-        };
+    class Channel;
 
-        void process(std::span<const float> samples, size_t first, size_t stride, size_t room);
-
-        std::unique_ptr<soxr, Deleter> converter;
-        std::vector<float> in;
-        std::vector<float> out;
-        size_t given = 0; // samples of out that count
-        bool failed = false;
-    };
-
-    QList<float> process(std::span<const float> samples);
-    QList<float> joined(size_t frames) const;
+    void give(std::span<const float> samples);
+    QList<float> taken();
+    QList<float> joined() const;
 
     int m_fromHz;
     int m_toHz;
-    std::vector<Channel> m_channels;
+    std::vector<std::unique_ptr<Channel>> m_channels;
+    int m_waiting = 0;  // blocks given to the channels and not yet taken
     qint64 m_taken = 0; // sample frames
     qint64 m_given = 0;
 };

@@ -1,5 +1,7 @@
 #include "engines/audio/WriteBehind.h"
 
+#include "engines/audio/unsetsamples.h"
+
 #include <algorithm>
 
 namespace zib {
@@ -93,7 +95,7 @@ void WriteBehind::emitNarrow(std::span<const qint16> samples)
 {
     QList<qint16> doubled;
     if (m_output.channels > m_channels) {
-        doubled.resize(static_cast<qsizetype>(samples.size()) * 2);
+        doubled = unsetSamples<qint16>(static_cast<qsizetype>(samples.size()) * 2);
         qint16* out = doubled.data();
         for (size_t i = 0; i < samples.size(); ++i)
             out[2 * i] = out[2 * i + 1] = samples[i];
@@ -105,7 +107,7 @@ void WriteBehind::emitNarrow(std::span<const qint16> samples)
 
 QList<float> WriteBehind::mono(std::span<const float> samples) const
 {
-    QList<float> mixed(static_cast<qsizetype>(samples.size() / 2));
+    QList<float> mixed = unsetSamples<float>(static_cast<qsizetype>(samples.size() / 2));
     float* out = mixed.data();
     for (qsizetype i = 0; i < mixed.size(); ++i, samples = samples.subspan(2))
         out[i] = 0.5F * (samples[0] + samples[1]);

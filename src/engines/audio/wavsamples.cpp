@@ -1,6 +1,7 @@
 #include "engines/audio/wavsamples.h"
 
 #include "engines/audio/Ditherer.h"
+#include "engines/audio/unsetsamples.h"
 
 #include <QtEndian>
 
@@ -8,6 +9,10 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+
+#ifdef __SSE2__
+#include <immintrin.h>
+#endif
 
 namespace zib {
 
@@ -49,14 +54,35 @@ constexpr auto kUnsigned8 =
 
 QList<qint16> looked(std::span<const uchar> raw, const std::array<qint16, 256>& values)
 {
-    QList<qint16> samples(static_cast<qsizetype>(raw.size()));
+    QList<qint16> samples = unsetSamples<qint16>(static_cast<qsizetype>(raw.size()));
     std::transform(raw.begin(), raw.end(), samples.data(), [&](uchar code) { return values[code]; });
     return samples;
 }
 
+#ifdef __SSE2__
+// Four at a time, as long as sixteen bytes can be read for the twelve that count.
+[[gnu::target("ssse3")]] size_t widen24ByFours(const uchar* in, float* out, size_t count)
+{
+    const __m128i places = _mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11);
+    const __m128 scale = _mm_set1_ps(1.0F / 2147483648.0F);
+    size_t i = 0;
+    for (; i + 6 <= count; i += 4) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 3 * i));
+        const __m128 values = _mm_cvtepi32_ps(_mm_shuffle_epi8(bytes, places));
+        _mm_storeu_ps(out + i, _mm_mul_ps(values, scale));
+    }
+    return i;
+}
+#endif
+
 void widen24(const uchar* in, float* out, size_t count)
 {
-    for (size_t i = 0; i < count; ++i, in += 3) {
+    size_t i = 0;
+#ifdef __SSE2__
+    if (__builtin_cpu_supports("ssse3") != 0)
+        i = widen24ByFours(in, out, count);
+#endif
+    for (in += 3 * i; i < count; ++i, in += 3) {
         const auto bits = static_cast<quint32>(in[0]) << 8 | static_cast<quint32>(in[1]) << 16 |
                           static_cast<quint32>(in[2]) << 24;
         out[i] = static_cast<float>(static_cast<qint32>(bits)) * (1.0F / 2147483648.0F);
@@ -97,7 +123,7 @@ QList<qint16> narrowSamples(const WavHeader& header, std::span<const uchar> raw)
     }
     if (header.bytesPerSample == 1)
         return looked(raw, kUnsigned8);
-    QList<qint16> samples(static_cast<qsizetype>(raw.size() / 2));
+    QList<qint16> samples = unsetSamples<qint16>(static_cast<qsizetype>(raw.size() / 2));
     std::memcpy(samples.data(), raw.data(), raw.size() / 2 * 2);
     return samples;
 }
@@ -110,7 +136,7 @@ QList<float> wideSamples(const WavHeader& header, std::span<const uchar> raw)
         return widened({narrow.constData(), static_cast<size_t>(narrow.size())});
     }
     const size_t count = raw.size() / static_cast<size_t>(header.bytesPerSample);
-    QList<float> samples(static_cast<qsizetype>(count));
+    QList<float> samples = unsetSamples<float>(static_cast<qsizetype>(count));
     if (isFloat && header.bytesPerSample == 8)
         widenFloats<double>(raw.data(), samples.data(), count);
     else if (isFloat)
