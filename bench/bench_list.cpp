@@ -3,11 +3,10 @@
 //   time in
 //                          milliseconds that the window's events waited meanwhile
 
+#include "quiet.h"
+
 #include "app/frmMain.h"
-#include "common/CommonDialogs.h"
 #include "common/GenralMacro.h"
-#include "common/Messages.h"
-#include "common/Windows.h"
 #include "components/Components.h"
 #include "engines/audio/makers.h"
 
@@ -17,89 +16,20 @@
 #include <QFileInfo>
 #include <QTableView>
 #include <QTemporaryDir>
-#include <QTimer>
 
-#include <algorithm>
 #include <cstdio>
 
 namespace {
 
-using zib::Failure;
-using zib::Outcome;
-
 /// Chooses the files that the measurement was given.
-class Chooser final : public zib::CommonDialogs
+class Chooser final : public zib::bench::NoDialogs
 {
 public:
     explicit Chooser(QString answer) : m_answer(std::move(answer)) {}
-    Outcome<QString> openFile(QWidget*, const zib::FileDialogRequest&) override { return m_answer; }
-    Outcome<QString> saveFile(QWidget*, const zib::FileDialogRequest&) override
-    {
-        return Failure{Failure::Kind::Cancelled};
-    }
-    Outcome<QColor> chooseColor(QWidget*, const QString&, const QColor&) override
-    {
-        return Failure{Failure::Kind::Cancelled};
-    }
-    Outcome<QFont> chooseFont(QWidget*, const QString&, const QFont&) override
-    {
-        return Failure{Failure::Kind::Cancelled};
-    }
+    zib::Outcome<QString> openFile(QWidget*, const zib::FileDialogRequest&) override { return m_answer; }
 
 private:
     QString m_answer;
-};
-
-/// Counts what is refused.
-class Refusals final : public zib::Messages
-{
-public:
-    void information(QWidget*, const QString&) override { ++count; }
-    void critical(QWidget*, const QString&, const QString&) override { ++count; }
-    void plain(QWidget*, const QString&) override { ++count; }
-    Answer askYesNoCancel(QWidget*, const QString&) override { return Answer::Cancel; }
-
-    int count = 0;
-};
-
-class NoWindows final : public zib::Windows
-{
-public:
-    void showSplash(QWidget*) override {}
-    void showTip(QWidget*) override {}
-    void showAbout(QWidget*) override {}
-    void showOptions(QWidget*) override {}
-    QStringList showPrepare(QWidget*, const QList<zib::CompilationRow>&) override { return {}; }
-    void showWrite(QWidget*, const QStringList&, const zib::DiscNames&) override {}
-    void showRip(QWidget*) override {}
-    void showMP3ToWAV(QWidget*) override {}
-    void showPlayer(QWidget*) override {}
-    void showPlay(QWidget*) override {}
-    void showLabelDesigner(QWidget*, const QList<zib::CompilationRow>&) override {}
-    Outcome<> showPreview(QWidget*) override { return {}; }
-    Outcome<> showCalibrate(QWidget*) override { return {}; }
-    void showLabelList(QWidget*) override {}
-    void showLabelBack(QWidget*) override {}
-    void showLabelTitle(QWidget*) override {}
-};
-
-/// Measures how long the event loop is kept waiting.
-class Heart
-{
-public:
-    Heart()
-    {
-        m_timer.callOnTimeout([this] { beat(); });
-        m_timer.start(0);
-        m_since.start();
-    }
-    void beat() { m_longest = std::max(m_longest, m_since.restart()); }
-    qint64 longestMs() const { return m_longest; }
-
-private:
-    QTimer m_timer;
-    QElapsedTimer m_since;
-    qint64 m_longest = 0;
 };
 
 QString asDialogAnswer(const QStringList& files)
@@ -123,8 +53,8 @@ int main(int argc, char* argv[])
     QTemporaryDir folder;
     zib::setApplicationFolder(folder.path());
     Chooser chooser(asDialogAnswer(files));
-    Refusals refusals;
-    NoWindows windows;
+    zib::bench::Refusals refusals;
+    zib::bench::NoWindows windows;
     zib::Components components;
     components.makeInformation = zib::makeAudioInformation;
     frmMain window(zib::Services{refusals, chooser, windows, components});
@@ -132,7 +62,7 @@ int main(int argc, char* argv[])
     QApplication::processEvents();
 
     QElapsedTimer clock;
-    Heart heart;
+    zib::bench::Heart heart;
     clock.start();
     window.findChild<QAction*>(QStringLiteral("Toolbar1_add"))->trigger();
     const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
