@@ -58,6 +58,15 @@ bool readTestBit(const std::string& text, TestBit& value)
     return found != kWords.end();
 }
 
+bool readSenseFormat(const std::string& text, SenseFormat& value)
+{
+    static const std::map<std::string, SenseFormat> kWords{
+        {"fixed", SenseFormat::Fixed}, {"descriptor", SenseFormat::Descriptor}, {"none", SenseFormat::None}};
+    const auto found = kWords.find(text);
+    value = found == kWords.end() ? SenseFormat::Fixed : found->second;
+    return found != kWords.end();
+}
+
 bool readSpeeds(const std::string& text, std::vector<int>& speeds)
 {
     std::istringstream words{text};
@@ -152,6 +161,8 @@ private:
             {"buffer-protection", [&] { return readYesNo(value, drive.bufferProtection); }},
             {"writes-cd-r", [&] { return readYesNo(value, drive.writesCdR); }},
             {"writes-cd-rw", [&] { return readYesNo(value, drive.writesCdRw); }},
+            {"sense-format", [&] { return readSenseFormat(value, drive.senseFormat); }},
+            {"block-descriptor", [&] { return readYesNo(value, drive.blockDescriptor); }},
             {"cd-text", [&] { return readYesNo(value, drive.cdText); }},
             {"c2-pointers", [&] { return readYesNo(value, drive.c2Pointers); }},
             {"write-speeds", [&] { return readSpeeds(value, drive.writeSpeeds); }},

@@ -35,6 +35,14 @@ enum class TestBit : std::uint8_t
     Ignored  ///< taken and shown, and written for real
 };
 
+/// How a drive puts its sense data (SPC-3, 4.5).
+enum class SenseFormat : std::uint8_t
+{
+    Fixed,
+    Descriptor,
+    None ///< a check condition that says nothing more
+};
+
 /// One section of the configuration: a drive and the disc in it. README.md describes every key.
 struct DriveConfig
 {
@@ -57,6 +65,8 @@ struct DriveConfig
     bool writesCdR = true;
     bool writesCdRw = true;
     bool cdText = true;
+    SenseFormat senseFormat = SenseFormat::Fixed;
+    bool blockDescriptor = false; ///< mode pages come behind one, whether it is wanted or not
     bool c2Pointers = true;
     std::vector<int> writeSpeeds{48, 32, 24, 16, 8, 4}; ///< times 150 KiB/s, fastest first
     int readSpeed = 48;

@@ -61,6 +61,15 @@ void losePower(DriveState& state, const DriveConfig& config)
     initialiseModes(state, config);
 }
 
+// What a rule makes of the drive itself, beside its answer.
+void strike(DriveState& state, const DriveConfig& config, const FaultRule& rule)
+{
+    if (rule.kind == FaultKind::Gone || rule.kind == FaultKind::Reset) {
+        losePower(state, config);
+    }
+    state.wasReset = state.wasReset || (rule.kind == FaultKind::Reset && rule.after);
+}
+
 void sleepMs(std::int64_t milliseconds)
 {
     timespec time{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000 * 1000000)};
@@ -89,6 +98,9 @@ std::string describe(const Answer& answer)
                : answer.hostStatus == kHostTimeOut ? "timeout"
                                                    : "host" + std::to_string(answer.hostStatus);
     }
+    if (answer.status != 0) {
+        return "status" + std::to_string(answer.status);
+    }
     std::array<char, 16> text{};
     std::snprintf(text.data(), text.size(), "%X/%02X/%02X", answer.sense.key, answer.sense.asc,
                   answer.sense.ascq);
@@ -106,11 +118,17 @@ bool tellsByData(int operation)
     return operation == 0x15 || operation == 0x55 || operation == 0x5D || operation == 0xB6;
 }
 
-void flipBits(Bytes& reply, const std::vector<FaultRule>& rules)
+void changeBytes(Bytes& reply, const std::vector<FaultRule>& rules)
 {
     for (const FaultRule& rule : rules) {
-        if (rule.kind == FaultKind::Flip && rule.flipAt < reply.size()) {
-            reply[rule.flipAt] ^= rule.flipMask;
+        if (rule.kind == FaultKind::Flip && rule.replyAt < reply.size()) {
+            reply[rule.replyAt] ^= rule.flipMask;
+        }
+        for (std::size_t i = 0; i < rule.patch.size() && rule.replyAt + i < reply.size(); ++i) {
+            reply[rule.replyAt + i] = rule.patch[i];
+        }
+        if (rule.kind == FaultKind::Short && rule.replyAt < reply.size()) {
+            reply.resize(rule.replyAt);
         }
     }
 }
@@ -281,6 +299,9 @@ Sense Drive::readiness(int operation)
 Answer Drive::commanded(const Request& request)
 {
     const int operation = request.cdb[0];
+    if (needsMedia(operation) && std::exchange(m_state->wasReset, false)) {
+        return kReset;
+    }
     const bool reportsAttention = needsMedia(operation) && m_state->attention;
     if (reportsAttention) {
         m_state->attention = false;
@@ -309,7 +330,8 @@ void Drive::applyReadFaults(Answer& answer, const Request& request, const FaultV
     const std::size_t stride = answer.data.size() / static_cast<std::size_t>(range.count);
     for (std::size_t i = 0; i < verdict.readFaults.size(); ++i) {
         const FaultRule& rule = verdict.readFaults[i];
-        for (std::int32_t frame = 0; frame < range.count && rule.kind != FaultKind::Flip; ++frame) {
+        const bool ofSamples = rule.kind == FaultKind::Noise || rule.kind == FaultKind::Jitter;
+        for (std::int32_t frame = 0; frame < range.count && ofSamples; ++frame) {
             const std::int32_t lba = range.first + frame;
             const bool struck = !rule.ranged || (lba >= rule.firstLba && lba <= rule.lastLba);
             const std::span bytes{answer.data.data() + static_cast<std::size_t>(frame) * stride, stride};
@@ -330,18 +352,23 @@ Answer Drive::answerTo(const Request& request, const FaultVerdict& verdict)
     if (!failure || failure->after) {
         answer = commanded(request);
         applyReadFaults(answer, request, verdict);
-        flipBits(answer.data, verdict.readFaults);
+        changeBytes(answer.data, verdict.readFaults);
     }
     if (!failure) {
         return answer;
     }
+    strike(*m_state, *m_config, *failure);
+    if (failure->kind == FaultKind::Reset && failure->after) {
+        return answer; // The drive tells of it later.
+    }
     answer.data.clear();
-    answer.sense = failure->kind == FaultKind::Pull ? kNoMedium : failure->sense;
+    answer.sense = failure->kind == FaultKind::Pull    ? kNoMedium
+                   : failure->kind == FaultKind::Reset ? kReset
+                                                       : failure->sense;
+    answer.deferred = failure->deferred;
+    answer.status = failure->status;
     answer.hostStatus = failure->hostStatus;
     answer.error = failure->kind == FaultKind::Gone ? ENODEV : failure->error;
-    if (failure->kind == FaultKind::Gone) {
-        losePower(*m_state, *m_config);
-    }
     const CommandRange range = rangeOf(request.cdb);
     if (failure->ranged && range.known) {
         answer.address = std::max(range.first, failure->firstLba);

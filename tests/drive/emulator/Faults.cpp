@@ -71,14 +71,34 @@ bool readErrno(std::string_view text, int& error)
 bool readFlip(std::string_view text, FaultRule& rule)
 {
     const auto slash = text.find('/');
-    return slash != std::string_view::npos && readNumber(text.substr(0, slash), rule.flipAt) &&
+    return slash != std::string_view::npos && readNumber(text.substr(0, slash), rule.replyAt) &&
            readNumber(text.substr(slash + 1), rule.flipMask, 16);
+}
+
+bool readPatch(std::string_view text, FaultRule& rule)
+{
+    const auto slash = text.find('/');
+    if (slash == std::string_view::npos || !readNumber(text.substr(0, slash), rule.replyAt)) {
+        return false;
+    }
+    for (auto digits = text.substr(slash + 1); !digits.empty(); digits.remove_prefix(2)) {
+        std::uint8_t byte = 0;
+        if (digits.size() < 2 || !readNumber(digits.substr(0, 2), byte, 16)) {
+            return false;
+        }
+        rule.patch.push_back(byte);
+    }
+    return !rule.patch.empty();
 }
 
 bool readPlainWord(std::string_view word, FaultRule& rule)
 {
     if (word == "after") {
         rule.after = true;
+    } else if (word == "deferred") {
+        rule.deferred = true;
+    } else if (word == "reset") {
+        rule.kind = FaultKind::Reset;
     } else if (word == "gone") {
         rule.kind = FaultKind::Gone;
     } else if (word == "pull") {
@@ -114,6 +134,30 @@ std::optional<bool> readCondition(std::string_view key, std::string_view value, 
     return std::nullopt;
 }
 
+/// The keys that change what a reply holds.
+std::optional<bool> readReplyFault(std::string_view key, std::string_view value, FaultRule& rule)
+{
+    if (key == "flip") {
+        rule.kind = FaultKind::Flip;
+        return readFlip(value, rule);
+    }
+    if (key == "patch") {
+        rule.kind = FaultKind::Patch;
+        return readPatch(value, rule);
+    }
+    if (key == "short") {
+        rule.kind = FaultKind::Short;
+        return readNumber(value, rule.replyAt);
+    }
+    return std::nullopt;
+}
+
+bool changesReply(FaultKind kind)
+{
+    return kind == FaultKind::Noise || kind == FaultKind::Jitter || kind == FaultKind::Flip ||
+           kind == FaultKind::Patch || kind == FaultKind::Short;
+}
+
 bool readWord(std::string_view word, FaultRule& rule)
 {
     const auto equals = word.find('=');
@@ -141,9 +185,12 @@ bool readWord(std::string_view word, FaultRule& rule)
         rule.kind = FaultKind::Error;
         return readErrno(value, rule.error);
     }
-    if (key == "flip") {
-        rule.kind = FaultKind::Flip;
-        return readFlip(value, rule);
+    if (const auto read = readReplyFault(key, value, rule)) {
+        return *read;
+    }
+    if (key == "status") {
+        rule.kind = FaultKind::Status;
+        return readNumber(value, rule.status, 16) && rule.status > 0;
     }
     if (key == "jitter") {
         rule.kind = FaultKind::Jitter;
@@ -184,8 +231,7 @@ void addTo(FaultVerdict& verdict, const FaultRule& rule, const FaultCounter& cou
 {
     if (rule.kind == FaultKind::Delay) {
         verdict.delayMs = std::max(verdict.delayMs, rule.delayMs);
-    } else if (rule.kind == FaultKind::Noise || rule.kind == FaultKind::Jitter ||
-               rule.kind == FaultKind::Flip) {
+    } else if (changesReply(rule.kind)) {
         verdict.readFaults.push_back(rule);
         verdict.readStrikes.push_back(counter.strikes);
     } else if (!verdict.failure) {

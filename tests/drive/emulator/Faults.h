@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Bytes.h"
 #include "Sense.h"
 
 #include <cstdint>
@@ -27,6 +28,10 @@ enum class FaultKind : std::uint8_t
     Error,     ///< the request itself fails with an errno
     Ignored,   ///< the drive says "good" and has done nothing
     Flip,      ///< a byte of the reply comes back with other bits
+    Patch,     ///< bytes of the reply are others
+    Short,     ///< the reply ends early
+    Status,    ///< the command ends with a SCSI status and without sense data
+    Reset,     ///< the drive forgets its modes and what it was doing
     Gone,      ///< the drive is unplugged from here on
     Pull,      ///< the disc is out of the drive from here on
     Noise,     ///< frames read come back with changed samples
@@ -49,10 +54,13 @@ struct FaultRule
     Sense sense;
     std::uint32_t delayMs = 0; ///< kForever hangs until the caller's time limit
     int shiftSamples = 0;
-    int hostStatus = 0;       ///< of a Transport rule, as the kernel's DID_ codes
-    int error = 0;            ///< of an Error rule
-    std::uint32_t flipAt = 0; ///< of a Flip rule: the byte, and the bits in it
-    std::uint8_t flipMask = 0;
+    int hostStatus = 0;        ///< of a Transport rule, as the kernel's DID_ codes
+    int error = 0;             ///< of an Error rule
+    std::uint32_t replyAt = 0; ///< of a Flip, Patch or Short rule: the byte of the reply
+    std::uint8_t flipMask = 0; ///< of a Flip rule: the bits in it
+    Bytes patch;               ///< of a Patch rule
+    int status = 0;            ///< of a Status rule, as in SAM
+    bool deferred = false;     ///< the sense data speak of an earlier command
 };
 
 /// How often a rule has matched; lives in the drive's shared state.
@@ -68,7 +76,7 @@ struct FaultVerdict
 {
     std::optional<FaultRule> failure; ///< a rule that ends the command
     std::uint32_t delayMs = 0;
-    std::vector<FaultRule> readFaults; ///< Noise, Jitter and Flip rules
+    std::vector<FaultRule> readFaults; ///< rules that change the reply
     std::vector<std::uint32_t> readStrikes;
 };
 

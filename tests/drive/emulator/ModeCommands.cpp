@@ -193,8 +193,10 @@ Answer modeSense10(Station& station, const Request& request)
     if (pages.empty()) {
         return kInvalidField;
     }
-    Bytes reply(8);
-    putBigEndian(reply, 0, 2, static_cast<std::uint32_t>(pages.size() + 6));
+    const std::uint32_t descriptorBytes = station.config.blockDescriptor ? 8 : 0;
+    Bytes reply(8 + descriptorBytes);
+    putBigEndian(reply, 0, 2, static_cast<std::uint32_t>(pages.size() + 6 + descriptorBytes));
+    putBigEndian(reply, 6, 2, descriptorBytes);
     reply.insert(reply.end(), pages.begin(), pages.end());
     return reply;
 }

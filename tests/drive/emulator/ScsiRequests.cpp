@@ -23,7 +23,7 @@ constexpr std::size_t kSenseBytes = 18;
 
 std::array<std::uint8_t, kSenseBytes> fixedSense(const Answer& answer)
 {
-    std::array<std::uint8_t, kSenseBytes> bytes{0x70};
+    std::array<std::uint8_t, kSenseBytes> bytes{static_cast<std::uint8_t>(answer.deferred ? 0x71 : 0x70)};
     bytes[2] = answer.sense.key;
     bytes[7] = kSenseBytes - 8;
     bytes[12] = answer.sense.asc;
@@ -38,13 +38,27 @@ std::array<std::uint8_t, kSenseBytes> fixedSense(const Answer& answer)
     return bytes;
 }
 
-void reportSense(sg_io_hdr_t& header, const Answer& answer)
+std::array<std::uint8_t, kSenseBytes> descriptorSense(const Answer& answer)
 {
-    header.status = kCheckCondition;
-    header.masked_status = kCheckCondition >> 1U;
-    header.driver_status = kDriverSense;
+    return {static_cast<std::uint8_t>(answer.deferred ? 0x73 : 0x72), answer.sense.key, answer.sense.asc,
+            answer.sense.ascq};
+}
+
+void reportStatus(sg_io_hdr_t& header, int status)
+{
+    header.status = static_cast<unsigned char>(status);
+    header.masked_status = static_cast<unsigned char>(header.status >> 1U);
     header.info |= SG_INFO_CHECK;
-    const auto sense = fixedSense(answer);
+}
+
+void reportSense(sg_io_hdr_t& header, const Answer& answer, SenseFormat format)
+{
+    reportStatus(header, kCheckCondition);
+    if (format == SenseFormat::None) {
+        return;
+    }
+    header.driver_status = kDriverSense;
+    const auto sense = format == SenseFormat::Descriptor ? descriptorSense(answer) : fixedSense(answer);
     const auto size = std::min<std::size_t>(sense.size(), header.mx_sb_len);
     if (header.sbp != nullptr) {
         std::memcpy(header.sbp, sense.data(), size);
@@ -126,8 +140,10 @@ int execute(Drive& drive, sg_io_hdr_t& header)
     if (size > 0) {
         Transfer{header}.scatter({answer.data.data(), size});
     }
-    if (!answer.sense.good()) {
-        reportSense(header, answer);
+    if (answer.status != 0) {
+        reportStatus(header, answer.status);
+    } else if (!answer.sense.good()) {
+        reportSense(header, answer, drive.config()->senseFormat);
     }
     return 0;
 }

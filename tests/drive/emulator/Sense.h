@@ -35,5 +35,6 @@ inline constexpr Sense kIllegalModeForTrack{0x5, 0x64, 0x00};
 inline constexpr Sense kNothingToClose{0x5, 0x72, 0x04};
 inline constexpr Sense kIncompleteTrack{0x5, 0x72, 0x03};
 inline constexpr Sense kMediumChanged{0x6, 0x28, 0x00};
+inline constexpr Sense kReset{0x6, 0x29, 0x00};
 
 } // namespace zib::drive

@@ -29,6 +29,7 @@ struct DriveState
     bool trayOpen = false;
     bool doorLocked = false;
     bool attention = false;      ///< a changed medium is still to be reported as unit attention
+    bool wasReset = false;       ///< a reset is still to be reported as unit attention
     bool mediaChanged = false;   ///< the same, for CDROM_MEDIA_CHANGED
     std::uint8_t mediaEvent = 0; ///< the same, for GET EVENT STATUS NOTIFICATION
     Sense lastSense;
@@ -64,8 +65,10 @@ struct Answer
 {
     Sense sense;
     Bytes data;
-    int error = 0;      ///< errno for the caller; the command was not executed
-    int hostStatus = 0; ///< what the host adapter reports, 0 when all is well
+    bool deferred = false; ///< the sense data speak of an earlier command
+    int status = 0;        ///< a SCSI status that comes without sense data, 0 for none
+    int error = 0;         ///< errno for the caller; the command was not executed
+    int hostStatus = 0;    ///< what the host adapter reports, 0 when all is well
     std::int64_t takesMs = 0;
     std::optional<std::int32_t> address; ///< the information field of the sense data
 

@@ -46,6 +46,13 @@ private slots:
     void fault_delay_pastTheLimit_timesOut();
     void fault_ignored_saysGoodAndDoesNothing();
     void fault_flip_liesAboutOnePageOnly();
+    void fault_patchAndShort_changeTheReply();
+    void fault_reset_forgetsModesAndLock();
+    void fault_reset_after_isToldByTheNextCommand();
+    void fault_status_comesWithoutSense();
+    void sense_isPutAsConfigured_data();
+    void sense_isPutAsConfigured();
+    void blockDescriptor_standsBeforeThePage();
     void fault_gone_takesTheNodeAway();
     void fault_gone_unlocksTheDoor();
     void fault_pull_takesTheDiscOut();
@@ -304,6 +311,105 @@ void TestEmulatedRecorder::fault_flip_liesAboutOnePageOnly()
     QCOMPARE(client.read({0x5A, 8, 0x05, 0, 0, 0, 0, 0, 60, 0}, reply, 60), "good");
     QCOMPARE(int(reply[10]), 0x12);
     QCOMPARE(recorder.count("MODE_SELECT_10", "5/26/00"), 0);
+}
+
+void TestEmulatedRecorder::fault_patchAndShort_changeTheReply()
+{
+    EmulatedRecorder recorder;
+    recorder.addFault("READ_DISC_INFORMATION patch=2/0AFF");
+    recorder.addFault("READ_DISC_INFORMATION nth=2 short=4");
+    ScsiClient client;
+    QByteArray reply;
+    QCOMPARE(client.read({0x51, 0, 0, 0, 0, 0, 0, 0, 34, 0}, reply, 34), "good");
+    QCOMPARE(reply.mid(2, 2), QByteArray("\x0A\xFF"));
+    QCOMPARE(client.read({0x51, 0, 0, 0, 0, 0, 0, 0, 34, 0}, reply, 34), "good");
+    QCOMPARE(reply.size(), 4);
+}
+
+void TestEmulatedRecorder::fault_reset_forgetsModesAndLock()
+{
+    EmulatedRecorder recorder;
+    ScsiClient client;
+    QCOMPARE(client.write({0x1E, 0, 0, 0, 1, 0}), "good");
+    QCOMPARE(client.selectWriteParameters(0x12), "good");
+    recorder.addFault("TEST_UNIT_READY reset");
+    QCOMPARE(client.ready(), "6/29/00");
+    QVERIFY(!recorder.doorLocked());
+    QByteArray reply;
+    QCOMPARE(client.read({0x5A, 8, 0x05, 0, 0, 0, 0, 0, 60, 0}, reply, 60), "good");
+    QCOMPARE(int(reply[10]), 0x01);
+    QCOMPARE(client.ready(), "good");
+}
+
+void TestEmulatedRecorder::fault_reset_after_isToldByTheNextCommand()
+{
+    EmulatedRecorder recorder;
+    ScsiClient client;
+    recorder.addFault("MODE_SELECT_10 after reset");
+    QCOMPARE(client.selectWriteParameters(0x12), "good");
+    QCOMPARE(client.ready(), "6/29/00");
+    QCOMPARE(client.ready(), "good");
+}
+
+void TestEmulatedRecorder::fault_status_comesWithoutSense()
+{
+    EmulatedRecorder recorder;
+    recorder.addFault("TEST_UNIT_READY status=08");
+    ScsiClient client;
+    client.ready();
+    QCOMPARE(recorder.count("TEST_UNIT_READY", "status8"), 1);
+}
+
+void TestEmulatedRecorder::sense_isPutAsConfigured_data()
+{
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<QString>("rule");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("fixed") << "fixed"
+                           << "sense=3/0C/00" << QByteArray::fromHex("700003");
+    QTest::newRow("fixed, deferred") << "fixed"
+                                     << "sense=3/0C/00 deferred" << QByteArray::fromHex("710003");
+    QTest::newRow("descriptor") << "descriptor"
+                                << "sense=3/0C/02" << QByteArray::fromHex("72030C02");
+    QTest::newRow("descriptor, deferred") << "descriptor"
+                                          << "sense=3/0C/02 deferred" << QByteArray::fromHex("73030C02");
+    QTest::newRow("none") << "none"
+                          << "sense=3/0C/00" << QByteArray(4, '\0');
+}
+
+void TestEmulatedRecorder::sense_isPutAsConfigured()
+{
+    QFETCH(QString, format);
+    QFETCH(QString, rule);
+    QFETCH(QByteArray, bytes);
+    EmulatedRecorder recorder;
+    recorder.set("sense-format", format);
+    recorder.addFault("TEST_UNIT_READY " + rule);
+    const ScsiClient client;
+    std::array<unsigned char, 6> cdb{};
+    std::array<unsigned char, 32> sense{};
+    sg_io_hdr_t header{};
+    header.interface_id = 'S';
+    header.dxfer_direction = SG_DXFER_NONE;
+    header.cmd_len = cdb.size();
+    header.cmdp = cdb.data();
+    header.mx_sb_len = sense.size();
+    header.sbp = sense.data();
+    header.timeout = 5000;
+    QCOMPARE(::ioctl(client.descriptor(), SG_IO, &header), 0);
+    QCOMPARE(int(header.status), 2);
+    QCOMPARE(QByteArray(reinterpret_cast<const char*>(sense.data()), bytes.size()), bytes);
+}
+
+void TestEmulatedRecorder::blockDescriptor_standsBeforeThePage()
+{
+    EmulatedRecorder recorder;
+    recorder.set("block-descriptor", "yes");
+    ScsiClient client;
+    QByteArray reply;
+    QCOMPARE(client.read({0x5A, 8, 0x05, 0, 0, 0, 0, 0, 68, 0}, reply, 68), "good");
+    QCOMPARE(int(reply[7]), 8);
+    QCOMPARE(int(reply[16]), 0x05);
 }
 
 void TestEmulatedRecorder::fault_gone_unlocksTheDoor()
