@@ -143,6 +143,8 @@ void frmWrite::startWrite()
     TrackCount = static_cast<qint16>(m_writer->trackCount());
     if (gOptions.TestMode)
         m_services.messages.information(this, WriteTexts::kTestMode);
+    if (m_closed) // behind the box, at the end of the session
+        return;
     m_cancelling = false;
     EnableControls(false);
     m_awake = zib::stayAwake(WriteTexts::kAwake);

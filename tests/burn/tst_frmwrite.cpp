@@ -133,6 +133,7 @@ private slots:
     void write_withBufferProtection_needsSettingAndDrive_data();
     void write_withBufferProtection_needsSettingAndDrive();
     void write_inTestMode_saysSoEachTimeBeforeTheStart();
+    void write_whoseWindowClosesBehindTheBox_neverStarts();
     void write_afterOptionsChanged_usesThem();
     void write_refusedByTheWriter_saysSo();
     void write_whileItRuns_keepsTheSystemAwake();
@@ -510,6 +511,19 @@ void TestFrmWrite::write_inTestMode_saysSoEachTimeBeforeTheStart()
                 "activity on the drive, but will not write actually. If you want to write actually, you may "
                 "uncheck theitem \"Use Test Mode When Writing to CD\" from options."));
     QVERIFY(desk.writer->calls.contains("setTestWrite 1"));
+}
+
+/// As at the end of the session, which closes all windows.
+void TestFrmWrite::write_whoseWindowClosesBehindTheBox_neverStarts()
+{
+    Desk desk;
+    desk.change([](OptionsData& o) { o.TestMode = true; });
+    QVERIFY(desk.open());
+    desk.desk.messages.onShow = [&](const QString&) { desk.window->close(); };
+    desk.click("cmdWrite");
+    QCOMPARE(desk.desk.messages.shown.size(), 1);
+    QVERIFY(!desk.window->isVisible());
+    QVERIFY(!desk.writer->calls.contains("start"));
 }
 
 void TestFrmWrite::write_afterOptionsChanged_usesThem()
