@@ -21,10 +21,11 @@ QString DiscVerdict::sentence() const
         "you use it.");
 }
 
-DiscVerdict judgeDisc(DriveLine& line, const BurnJob& job, bool trackAtOnce, int patienceMs)
+DiscVerdict judgeDisc(DriveLine& line, const BurnJob& job, bool trackAtOnce, int patienceMs,
+                      const WhileWaiting& going)
 {
     DiscVerdict verdict;
-    verdict.refusal = awaitReady(line, patienceMs);
+    verdict.refusal = awaitReady(line, patienceMs, going);
     const auto facts = factsOf(line, verdict.refusal);
     if (!facts)
         return verdict;

@@ -24,7 +24,8 @@ struct DiscVerdict
 };
 
 /// Looks at the disc after @p job was written to it, or tried.
-/// @param patienceMs for a drive that is not ready at once.
-DiscVerdict judgeDisc(DriveLine& line, const BurnJob& job, bool trackAtOnce, int patienceMs);
+/// @param patienceMs for a drive that is not ready at once.  @param going called while it is not.
+DiscVerdict judgeDisc(DriveLine& line, const BurnJob& job, bool trackAtOnce, int patienceMs,
+                      const WhileWaiting& going = {});
 
 } // namespace zib

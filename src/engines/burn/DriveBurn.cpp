@@ -1,10 +1,6 @@
 #include "engines/burn/DriveBurn.h"
 
 #include "engines/burn/DriveWords.h"
-#include "engines/burn/compare/DiscCheck.h"
-#include "engines/burn/compare/DriveSound.h"
-#include "engines/burn/compare/DriveText.h"
-#include "engines/burn/compare/ReadOffset.h"
 
 #include <QThread>
 
@@ -22,9 +18,10 @@ BurnError unreadable(const QString& name)
     return BurnError::from({Failure::Kind::UnreadableFile, name});
 }
 
-LibraryView viewOf(const burn::burn_progress& progress, int status)
+LibraryView viewOf(const burn::burn_progress& progress, int status, int tracksBegun)
 {
-    return {.atTrack = status == burn::BURN_DRIVE_WRITING,
+    return {.begun = tracksBegun,
+            .atTrack = status == burn::BURN_DRIVE_WRITING,
             .closingSession =
                 status == burn::BURN_DRIVE_CLOSING_SESSION || status == burn::BURN_DRIVE_WRITING_LEADOUT,
             .track = progress.track + 1,
@@ -113,7 +110,8 @@ std::optional<BurnError> DriveBurn::checkDisc()
 std::optional<BurnError> DriveBurn::checkPlace()
 {
     const DriveAnswer place = nextTrackOf(*m_line);
-    if (place.good())
+    constexpr int kAddressEnd = 12; // Of the track's start (MMC-5, 6.27.3).
+    if (place.good() && place.data.size() >= kAddressEnd)
         return std::nullopt;
     return answerError(place, m_traits.path,
                        QStringLiteral("The drive does not tell where the first track is to begin, so nothing "
@@ -157,13 +155,14 @@ void DriveBurn::watch(const std::shared_ptr<DiscPlan>& plan)
         }
         // What a drive does after a failure or a cancel is no progress.
         if (!m_cancelSent && !m_messages.failed())
-            m_phases.see(viewOf(progress, status));
+            m_phases.see(viewOf(progress, status, m_gate->tracksBegun()));
         m_stuck = m_stuck || (!m_cancelSent && stalled(progress, status));
         if (m_stuck || !plan->failedFile().isEmpty() || mayStillCancel())
             stopDrive();
         if (m_cancelSent && m_sinceCancel.elapsed() > m_patience.cancelMs)
             return leave(plan);
         seeToTheDoor();
+        tellWait();
         QThread::msleep(static_cast<unsigned long>(m_patience.pollMs));
     }
     m_messages.collect();
@@ -182,6 +181,17 @@ void DriveBurn::seeToTheDoor()
     constexpr qint64 kSoonMs = 2000;
     if (m_cancelSent && m_sinceCancel.elapsed() > kSoonMs && !std::exchange(m_doorTried, true))
         m_grabbed.unlockAside();
+}
+
+/// A wait that nothing on the screen explains is said, once until the drive goes on.
+void DriveBurn::tellWait()
+{
+    constexpr qint64 kSoonMs = 1500;
+    const bool explained = m_cancelSent || m_phases.phase() > WritePhases::Phase::Writing;
+    const bool waiting = !explained && m_sinceSign.elapsed() > kSoonMs;
+    if (waiting && !m_waitTold)
+        m_observer.waiting(waitingWords(m_phases.phase()));
+    m_waitTold = waiting;
 }
 
 /// A disc that lacks nothing but its closing is finished: stopping it now would only spoil it.
@@ -224,6 +234,7 @@ std::optional<BurnError> DriveBurn::judge(const DiscPlan& plan)
     if (m_wroteWell && !m_cancelSent && !m_gate->fault())
         return m_job.simulate ? lookWhetherBlank() : check();
     BurnError error = failure(plan);
+    m_observer.waiting(QStringLiteral("Asking the drive about its disc, please wait..."));
     const DiscVerdict verdict = m_grabbed ? look(m_patience.readyMs) : DiscVerdict{};
     m_truth = verdict.truth;
     const bool blankAsItMustBe = m_job.simulate && verdict.truth == DiscVerdict::Truth::Blank;
@@ -264,84 +275,12 @@ BurnError DriveBurn::driveError(const QString& description) const
     if (m_messages.sense())
         return senseError(*m_messages.sense(), description);
     if (!m_messages.connectionLost() && !m_messages.transportFailed())
-        return plainError(BurnErrorCode::kUnsupported, description);
+        return plainError(
+            BurnErrorCode::kUnsupported,
+            m_messages.reason().isEmpty()
+                ? description
+                : description + QStringLiteral(" The writing library says: %1.").arg(m_messages.reason()));
     return answerError({}, m_traits.path, description);
-}
-
-DiscVerdict DriveBurn::look(int patienceMs)
-{
-    return judgeDisc(*m_line, m_job, !m_traits.sessionAtOnce, patienceMs);
-}
-
-std::optional<BurnError> DriveBurn::readBack()
-{
-    m_phases.readBack();
-    const DiscVerdict verdict = look(m_patience.closeMs);
-    if (verdict.truth == DiscVerdict::Truth::Whole)
-        return {};
-    if (verdict.truth == DiscVerdict::Truth::Unknown) {
-        BurnError error =
-            answerError(verdict.refusal, m_traits.path,
-                        QStringLiteral("The disc was written and closed without an error, but it could "
-                                       "not be read back. Listen to it before you throw it away."));
-        error.error = error.senseData.isEmpty() ? BurnErrorCode::kVerify : error.error;
-        return error;
-    }
-    return plainError(
-        BurnErrorCode::kVerify,
-        QStringLiteral("The disc was written, but it does not show the tracks when it is read back. "
-                       "Do not use it; write again on another disc."));
-}
-
-/// A disc that was written to its end is closed and shows its tracks, carries its names and holds every
-/// sample.
-std::optional<BurnError> DriveBurn::check()
-{
-    if (auto error = readBack())
-        return error;
-    checkNames();
-    return m_job.verify ? compare() : std::nullopt;
-}
-
-/// Names that are missing or garbled are no reason to throw a disc away, and drives that do not read CD-TEXT
-/// are many.
-void DriveBurn::checkNames()
-{
-    if (m_textPacks.isEmpty())
-        return;
-    const auto packs = textPacksOf(*m_line);
-    if (packs && *packs != m_textPacks)
-        m_observer.remark(
-            QStringLiteral("The sound is on the disc, but the names of its tracks are not as they were "
-                           "sent to the drive."));
-}
-
-std::optional<BurnError> DriveBurn::compare()
-{
-    m_observer.comparing(1, 0, m_job.tracks.first().length.frames());
-    DriveAnswer refusal;
-    const auto contents = contentsOf(*m_line, refusal);
-    if (!contents || contents->tracks.size() != m_job.tracks.size())
-        return answerError(
-            refusal, m_traits.path,
-            QStringLiteral("The disc was written, but it could not be compared with its files. "
-                           "Listen to it before you throw it away."));
-    QList<qint64> starts;
-    for (const DiscContents::Track& track : contents->tracks)
-        starts << track.start;
-    const QList<DiscPiece> pieces = piecesAt(m_job.tracks, starts);
-    DriveSound sound(m_line, contents->leadOut, m_job.cancelled);
-    return compareWithFiles(sound, pieces, readOffsetOf(sound, pieces), m_job, m_observer);
-}
-
-/// After a simulation the disc must be what it was.
-std::optional<BurnError> DriveBurn::lookWhetherBlank()
-{
-    m_phases.readBack();
-    const DiscVerdict verdict = look(m_patience.closeMs);
-    if (verdict.truth == DiscVerdict::Truth::Blank)
-        return std::nullopt;
-    return notBlank(verdict, m_traits.path);
 }
 
 } // namespace zib

@@ -43,6 +43,7 @@ private:
     void stopDrive();
     void leave(const std::shared_ptr<DiscPlan>& plan);
     void seeToTheDoor();
+    void tellWait();
     std::optional<BurnError> judge(const DiscPlan& plan);
     std::optional<BurnError> check();
     std::optional<BurnError> readBack();
@@ -68,6 +69,7 @@ private:
     LibraryThread m_thread;
     bool m_cancelSent = false;
     bool m_doorTried = false;
+    bool m_waitTold = false;
     bool m_stuck = false;
     bool m_wroteWell = false;
     qint64 m_lastSign = -1; ///< What the drive's progress looked like when it last moved.

@@ -16,10 +16,6 @@ namespace zib {
 
 namespace {
 
-// Profiles of the discs that an audio CD is made of (MMC-5, 5.3.1).
-constexpr int kProfileCdR = 0x09;
-constexpr int kProfileCdRw = 0x0A;
-
 BurnError doesNotComeBack(const QString& path)
 {
     return plainError(BurnErrorCode::kStalled,
@@ -78,7 +74,7 @@ std::unique_ptr<DriveLedger::Entry> askedAlone(const QString& path, int patience
 /// What the disc's kind allows, told apart as the writing window asks.
 int statusOf(const DiscFacts& facts)
 {
-    const bool recordable = facts.profile == kProfileCdR || facts.profile == kProfileCdRw;
+    const bool recordable = facts.profile == DiscFacts::kCdR || facts.profile == DiscFacts::kCdRw;
     if (!recordable)
         return DVDWriterPro::kUnusableDisc;
     if (facts.status == DiscFacts::Status::Blank)
@@ -86,7 +82,7 @@ int statusOf(const DiscFacts& facts)
     if (facts.status == DiscFacts::Status::Appendable)
         return DVDWriterPro::kAppendableDisc;
     // A rewritable disc that is full could be used again once erased; it is told as holding data.
-    if (facts.status == DiscFacts::Status::Complete && facts.profile == kProfileCdRw)
+    if (facts.status == DiscFacts::Status::Complete && facts.profile == DiscFacts::kCdRw)
         return DVDWriterPro::kAppendableDisc;
     return DVDWriterPro::kUnusableDisc;
 }
@@ -185,6 +181,7 @@ std::optional<BurnError> DriveRecorder::writeGrabbed(LibburnSession& session, co
 {
     if (const auto error = whyBlocked())
         return error;
+    observer.waiting(QStringLiteral("Making the drive ready, please wait..."));
     const Traits traits = currentTraits();
     GrabbedDrive grabbed(session, path(), m_patience.callMs, job.cancelled);
     if (job.isCancelled())

@@ -20,6 +20,8 @@ BurnError answerError(const DriveAnswer& answer, const QString& path, const QStr
 {
     if (answer.kind == DriveAnswer::Kind::Refused)
         return senseError(answer.sense, what);
+    if (answer.good())
+        return plainError(BurnErrorCode::kUnsupported, what);
     BurnError error = BurnError::from({Failure::Kind::DeviceGone, path});
     error.description = what + u' ' + error.description;
     return error;
@@ -81,6 +83,11 @@ BurnError planError(const PlanFault& fault, const WritePlan& wanted, const QStri
             BurnErrorCode::kUnsupported,
             QStringLiteral("The drive would write in another way than planned, so it was stopped. "
                            "Switch it off and on again, then write again."));
+    case PlanFault::Kind::Untold:
+        return plainError(
+            BurnErrorCode::kUnsupported,
+            QStringLiteral("The drive does not tell in what way it would write, so it was stopped. Switch it "
+                           "off and on again, or try another drive."));
     case PlanFault::Kind::Lost:
         break;
     }
@@ -132,6 +139,13 @@ int trackAt(int address, const BurnJob& job)
             return track;
     }
     return static_cast<int>(job.tracks.size());
+}
+
+QString waitingWords(WritePhases::Phase phase)
+{
+    if (phase == WritePhases::Phase::Preparing)
+        return QStringLiteral("Waiting for the drive to begin to write, please wait...");
+    return QStringLiteral("Waiting for the drive to go on writing, please wait...");
 }
 
 QString waitingWords(const DriveAnswer& answer)

@@ -28,5 +28,7 @@ int trackAt(int address, const BurnJob& job);
 
 /// What a drive says while it is waited for.
 QString waitingWords(const DriveAnswer& answer);
+/// The same for a drive that has been handed its work, before the disc is closed.
+QString waitingWords(WritePhases::Phase phase);
 
 } // namespace zib

@@ -109,6 +109,8 @@ void LibburnMessages::take(const QString& message)
         takeStep(message);
     if (message.contains(QLatin1String("host_status=")))
         m_transportFailed = true;
+    if (m_reason.isEmpty() && !message.contains(QLatin1String("Burn run failed")))
+        m_reason = message;
     // All zero: the command failed on its way, and the drive said nothing.
     const std::optional<Sense> sense = Sense::inText(message);
     if (sense && *sense != Sense() && !m_sense)

@@ -56,6 +56,8 @@ public:
     int track() const { return m_track; }
     /// The address of the write that failed, with Step::Write.
     int address() const { return m_address; }
+    /// What the library itself said first about a failure that the drive did not tell of; may be empty.
+    QString reason() const { return m_reason; }
     /// Whether anything failed at all.
     bool failed() const { return m_sense || m_transportFailed || m_connectionLost || m_step == Step::Place; }
     /// Whether a command was lost on its way, by whatever fault of the connection.
@@ -73,6 +75,7 @@ private:
     Step m_step = Step::Other;
     int m_track = 0;
     int m_address = 0;
+    QString m_reason;
     bool m_transportFailed = false;
     bool m_connectionLost = false;
 };

@@ -72,7 +72,9 @@ void WriteReporter::progress(int track, qint64 doneBytes, qint64 sizeBytes)
         return;
     completeUpTo(track - 1);
     const qint64 floor = track == m_track ? m_done : 0;
-    tell(track, std::clamp(doneBytes, std::min(floor, sizeBytes), sizeBytes), sizeBytes);
+    const qint64 done = std::clamp(doneBytes, std::min(floor, sizeBytes), sizeBytes);
+    if (track != m_track || done != m_done) // Standing still is no news, and what is waited for stays told.
+        tell(track, done, sizeBytes);
 }
 
 void WriteReporter::closingTrack(int track)

@@ -13,8 +13,12 @@ void WritePhases::see(const LibraryView& view)
 {
     if (m_phase >= Phase::ClosingDisc)
         return;
-    if (view.closingSession)
-        return closeDisc();
+    if (view.closingSession) {
+        // Where it says so before the last track, it has given up.
+        if (view.begun >= count())
+            closeDisc();
+        return;
+    }
     const int track = std::clamp(view.track, 1, count());
     const bool back = track < m_track || (track == m_track && m_phase == Phase::ClosingTrack);
     if (!view.atTrack || view.sectors <= 0 || back)

@@ -7,6 +7,7 @@ namespace zib {
 /// What the library shows of its work at one look.
 struct LibraryView
 {
+    int begun = 0;               ///< Tracks of which it has asked for sound.
     bool atTrack = false;        ///< Sectors of a track are being written, or were.
     bool closingSession = false; ///< It says so itself.
     int track = 0;               ///< From 1.

@@ -29,7 +29,7 @@ struct Listener final : BurnObserver
 
 LibraryView at(int track, int sector)
 {
-    return {.atTrack = true, .track = track, .sector = sector, .sectors = 400};
+    return {.begun = track, .atTrack = true, .track = track, .sector = sector, .sectors = 400};
 }
 
 /// The kinds of all events so far.
@@ -51,8 +51,23 @@ private slots:
     void session_isClosingBehindTheLastSector();
     void tracks_areClosedOneByOne_andNothingFallsBack();
     void tracks_thatPassBetweenTwoLooks_areToldAll();
+    void session_thatIsGivenUp_isNotClosed();
     void reporter_dropsWhatComesAfterALaterPhase();
 };
+
+/// The library says that it closes also when it has failed before the last track.
+void TestWritePhases::session_thatIsGivenUp_isNotClosed()
+{
+    const BurnJob job = jobOf(2);
+    Listener heard;
+    WritePhases phases(job, false, heard);
+    phases.see(at(1, 400));
+    phases.see({.begun = 1, .closingSession = true});
+    QCOMPARE(phases.phase(), WritePhases::Phase::ClosingTrack);
+    QCOMPARE(heard.told, (QStringList{"reading 1", "closing 1"}));
+    phases.see({.begun = 2, .closingSession = true});
+    QCOMPARE(phases.phase(), WritePhases::Phase::ClosingDisc);
+}
 
 void TestWritePhases::session_isClosingBehindTheLastSector()
 {

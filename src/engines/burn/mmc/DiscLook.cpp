@@ -15,13 +15,17 @@ constexpr unsigned long kPauseMs = 200;
 constexpr int kControlData = 0x04;
 constexpr int kLeadOut = 0xAA;
 
-/// A question that a drive may refuse once for reasons of its own.
+/// A question that a drive may refuse once for reasons of its own, and some times while it has something to
+/// announce first.
 template <typename Ask>
 DriveAnswer insistently(const Ask& ask)
 {
     constexpr int kTries = 3;
+    constexpr int kPassingTries = 10;
     DriveAnswer answer = ask();
-    for (int tries = 1; tries < kTries && !answer.good() && answer.kind != DriveAnswer::Kind::Gone; ++tries) {
+    for (int tries = 1; !answer.good() && answer.kind != DriveAnswer::Kind::Gone &&
+                        tries < (answer.passing() ? kPassingTries : kTries);
+         ++tries) {
         QThread::msleep(kPauseMs);
         answer = ask();
     }
@@ -35,6 +39,15 @@ int currentProfile(DriveLine& line)
         return line.read({0x46, 2, 0, 0, 0, 0, 0, 0, kHeaderBytes, 0}, kHeaderBytes);
     });
     return answer.word(6);
+}
+
+/// A drive that knows nothing of profiles has no other recordable discs than these two.
+int profileOf(DriveLine& line, const DriveAnswer& information)
+{
+    constexpr int kErasable = 0x10;
+    if (const int profile = currentProfile(line); profile != 0)
+        return profile;
+    return information.byte(2) & kErasable ? DiscFacts::kCdRw : DiscFacts::kCdR;
 }
 
 DiscFacts::Status statusOf(int bits)
@@ -94,7 +107,7 @@ std::optional<DiscFacts> factsOf(DriveLine& line, DriveAnswer& refusal)
         return std::nullopt;
     }
     return DiscFacts{.status = statusOf(information.byte(2) & 3),
-                     .profile = currentProfile(line),
+                     .profile = profileOf(line, information),
                      .sessions = information.byte(4),
                      .capacity = capacityIn(information)};
 }
@@ -129,7 +142,11 @@ std::optional<DiscContents> contentsOf(DriveLine& line, DriveAnswer& refusal)
         else
             contents.tracks << DiscContents::Track{address, (toc.byte(at + 1) & kControlData) == 0};
     }
-    return contents;
+    // Cut short, it says nothing about the disc.
+    if (toc.data.size() >= toc.word(0) + 2 && contents.leadOut > 0)
+        return contents;
+    refusal = toc;
+    return std::nullopt;
 }
 
 } // namespace zib

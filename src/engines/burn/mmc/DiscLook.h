@@ -24,7 +24,11 @@ struct DiscFacts
     };
 
     Status status = Status::Other;
-    int profile = 0; ///< MMC-5, 5.3.1; 0 when the drive does not say.
+    // Profiles of the discs that an audio CD is made of (MMC-5, 5.3.1).
+    static constexpr int kCdR = 0x09;
+    static constexpr int kCdRw = 0x0A;
+
+    int profile = 0; ///< Where the drive does not say, what the rest suggests.
     int sessions = 0;
     CdTime capacity{}; ///< Frames that a blank disc takes, the first pregap included; 0 when unknown.
 };
@@ -37,11 +41,11 @@ using WhileWaiting = std::function<bool(const DriveAnswer& last)>;
 DriveAnswer awaitReady(DriveLine& line, int patienceMs, const WhileWaiting& going = {});
 
 /// Asks about the disc; a second time where the drive was not ready to answer, or refused once.
-/// @param[out] refusal the drive's last answer where nothing is returned.
+/// @param[out] refusal the drive's last answer where nothing is returned; a good one said too little.
 std::optional<DiscFacts> factsOf(DriveLine& line, DriveAnswer& refusal);
 
 /// The table of contents of a disc with one session.
-/// @param[out] refusal the drive's last answer where nothing is returned.
+/// @param[out] refusal the drive's last answer where nothing is returned; a good one said too little.
 std::optional<DiscContents> contentsOf(DriveLine& line, DriveAnswer& refusal);
 
 /// What the drive tells of the track that would be written next (MMC-5, 6.27).

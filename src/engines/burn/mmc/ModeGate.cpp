@@ -52,8 +52,11 @@ std::optional<PlanFault> ModeGate::fault() const
 int ModeGate::read(burn::burn_source* source, unsigned char* buffer, int size)
 {
     auto* guarded = static_cast<Guarded*>(source->data);
-    if (!std::exchange(guarded->begun, true) && !guarded->gate->mayBegin())
-        return -1;
+    if (!std::exchange(guarded->begun, true)) {
+        ++guarded->gate->m_tracksBegun;
+        if (!guarded->gate->mayBegin())
+            return -1;
+    }
     burn::burn_source* inner = guarded->inner;
     return inner->read ? inner->read(inner, buffer, size) : inner->read_xt(inner, buffer, size);
 }

@@ -37,6 +37,8 @@ public:
     /// to
     /// @p inner; the caller owns the reference to the result.
     burn::burn_source* guard(burn::burn_source* inner);
+    /// Of how many tracks the library has asked for sound. Any thread.
+    int tracksBegun() const { return m_tracksBegun; }
     /// Why the gate was shut, if it was. Any thread.
     std::optional<PlanFault> fault() const;
 
@@ -56,6 +58,7 @@ private:
     const std::function<void()> m_cut;
     std::thread::id m_starter;
     std::atomic<bool> m_armed = false;
+    std::atomic<int> m_tracksBegun = 0;
     bool m_begun = false; ///< The library has begun to read a track; its thread only.
     mutable std::mutex m_mutex;
     std::optional<PlanFault> m_fault;

@@ -36,10 +36,11 @@ PlanFault refusal(const DriveAnswer& answer)
 {
     if (answer.kind == DriveAnswer::Kind::Refused)
         return {PlanFault::Kind::Refused, answer.sense};
-    return {PlanFault::Kind::Lost};
+    return {answer.good() ? PlanFault::Kind::Untold : PlanFault::Kind::Lost};
 }
 
-/// The page as it stands in the drive, without what comes before it; in @c data.
+/// The page as it stands in the drive, without what comes before it; in @c data, empty when it is no such
+/// page.
 DriveAnswer currentPage(DriveLine& line)
 {
     constexpr int kNoBlockDescriptors = 0x08;
@@ -50,7 +51,7 @@ DriveAnswer currentPage(DriveLine& line)
         return answer;
     answer.data.remove(0, kHeaderBytes + answer.word(6));
     const bool whole = answer.data.size() >= kShortestPage && (answer.byte(0) & 0x3F) == kPage;
-    return whole ? answer : DriveAnswer{.kind = DriveAnswer::Kind::Broken};
+    return whole ? answer : DriveAnswer{.kind = DriveAnswer::Kind::Good};
 }
 
 int modeByte(const WritePlan& wanted)
@@ -79,7 +80,7 @@ std::optional<PlanFault> plan(DriveLine& line, const WritePlan& wanted)
 {
     constexpr int kPageFormat = 0x10;
     const DriveAnswer current = currentPage(line);
-    if (!current.good())
+    if (current.data.isEmpty())
         return refusal(current);
     const int told = std::min<int>(current.byte(1) + 2, static_cast<int>(current.data.size()));
     const QByteArray list = QByteArray(kHeaderBytes, '\0') + pageFor(wanted, std::max(told, kShortestPage));
@@ -95,7 +96,7 @@ std::optional<PlanFault> plan(DriveLine& line, const WritePlan& wanted)
 std::optional<PlanFault> prove(DriveLine& line, const WritePlan& wanted)
 {
     const DriveAnswer page = currentPage(line);
-    if (!page.good())
+    if (page.data.isEmpty())
         return refusal(page);
     const int differs = page.byte(2) ^ modeByte(wanted);
     if (differs & kTestBit)

@@ -27,7 +27,8 @@ struct PlanFault
         WriteType,
         BufferProtection,
         Closing,
-        Lost ///< It does not answer.
+        Untold, ///< Its answer holds too little to know.
+        Lost    ///< It does not answer.
     };
 
     Kind kind;
