@@ -263,7 +263,9 @@ BurnError DriveBurn::failure(const DiscPlan& plan) const
     const bool addressed = m_mode.sessionAtOnce && m_messages.step() == LibburnMessages::Step::Write;
     const int track =
         addressed ? trackAt(m_messages.address(), m_job) : std::max(m_phases.track(), m_messages.track());
-    const QString step = failedStep(m_messages, m_phases.phase(), track, m_mode.sessionAtOnce);
+    const bool isNext = track > m_phases.track() && m_phases.phase() == WritePhases::Phase::ClosingTrack;
+    const QString step = failedStep(m_messages, isNext ? WritePhases::Phase::Writing : m_phases.phase(),
+                                    track, m_mode.sessionAtOnce);
     if (m_stuck && !m_messages.sense())
         return plainError(BurnErrorCode::kStalled,
                           step + QStringLiteral(" The drive stopped answering. Switch it off and on again."));

@@ -140,7 +140,7 @@ void TestOddAnswers::drive_thatIsResetBetweenTracks_tellsNoLaterPhase()
     QCOMPARE(bench.write(), QString("error"));
     QVERIFY(!bench.said.contains("closing disc"));
     QVERIFY(!bench.said.contains("reading 2"));
-    QVERIFY2(bench.description.contains("could not finish track 1"), qPrintable(bench.description));
+    QVERIFY2(bench.description.contains("could not write track 2"), qPrintable(bench.description));
     QVERIFY2(bench.description.contains("The writing library says"), qPrintable(bench.description));
 }
 
