@@ -21,6 +21,9 @@ constexpr int kLabelTop = 360;
 constexpr int kLabelShift = 195;     ///< A label's start before its tick.
 constexpr int kLastLabelShift = 390; ///< The last label's start before its tick.
 constexpr int kBottomTwips = 60;
+constexpr int kWholeStretch = 100; ///< Percent of the digits' own width.
+constexpr int kStretchStep = 2;
+constexpr int kLeastStretch = 50; ///< Narrower is not tried.
 constexpr QColor kGrey(128, 128, 128);
 constexpr QColor kTrough(255, 255, 255);
 constexpr QColor kPaleGrey(200, 200, 200);
@@ -84,14 +87,22 @@ QSize CapacityGauge::minimumSizeHint() const
     return {wholePixels(6600), sizeHint().height()};
 }
 
-/// The last label has 405 twips up to the panel's edge, so the digits are made narrow enough for it.
+/// The last label has 405 twips up to the panel's edge, so the digits are made narrow enough for it. Each
+/// stretch that is tried is a font to be found: unhinted digits narrow evenly, so the search begins where it
+/// will end.
 void CapacityGauge::chooseFont()
 {
     const double room = pixelsFromTwips(kLastLabelShift);
     m_labelFont = font();
     m_labelFont.setPixelSize(11);
     m_labelFont.setHintingPreference(QFont::PreferNoHinting);
-    for (int stretch = 100; stretch > 50; stretch -= 2) {
+    m_labelFont.setStretch(kWholeStretch);
+    const double width = QFontMetricsF(m_labelFont).horizontalAdvance(labelText(10));
+    if (width <= room)
+        return;
+    const int near = static_cast<int>(kWholeStretch * room / width) / kStretchStep * kStretchStep;
+    for (int stretch = std::min(near + kStretchStep, kWholeStretch); stretch > kLeastStretch;
+         stretch -= kStretchStep) {
         m_labelFont.setStretch(stretch);
         if (QFontMetricsF(m_labelFont).horizontalAdvance(labelText(10)) <= room)
             return;
