@@ -19,6 +19,8 @@
 
 namespace {
 
+constexpr int kBeatMs = 10;
+
 double seconds(const QElapsedTimer& clock)
 {
     return static_cast<double>(clock.nsecsElapsed()) / 1e9;
@@ -55,7 +57,7 @@ int window(const QString& source, const QString& folder)
     zib::CompilationRow row;
     row.fileName = info.fileName();
     row.location = info.absolutePath() + QLatin1Char('/');
-    zib::bench::Heart heart;
+    zib::bench::Heart heart(kBeatMs);
     QElapsedTimer clock;
     clock.start();
     frmPrepare preparing({refusals, dialogs, windows, components}, {row});

@@ -73,10 +73,11 @@ public:
 class Heart
 {
 public:
-    Heart()
+    /// @param beatMs between beats: 0 keeps a core busy, so only where the window does so anyway.
+    explicit Heart(int beatMs)
     {
         m_timer.callOnTimeout([this] { beat(); });
-        m_timer.start(0);
+        m_timer.start(beatMs);
         m_since.start();
     }
     void beat() { m_longest = std::max(m_longest, m_since.restart()); }

@@ -2,6 +2,7 @@
 
 #include "ui_frmPrepare.h"
 
+#include "burn/BlockPump.h"
 #include "burn/PreparedFiles.h"
 #include "common/CdTime.h"
 #include "common/GeneralAPI.h"
@@ -135,21 +136,14 @@ bool frmPrepare::convertBlocks()
         return false;
     const qint64 length = FileR->length();
     const qint64 channels = std::max(FileR->samplesPerUnit(), 1);
-    const auto pass = [reader = FileR, writer = FileW, most = *blockLength]() -> qint64 {
-        const zib::AudioBlock block = reader->readBlock(most);
-        if (!block.isEmpty())
-            writer->writeBlock(block);
-        return block.sampleCount();
-    };
+    zib::BlockPump pump(m_worker, FileR, FileW, *blockLength);
     qint64 position = 0;
-    while (const qint64 samples = ask<qint64>(pass)) {
+    while (const qint64 samples = pump.next(this)) {
         position = std::min(position + samples / channels, length);
         showProgress(length > 0 ? static_cast<double>(position) / static_cast<double>(length) : 1);
         QCoreApplication::processEvents();
-        if (FileW->status() < 0)
-            return false;
     }
-    return FileR->status() >= 0 && position > 0;
+    return FileR->status() >= 0 && FileW->status() >= 0 && position > 0;
 }
 
 void frmPrepare::showProgress(double fraction)
