@@ -16,6 +16,10 @@ QString DiscVerdict::sentence() const
     case Truth::Unknown:
         break;
     }
+    if (refusal.hasNoDisc())
+        return QStringLiteral(
+            "There is no disc in the drive any more. Look at it in another drive before you "
+            "use it.");
     return QStringLiteral(
         "The drive does not tell what has become of the disc. Look at it in another drive before "
         "you use it.");

@@ -94,6 +94,9 @@ std::optional<BurnError> DriveBurn::checkDisc()
 {
     DriveAnswer refusal;
     const auto facts = factsOf(*m_line, refusal);
+    if (!facts && refusal.hasNoDisc())
+        return senseError(refusal.sense, QStringLiteral("The disc was taken out of the drive, so nothing was "
+                                                        "written. Insert an empty disc and write again."));
     if (!facts)
         return answerError(
             refusal, m_traits.path,
@@ -245,7 +248,7 @@ std::optional<BurnError> DriveBurn::judge(const DiscPlan& plan)
         }
         m_observer.remark(verdict.sentence());
     } else if (!blankAsItMustBe) {
-        error.description += u' ' + verdict.sentence();
+        error.description += u' ' + whatBecameOfTheDisc(verdict);
     }
     return error;
 }

@@ -52,6 +52,7 @@ private:
     std::optional<BurnError> lookWhetherBlank();
     BurnError failure(const DiscPlan& plan) const;
     DiscVerdict look(int patienceMs);
+    QString whatBecameOfTheDisc(const DiscVerdict& verdict) const;
     BurnError driveError(const QString& description) const;
 
     GrabbedDrive& m_grabbed;

@@ -18,6 +18,17 @@ DiscVerdict DriveBurn::look(int patienceMs)
     });
 }
 
+/// Without a layout nothing is written, so a disc that was blank then and is not now is another one.
+QString DriveBurn::whatBecameOfTheDisc(const DiscVerdict& verdict) const
+{
+    const bool nothingWritten = m_messages.step() == LibburnMessages::Step::Layout;
+    if (nothingWritten && verdict.truth == DiscVerdict::Truth::Begun)
+        return QStringLiteral(
+            "Nothing was written: the disc in the drive is not the one that was there before. "
+            "Insert an empty disc and write again.");
+    return verdict.sentence();
+}
+
 std::optional<BurnError> DriveBurn::readBack()
 {
     m_phases.readBack();

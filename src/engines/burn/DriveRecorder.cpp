@@ -101,8 +101,7 @@ Medium mediumIn(DriveLine& line, const DrivePatience& patience, const Inspection
         talk.say(waitingWords(last));
         return !talk.isCancelled();
     });
-    constexpr int kNoMedium = 0x3A;
-    if (ready.kind == DriveAnswer::Kind::Refused && ready.sense.asc == kNoMedium)
+    if (ready.hasNoDisc())
         return {};
     DriveAnswer refusal = ready;
     const auto facts = ready.passing() ? std::nullopt : factsOf(line, refusal);

@@ -1,6 +1,7 @@
 #include "drive/burn/DiscTruth.h"
 
 #include <QRegularExpression>
+#include <QTimer>
 
 using namespace zib;
 
@@ -37,6 +38,8 @@ private slots:
     void answer_thatSaysTooLittle_isNamedAsTheCause();
     void drive_thatRefusesWithoutAWord_isToldByItsDisc();
     void drive_thatIsResetBetweenTracks_tellsNoLaterPhase();
+    void disc_thatWasChangedBehindOurBack_isNotToldAsBegun_data();
+    void disc_thatWasChangedBehindOurBack_isNotToldAsBegun();
     void drive_thatKeepsUsWaiting_isSaidSo_data();
     void drive_thatKeepsUsWaiting_isSaidSo();
     void readingBack_ofADriveThatIsBusy_saysItsReason();
@@ -142,6 +145,43 @@ void TestOddAnswers::drive_thatIsResetBetweenTracks_tellsNoLaterPhase()
     QVERIFY(!bench.said.contains("reading 2"));
     QVERIFY2(bench.description.contains("could not write track 2"), qPrintable(bench.description));
     QVERIFY2(bench.description.contains("The writing library says"), qPrintable(bench.description));
+}
+
+void TestOddAnswers::disc_thatWasChangedBehindOurBack_isNotToldAsBegun_data()
+{
+    QTest::addColumn<QString>("delay");
+    QTest::addColumn<QStringList>("recipe");
+    QTest::addColumn<QString>("words");
+    QTest::newRow("a full one, before the layout")
+        << "MODE_SELECT_10 nth=2 delay=1500" << QStringList{"audio 3000", "close"}
+        << "not the one that was there";
+    QTest::newRow("none, before the layout")
+        << "MODE_SELECT_10 nth=2 delay=1500" << QStringList{} << "no disc in the drive any more";
+    QTest::newRow("none, before the drive was taken")
+        << "INQUIRY nth=1 delay=1500" << QStringList{} << "taken out of the drive";
+}
+
+void TestOddAnswers::disc_thatWasChangedBehindOurBack_isNotToldAsBegun()
+{
+    QFETCH(QString, delay);
+    QFETCH(QStringList, recipe);
+    QFETCH(QString, words);
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    bench.recorder.addFault(delay);
+    QTimer looking;
+    connect(&looking, &QTimer::timeout, this, [&] {
+        if (!bench.recorder.faultStruck())
+            return;
+        looking.stop();
+        recipe.isEmpty() ? bench.recorder.removeDisc() : bench.recorder.insert("other", recipe);
+    });
+    looking.start(20);
+    QCOMPARE(bench.write(), QString("error"));
+    QVERIFY2(bench.description.contains(words), qPrintable(bench.description));
+    QVERIFY2(!bench.description.contains("was begun"), qPrintable(bench.description));
 }
 
 void TestOddAnswers::drive_thatKeepsUsWaiting_isSaidSo_data()

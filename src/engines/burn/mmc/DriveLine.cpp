@@ -84,6 +84,12 @@ bool DriveAnswer::passing() const
            (sense.key == kUnitAttention || (sense.key == 2 && sense.asc == kBecomingReady));
 }
 
+bool DriveAnswer::hasNoDisc() const
+{
+    constexpr int kMediumNotPresent = 0x3A;
+    return kind == Kind::Refused && sense.asc == kMediumNotPresent;
+}
+
 Outcome<std::shared_ptr<DriveLine>> DriveLine::open(const QString& path, Hold hold)
 {
     const int exclusive = hold == Hold::Exclusive ? O_EXCL : 0;

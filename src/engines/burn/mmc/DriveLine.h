@@ -30,6 +30,8 @@ struct DriveAnswer
     /// Whether the drive may well take the same command a moment later: it becomes ready, or has something to
     /// announce first.
     bool passing() const;
+    /// Whether the drive says that there is no disc in it.
+    bool hasNoDisc() const;
     /// The byte at @p at, 0 beyond the end.
     int byte(qsizetype at) const { return at < data.size() ? static_cast<uchar>(data.at(at)) : 0; }
     /// Big-endian numbers, 0 beyond the end.
