@@ -74,12 +74,19 @@ QSize claimedSize(const QString& path)
     return {qFromLittleEndian<qint32>(head.constData() + kWidthAt), std::abs(std::max(height, -INT_MAX))};
 }
 
+/// Bits to the pixel of the picture that is being read; of a damaged file the toolkit may tell a format that
+/// does not exist.
+int depthOf(const QImageReader& reader)
+{
+    const QImage::Format format = reader.imageFormat();
+    const bool known = format > QImage::Format_Invalid && format < QImage::NImageFormats;
+    return known ? QImage::toPixelFormat(format).bitsPerPixel() : kUsualDepth;
+}
+
 /// The memory that decoding takes. A JPEG file is read scaled down, all others whole.
 qint64 bytesFor(const QImageReader& reader, QSize size)
 {
-    const QImage::Format format = reader.imageFormat();
-    const int depth =
-        format == QImage::Format_Invalid ? kUsualDepth : QImage::toPixelFormat(format).bitsPerPixel();
+    const int depth = depthOf(reader);
     const QSize read = reader.format() == "jpeg" && isLarge(size) ? keptSize(size) : size;
     const double bytes = double(read.width()) * read.height() * std::max(depth, kUsualDepth) / 8;
     return static_cast<qint64>(std::min(bytes, kMostCountedBytes)); // A header may claim any size.

@@ -124,6 +124,12 @@ private slots:
         const QColor color = picture->image.pixelColor(8, 8);
         QVERIFY2(color.red() > 200 && color.green() < 80 && color.blue() < 80, qPrintable(color.name()));
     }
+    void read_aJpegOfAnUnknownFormat_isRefusedInASentence()
+    {
+        const auto picture = zib::readPicture(ZIB_SOURCE_DIR "/tests/label/oddformat.jpg");
+        QVERIFY(!picture);
+        QVERIFY2(picture.error().detail.contains("cannot be shown"), qPrintable(picture.error().detail));
+    }
     void read_aHugePicture_keepsItsSizeInFewerPixels_data()
     {
         QTest::addColumn<QString>("format");
