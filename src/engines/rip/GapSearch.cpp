@@ -73,8 +73,9 @@ bool GapSearch::isGap(qint32 frame)
 
 std::optional<bool> GapSearch::ask(qint32 frame)
 {
-    if (m_failed || m_questions++ == kMostQuestions)
+    if (m_failed || m_questions >= kMostQuestions)
         return std::nullopt;
+    ++m_questions;
     return m_isGap(frame);
 }
 

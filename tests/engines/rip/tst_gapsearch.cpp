@@ -45,6 +45,7 @@ private slots:
     void gap_isFoundInFewQuestions();
     void frame_thatDoesNotTell_isAskedBesides();
     void drive_thatTellsNothing_isAskedTwice();
+    void drive_thatSeldomTells_isAskedNoMoreThanPromised();
     void place_isReadInBothSpellings_data();
     void place_isReadInBothSpellings();
     void place_ofAnotherKind_isNone();
@@ -95,6 +96,17 @@ void TestGapSearch::drive_thatTellsNothing_isAskedTwice()
     });
     QCOMPARE(search.lengthBefore(kEnd, 0), 0);
     QCOMPARE(asked, 2);
+}
+
+void TestGapSearch::drive_thatSeldomTells_isAskedNoMoreThanPromised()
+{
+    int asked = 0;
+    GapSearch search([&asked](qint32 frame) {
+        const bool first = asked++ % 2 == 0;
+        return first ? std::optional<bool>() : std::optional(frame >= kEnd - 4500);
+    });
+    QCOMPARE(search.lengthBefore(kEnd, 0), 0);
+    QCOMPARE(asked, GapSearch::kMostQuestions);
 }
 
 void TestGapSearch::place_isReadInBothSpellings_data()
