@@ -50,11 +50,11 @@ bool isShown(char16_t letter)
 QByteArray nearestLatin1(const QString& text)
 {
     const bool fits = std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() <= 0xFF; });
-    QByteArray latin;
+    QString shown;
     for (const QChar letter : (fits ? text : spelledInLatin1(text)).simplified())
         if (isShown(letter.unicode()))
-            latin += static_cast<char>(letter.unicode());
-    return latin.trimmed();
+            shown += letter;
+    return shown.simplified().toLatin1(); // What is not shown may have stood between two blanks.
 }
 
 QString textFromMsJis(QByteArrayView bytes)

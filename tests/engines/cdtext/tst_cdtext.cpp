@@ -153,6 +153,7 @@ void TestCdText::nearestLatin1_ofAnyScript_isReadable_data()
     QTest::newRow("picture") << QStringLiteral("\U0001F3B5 song \U0001F3B5") << QByteArray("song");
     QTest::newRow("blanks") << QStringLiteral(" a\t\nb\u00A0c\u2003d\u00AD ") << QByteArray("a b c d");
     QTest::newRow("controls") << QStringLiteral("a\u0001\u007F\u0085z") << QByteArray("a z");
+    QTest::newRow("controls between blanks") << QStringLiteral("a \u0001 z") << QByteArray("a z");
     QTest::newRow("empty") << QString() << QByteArray();
 }
 
