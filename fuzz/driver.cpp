@@ -33,6 +33,7 @@ extern "C" void keepInput(int)
         std::fclose(file);
     }
     std::signal(SIGABRT, SIG_DFL);
+    std::signal(SIGSEGV, SIG_DFL);
     std::abort();
 }
 
@@ -117,6 +118,7 @@ int main(int argc, char* argv[])
             paths << word;
     }
     std::signal(SIGABRT, keepInput);
+    std::signal(SIGSEGV, keepInput);
     const QByteArrayList seeds = seedsOf(paths);
     for (const QByteArray& input : seeds)
         run(input);

@@ -4,45 +4,15 @@
 
 #include "engines/audio/AudioInformationEngine.h"
 #include "engines/audio/sources.h"
+#include "input.h"
+#include "rules.h"
 
 #include <QString>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace zib::fuzz {
-
-inline void check(bool holds, const char* rule)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "Broken rule: %s\n", rule);
-    std::abort();
-}
-
-/// The input as a file in memory, reached by a name.
-class InputFile
-{
-public:
-    InputFile(const std::uint8_t* data, std::size_t size) : m_descriptor(::memfd_create("input", MFD_CLOEXEC))
-    {
-        check(m_descriptor >= 0 && ::write(m_descriptor, data, size) == static_cast<ssize_t>(size),
-              "the input fits into memory");
-    }
-    ~InputFile() { ::close(m_descriptor); }
-    InputFile(const InputFile&) = delete;
-    InputFile& operator=(const InputFile&) = delete;
-
-    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(m_descriptor); }
-
-private:
-    int m_descriptor;
-};
 
 /// What is recognised gives exactly the samples that it announced, from the start and after a seek.
 inline void checkSound(const AudioContent& content)

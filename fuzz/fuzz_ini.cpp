@@ -2,25 +2,17 @@
 // was, byte for byte, and every other key reads as before.
 
 #include "platform/IniText.h"
+#include "rules.h"
 
 #include <QList>
 #include <QString>
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 
 using zib::IniText;
+using zib::fuzz::check;
 
 namespace {
-
-void check(bool holds, const char* rule)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "Broken rule: %s\n", rule);
-    std::abort();
-}
 
 /// A key to ask for.
 struct Name

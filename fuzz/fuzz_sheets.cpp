@@ -6,20 +6,13 @@
 #include "engines/rip/ImageLayout.h"
 #include "engines/rip/SheetText.h"
 #include "engines/rip/TocParser.h"
+#include "rules.h"
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
+
+using zib::fuzz::check;
 
 namespace {
-
-void check(bool holds, const char* rule)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "Broken rule: %s\n", rule);
-    std::abort();
-}
 
 void checkLayout(const zib::ImageLayout& layout, const zib::DiscSheet& sheet)
 {
