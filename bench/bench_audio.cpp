@@ -5,11 +5,11 @@
 //   bench_audio memory SOURCE TARGET    converts; prints the megabytes above an idle program at the highest
 //   point bench_audio quality                 measures rate conversion and dither on generated tones
 #include "engines/audio/makers.h"
+#include "memory.h"
 #include "quality.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QStringList>
 
 #include <cstdio>
@@ -50,23 +50,11 @@ int information(const QStringList& paths)
     return 0;
 }
 
-// One line of /proc/self/status in megabytes.
-double megabytes(const QByteArray& name)
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith(name))
-            return line.mid(name.size()).simplified().split(' ').first().toDouble() / 1024;
-    return 0;
-}
-
 int memory(const QString& source, const QString& target)
 {
-    const double idle = megabytes("VmRSS:");
+    const double idle = zib::bench::megabytes("VmRSS:");
     const int result = convert(source, target);
-    std::printf("%.1f\n", megabytes("VmHWM:") - idle);
+    std::printf("%.1f\n", zib::bench::megabytes("VmHWM:") - idle);
     return result;
 }
 
