@@ -133,6 +133,31 @@ void changeBytes(Bytes& reply, const std::vector<FaultRule>& rules)
     }
 }
 
+const Track* trackOf(const DiscState& disc, int number)
+{
+    const auto end = disc.tracks.begin() + disc.trackCount;
+    const auto track =
+        std::find_if(disc.tracks.begin(), end, [number](const Track& one) { return one.number == number; });
+    return track == end ? nullptr : &*track;
+}
+
+// The frame that is read for the one that was asked for.
+std::int32_t placeOf(const FaultRule& rule, std::int32_t lba, const DiscState& disc)
+{
+    if (rule.kind == FaultKind::Missing) {
+        return lba < rule.missingLba ? lba : lba + 1;
+    }
+    const Track* one = trackOf(disc, rule.swapped[0]);
+    const Track* other = trackOf(disc, rule.swapped[1]);
+    if (rule.kind != FaultKind::Swapped || one == nullptr || other == nullptr) {
+        return lba;
+    }
+    if (lba >= other->start && lba < other->end) {
+        std::swap(one, other);
+    }
+    return lba >= one->start && lba < one->end ? lba - one->start + other->start : lba;
+}
+
 // Changes a handful of samples, and other ones each time, so that only an undisturbed read can be confirmed.
 // Where the frame carries error pointers, one bit for each byte, they tell of it.
 void addNoise(std::span<std::uint8_t> frame, std::uint32_t strike)
@@ -330,7 +355,8 @@ void Drive::applyReadFaults(Answer& answer, const Request& request, const FaultV
     const std::size_t stride = answer.data.size() / static_cast<std::size_t>(range.count);
     for (std::size_t i = 0; i < verdict.readFaults.size(); ++i) {
         const FaultRule& rule = verdict.readFaults[i];
-        const bool ofSamples = rule.kind == FaultKind::Noise || rule.kind == FaultKind::Jitter;
+        const bool ofSamples = rule.kind == FaultKind::Noise || rule.kind == FaultKind::Jitter ||
+                               rule.kind == FaultKind::Missing || rule.kind == FaultKind::Swapped;
         for (std::int32_t frame = 0; frame < range.count && ofSamples; ++frame) {
             const std::int32_t lba = range.first + frame;
             const bool struck = !rule.ranged || (lba >= rule.firstLba && lba <= rule.lastLba);
@@ -338,7 +364,8 @@ void Drive::applyReadFaults(Answer& answer, const Request& request, const FaultV
             if (struck && rule.kind == FaultKind::Noise) {
                 addNoise(bytes, verdict.readStrikes[i]);
             } else if (struck && stride >= kFrameBytes) {
-                std::ranges::copy(m_disc->readBytes(lba, rule.shiftSamples * 4LL, kFrameBytes),
+                std::ranges::copy(m_disc->readBytes(placeOf(rule, lba, m_disc->state()),
+                                                    rule.shiftSamples * 4LL, kFrameBytes),
                                   bytes.begin());
             }
         }

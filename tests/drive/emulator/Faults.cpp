@@ -91,6 +91,13 @@ bool readPatch(std::string_view text, FaultRule& rule)
     return !rule.patch.empty();
 }
 
+bool readSwapped(std::string_view text, FaultRule& rule)
+{
+    const auto slash = text.find('/');
+    return slash != std::string_view::npos && readNumber(text.substr(0, slash), rule.swapped[0]) &&
+           readNumber(text.substr(slash + 1), rule.swapped[1]);
+}
+
 bool readPlainWord(std::string_view word, FaultRule& rule)
 {
     if (word == "after") {
@@ -134,6 +141,21 @@ std::optional<bool> readCondition(std::string_view key, std::string_view value, 
     return std::nullopt;
 }
 
+/// The keys of rules that read from another place than they were asked for.
+bool readElsewhere(std::string_view key, std::string_view value, FaultRule& rule)
+{
+    if (key == "jitter") {
+        rule.kind = FaultKind::Jitter;
+        return readNumber(value, rule.shiftSamples);
+    }
+    if (key == "missing") {
+        rule.kind = FaultKind::Missing;
+        return readNumber(value, rule.missingLba);
+    }
+    rule.kind = FaultKind::Swapped;
+    return key == "swapped" && readSwapped(value, rule);
+}
+
 /// The keys that change what a reply holds.
 std::optional<bool> readReplyFault(std::string_view key, std::string_view value, FaultRule& rule)
 {
@@ -155,7 +177,8 @@ std::optional<bool> readReplyFault(std::string_view key, std::string_view value,
 bool changesReply(FaultKind kind)
 {
     return kind == FaultKind::Noise || kind == FaultKind::Jitter || kind == FaultKind::Flip ||
-           kind == FaultKind::Patch || kind == FaultKind::Short;
+           kind == FaultKind::Patch || kind == FaultKind::Short || kind == FaultKind::Missing ||
+           kind == FaultKind::Swapped;
 }
 
 bool readWord(std::string_view word, FaultRule& rule)
@@ -192,11 +215,7 @@ bool readWord(std::string_view word, FaultRule& rule)
         rule.kind = FaultKind::Status;
         return readNumber(value, rule.status, 16) && rule.status > 0;
     }
-    if (key == "jitter") {
-        rule.kind = FaultKind::Jitter;
-        return readNumber(value, rule.shiftSamples);
-    }
-    return false;
+    return readElsewhere(key, value, rule);
 }
 
 std::uint64_t identityOf(const FaultRule& rule)

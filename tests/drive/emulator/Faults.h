@@ -35,7 +35,9 @@ enum class FaultKind : std::uint8_t
     Gone,      ///< the drive is unplugged from here on
     Pull,      ///< the disc is out of the drive from here on
     Noise,     ///< frames read come back with changed samples
-    Jitter     ///< frames read come back shifted
+    Jitter,    ///< frames read come back shifted
+    Missing,   ///< a frame is left out of what is read, and all behind it stand one earlier
+    Swapped    ///< two tracks are read in each other's place
 };
 
 /// One `fault =` line of the configuration.
@@ -54,13 +56,15 @@ struct FaultRule
     Sense sense;
     std::uint32_t delayMs = 0; ///< kForever hangs until the caller's time limit
     int shiftSamples = 0;
-    int hostStatus = 0;        ///< of a Transport rule, as the kernel's DID_ codes
-    int error = 0;             ///< of an Error rule
-    std::uint32_t replyAt = 0; ///< of a Flip, Patch or Short rule: the byte of the reply
-    std::uint8_t flipMask = 0; ///< of a Flip rule: the bits in it
-    Bytes patch;               ///< of a Patch rule
-    int status = 0;            ///< of a Status rule, as in SAM
-    bool deferred = false;     ///< the sense data speak of an earlier command
+    std::int32_t missingLba = 0; ///< of a Missing rule
+    int swapped[2] = {0, 0};     ///< of a Swapped rule: the numbers of both tracks
+    int hostStatus = 0;          ///< of a Transport rule, as the kernel's DID_ codes
+    int error = 0;               ///< of an Error rule
+    std::uint32_t replyAt = 0;   ///< of a Flip, Patch or Short rule: the byte of the reply
+    std::uint8_t flipMask = 0;   ///< of a Flip rule: the bits in it
+    Bytes patch;                 ///< of a Patch rule
+    int status = 0;              ///< of a Status rule, as in SAM
+    bool deferred = false;       ///< the sense data speak of an earlier command
 };
 
 /// How often a rule has matched; lives in the drive's shared state.

@@ -43,6 +43,8 @@ private slots:
     void fault_noise_isCuredByReading();
     void fault_noise_isToldByErrorPointers();
     void fault_jitter_shiftsSamples();
+    void fault_missing_movesAllBehindTheFrame();
+    void fault_swapped_readsEachTrackAsTheOther();
     void fault_delay_pastTheLimit_timesOut();
     void fault_ignored_saysGoodAndDoesNothing();
     void fault_flip_liesAboutOnePageOnly();
@@ -274,6 +276,37 @@ void TestEmulatedRecorder::fault_jitter_shiftsSamples()
     QCOMPARE(client.readFrames(200, 2, read), "good");
     const QByteArray around = recorder.frames(199, 3);
     QCOMPARE(read, around.mid(kFrame - 28, 2 * kFrame));
+}
+
+void TestEmulatedRecorder::fault_missing_movesAllBehindTheFrame()
+{
+    EmulatedRecorder recorder;
+    recorder.insert("album", {"audio 1000", "close"});
+    recorder.addFault("READ_CD times=forever missing=500");
+    ScsiClient client;
+    client.ready();
+    QByteArray read;
+    QCOMPARE(client.readFrames(498, 4, read), "good");
+    QCOMPARE(read, recorder.frames(498, 2) + recorder.frames(501, 2));
+    QCOMPARE(client.readFrames(900, 2, read), "good");
+    QCOMPARE(read, recorder.frames(901, 2));
+}
+
+void TestEmulatedRecorder::fault_swapped_readsEachTrackAsTheOther()
+{
+    EmulatedRecorder recorder;
+    recorder.insert("album", {"audio 300", "audio 300", "audio 300", "close"});
+    recorder.addFault("READ_CD times=forever swapped=1/3");
+    ScsiClient client;
+    client.ready();
+    const auto tracks = recorder.content()->tracks;
+    QByteArray read;
+    QCOMPARE(client.readFrames(tracks[0].start + 7, 2, read), "good");
+    QCOMPARE(read, recorder.frames(tracks[2].start + 7, 2));
+    QCOMPARE(client.readFrames(tracks[1].start, 2, read), "good");
+    QCOMPARE(read, recorder.frames(tracks[1].start, 2));
+    QCOMPARE(client.readFrames(tracks[2].end - 2, 2, read), "good");
+    QCOMPARE(read, recorder.frames(tracks[0].end - 2, 2));
 }
 
 void TestEmulatedRecorder::fault_delay_pastTheLimit_timesOut()
