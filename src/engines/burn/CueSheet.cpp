@@ -73,6 +73,21 @@ bool inOrder(const QList<CueTrack>& tracks)
     return !tracks.isEmpty();
 }
 
+/// A name as a sheet can hold it: on one line, without control characters, and nothing that UTF-8 has no
+/// bytes for, as half a letter of a damaged tag.
+QString sheetName(const QString& name)
+{
+    QString told;
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        const QChar letter = name[i];
+        if (letter.isHighSurrogate() && i + 1 < name.size() && name[i + 1].isLowSurrogate())
+            told += name.mid(i++, 2);
+        else if (letter.isSpace() || (!letter.isSurrogate() && letter.category() != QChar::Other_Control))
+            told += letter;
+    }
+    return told.simplified();
+}
+
 /// The lines of those names that are not empty. A quote within a name is marked.
 QString nameLines(const TrackNames& names, const QString& indent)
 {
@@ -104,10 +119,10 @@ QByteArray cueText(const QString& binName, const QList<CueTrack>& tracks, const 
 
 DiscNames sheetNames(const DiscNames& names, qsizetype trackCount)
 {
-    DiscNames told{names.title.simplified(), names.artist.simplified(), {}};
+    DiscNames told{sheetName(names.title), sheetName(names.artist), {}};
     for (qsizetype i = 0; i < trackCount; ++i) {
         const TrackNames track = names.tracks.value(i);
-        told.tracks << TrackNames{track.title.simplified(), track.artist.simplified()};
+        told.tracks << TrackNames{sheetName(track.title), sheetName(track.artist)};
     }
     return told;
 }

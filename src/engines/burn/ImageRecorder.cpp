@@ -3,7 +3,6 @@
 #include "common/NativeName.h"
 #include "engines/burn/CueSheet.h"
 #include "engines/burn/compare/DiscCheck.h"
-#include "engines/burn/compare/ImageSound.h"
 #include "common/StagedFile.h"
 
 #include <QDateTime>
@@ -59,8 +58,7 @@ public:
     std::optional<BurnError> compare()
     {
         m_observer.readingBack();
-        ImageSound sound(m_bin.currentPath());
-        return compareWithFiles(sound, piecesOf(m_job.tracks), 0, m_job, m_observer);
+        return compareWithFiles(m_bin.currentPath(), piecesOf(m_job.tracks), m_job, m_observer);
     }
     Outcome<> giveNames();
 

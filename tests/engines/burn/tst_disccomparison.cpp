@@ -116,6 +116,10 @@ private slots:
     void frameThatReadsAtLast_isNoDifference();
     void frameThatNeverReads_isNamed();
     void manyWrongFrames_areNotReadAgainForEver();
+    void discThatEndsEarly_isNoMatch();
+    void discThatCannotBeRead_isGivenUp();
+    void image_isComparedInPartsAsAWhole();
+    void image_thatCannotBeOpened_isNoMatch();
     void goneDrive_endsTheComparing();
     void changedFile_endsTheComparing();
     void cancel_endsTheComparing();
@@ -252,6 +256,75 @@ void TestDiscComparison::manyWrongFrames_areNotReadAgainForEver()
     const auto result = compared();
     QCOMPARE(result->differingFrames, frames);
     QVERIFY2(m_disc.reads < frames + frames / 24 + 4 * 301, QByteArray::number(m_disc.reads));
+}
+
+void TestDiscComparison::discThatEndsEarly_isNoMatch()
+{
+    record({sound(588 * 300, 1), sound(588 * 300, 2)});
+    m_disc.bytes.chop(10 * kBytesPerFrame);
+    const auto result = compared();
+    QCOMPARE(result->unreadableFrames, 10);
+    QCOMPARE(result->firstTrack, 2);
+    QCOMPARE(result->firstPlace.frames(), 290);
+}
+
+void TestDiscComparison::discThatCannotBeRead_isGivenUp()
+{
+    record({sound(588 * 3000, 1), sound(588 * 300, 2)});
+    for (qint64 frame = 1000; frame < 3000; ++frame)
+        m_disc.unreadable.insert(frame, 100);
+    const auto result = compared();
+    QVERIFY(result->givenUp);
+    QCOMPARE(result->firstPlace.frames(), 1000);
+    QVERIFY2(result->unreadableFrames > 300 && result->unreadableFrames <= 324,
+             QByteArray::number(result->unreadableFrames));
+    QVERIFY(result->comparedFrames < 1400);
+    m_disc.unreadable.clear();
+    for (qint64 frame = 1000; frame < 1300; ++frame)
+        m_disc.unreadable.insert(frame, 100);
+    QVERIFY(!compared()->givenUp);
+}
+
+/// Two and a half minutes in one track and two short ones, so that parts end within a track.
+void TestDiscComparison::image_isComparedInPartsAsAWhole()
+{
+    const qint64 frames = 75 * 150;
+    record({sound(588 * frames, 1), sound(588 * 300, 2), sound(588 * 301, 3)});
+    const QString image = m_folder.filePath("image.bin");
+    const auto comparedImage = [&] {
+        m_told.clear();
+        put(image, m_disc.bytes);
+        return compareImage(image, piecesOf(m_tracks), &m_cancelled,
+                            [this](int track, qint64 done, qint64 of) {
+                                m_told << QList<qint64>{track, done, of};
+                            });
+    };
+    auto result = comparedImage();
+    QVERIFY(result && result->isIdentical());
+    QCOMPARE(result->comparedFrames, m_disc.leadOut());
+    QVERIFY(m_told.contains(QList<qint64>{1, frames, frames}));
+    QCOMPARE(m_told.last(), (QList<qint64>{3, 301, 301}));
+    QVERIFY(std::is_sorted(m_told.cbegin(), m_told.cend()));
+
+    for (const qint64 frame : {frames + 151, frames - 1, qint64{75 * 70}, qint64{75 * 70 + 1}})
+        m_disc.bytes[frame * kBytesPerFrame + 9] ^= 1;
+    result = comparedImage();
+    QCOMPARE(result->differingFrames, 4);
+    QCOMPARE(result->firstTrack, 1);
+    QCOMPARE(result->firstPlace.frames(), 75 * 70);
+    QVERIFY(!result->inPregap);
+
+    m_cancelled = true;
+    QVERIFY(comparedImage().error().kind == Failure::Kind::Cancelled);
+}
+
+void TestDiscComparison::image_thatCannotBeOpened_isNoMatch()
+{
+    record({sound(588 * 300, 1)});
+    const auto result =
+        compareImage(m_folder.filePath("none.bin"), piecesOf(m_tracks), nullptr, [](int, qint64, qint64) {});
+    QVERIFY(result);
+    QCOMPARE(result->unreadableFrames, 300);
 }
 
 void TestDiscComparison::goneDrive_endsTheComparing()

@@ -3,11 +3,13 @@
 
 #include "engines/burn/CueSheet.h"
 #include "engines/burn/ImageRecorder.h"
+#include "common/NativeName.h"
 #include "common/StagedFile.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -19,6 +21,7 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <cstdio>
 
 using namespace zib;
 
@@ -36,6 +39,7 @@ struct Listener final : BurnObserver
     }
     void closingTrack(int track) override { note(QString("closing %1").arg(track)); }
     void closingDisc() override { note("closing disc"); }
+    void comparing(int track, qint64 done, qint64 of) override { compared = done == of ? track : compared; }
     void note(const QString& step)
     {
         if (!last.isEmpty())
@@ -48,6 +52,7 @@ struct Listener final : BurnObserver
 
     QStringList steps;
     QString last;
+    int compared = 0; ///< The last track that was compared to its end.
     std::function<void(int, qint64)> onProgress;
     std::function<void(const QString&)> onStep;
 };
@@ -80,6 +85,12 @@ struct Bench
     Listener listener;
 };
 
+QByteArray fileContentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 struct CloseCdio
 {
     void operator()(CdIo_t* disc) const { cdio_destroy(disc); }
@@ -111,7 +122,9 @@ private slots:
     void write_aShortTrack_isPaddedToFourSeconds();
     void write_99Tracks_areAllThere();
     void write_withNames_putsThemIntoTheSheet();
+    void write_withOddNames_putsWhatASheetCanHold();
     void write_withAChangedSample_namesItsPlace();
+    void write_intoAFolderThatIsNoUtf8_isComparedToo();
     void write_always_tellsItsStepsInOrder();
     void write_twiceInOneSecond_replacesNothing();
     void write_aSimulation_leavesNothing();
@@ -223,6 +236,28 @@ void TestImageRecorder::write_withNames_putsThemIntoTheSheet()
     QVERIFY(cdio_get_track_copy_permit(disc.get(), 1) == CDIO_TRACK_FLAG_TRUE);
 }
 
+/// Half a letter, as in a damaged tag, has no bytes in UTF-8; it must not look like a sheet that reads back
+/// wrong.
+void TestImageRecorder::write_withOddNames_putsWhatASheetCanHold()
+{
+    Bench bench({588, 588, 588, 588});
+    const QString half = QString("a") + QChar(0xD83D) + "b";
+    bench.job.names =
+        namesOfDisc("C:\\", {{half, QString::fromLatin1("x\0y", 3) + QChar(0x1B) + QChar(0x85)},
+                             {"\"quoted\"", "back\\\"slash\\"},
+                             {QString(QChar(0x202E)) + QStringLiteral("שלום"), QString(200, u'ż')},
+                             {QStringLiteral("😀 e\u0301"), "TRACK 02 AUDIO"}});
+    const auto error = bench.write();
+    QVERIFY2(!error, error ? qPrintable(error->description) : "");
+    const auto content = parseCue(fileContentOf(bench.cue()));
+    QVERIFY(content);
+    const auto& names = content->names;
+    QCOMPARE(names.title, QString("C:\\"));
+    QVERIFY((names.tracks[0] == TrackNames{"ab", "xy"}));
+    for (int track = 1; track < 4; ++track)
+        QCOMPARE(names.tracks[track], bench.job.names.tracks[track]);
+}
+
 void TestImageRecorder::write_withAChangedSample_namesItsPlace()
 {
     Bench bench({588 * 300, 588 * 400});
@@ -238,6 +273,32 @@ void TestImageRecorder::write_withAChangedSample_namesItsPlace()
     QCOMPARE(error->error, BurnErrorCode::kVerify);
     QVERIFY2(error->description.contains("track 2 at 00:01:00"), qPrintable(error->description));
     QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_intoAFolderThatIsNoUtf8_isComparedToo()
+{
+    Bench bench({588 * 300, 588 * 300});
+    const QString images = nativeText(nativeBytes(bench.folder.path()) + "/Caf\xE9 \xFF");
+    QVERIFY(!ImageRecorder(images).write(bench.job, bench.listener));
+    QCOMPARE(bench.listener.compared, 2);
+    QCOMPARE(folderEntries(images).filter(QRegularExpression("^Disc .*[.](bin|cue)$")).size(), 2);
+
+    bench.listener.onStep = [&images](const QString& step) {
+        const QString part = folderEntries(images).filter(QRegularExpression("part$")).value(0);
+        std::FILE* image =
+            step == "closing disc" ? std::fopen(nativeName(images + "/" + part).constData(), "r+") : nullptr;
+        if (image) {
+            std::fseek(image, 20 * 2352 + 1, SEEK_SET);
+            std::fputc('x', image);
+            std::fclose(image);
+        }
+    };
+    const auto error = ImageRecorder(images).write(bench.job, bench.listener);
+    QVERIFY(error);
+    QVERIFY2(error->description.contains("track 1 at 00:00:20"), qPrintable(error->description));
+    for (const QString& name : folderEntries(images)) // the toolkit could not
+        QVERIFY(removeFile(images + '/' + name));
+    QCOMPARE(std::remove(nativeName(images).constData()), 0);
 }
 
 void TestImageRecorder::write_always_tellsItsStepsInOrder()

@@ -13,6 +13,7 @@ constexpr int kFramesAtATime = 24;
 constexpr int kTriesOfAFrame = 4;
 /// So many frames are read again; a disc with more wrong ones is wrong, and re-reading all would take hours.
 constexpr int kMostRereadFrames = 300;
+constexpr int kMostUnreadableFrames = 300;
 
 qint64 framesDown(qint64 pairs)
 {
@@ -35,6 +36,8 @@ Outcome<ComparisonResult> DiscComparison::run(int readOffset)
     for (const DiscPiece& piece : m_pieces)
         if (auto compared = comparePiece(piece); !compared)
             return compared.error();
+        else if (m_result.givenUp)
+            break;
     return m_result;
 }
 
@@ -42,14 +45,14 @@ Outcome<> DiscComparison::comparePiece(const DiscPiece& piece)
 {
     if (auto opened = m_source.open(piece); !opened)
         return opened;
-    for (qint64 frame = 0; frame < piece.length.frames(); frame += kFramesAtATime) {
+    for (qint64 frame = 0; frame < piece.length.frames() && !m_result.givenUp; frame += kFramesAtATime) {
         if (m_cancelled && m_cancelled->load())
             return Failure{Failure::Kind::Cancelled};
         const auto count = static_cast<int>(std::min<qint64>(kFramesAtATime, piece.length.frames() - frame));
         if (auto compared = compareBlock(piece, frame, count); !compared)
             return compared;
         if (!piece.silent)
-            m_progress(piece.track, frame + count, piece.length.frames());
+            m_progress(piece.track, piece.first + frame + count, piece.sound.length.frames());
     }
     return {};
 }
@@ -69,6 +72,7 @@ Outcome<> DiscComparison::compareBlock(const DiscPiece& piece, qint64 frame, int
         if (auto told = compareFrame(piece, frame + i, m_expected.constData() + qint64{i} * kBytesPerFrame);
             !told)
             return told;
+    m_result.givenUp = m_result.unreadableFrames > kMostUnreadableFrames;
     return {};
 }
 
@@ -92,9 +96,11 @@ Outcome<> DiscComparison::compareFrame(const DiscPiece& piece, qint64 frame, con
     return {};
 }
 
-/// Whether the disc holds these samples where the read offset puts them, as far as the disc goes.
+/// Whether the disc holds these samples where the read offset puts them, as far as that is on the disc.
 Outcome<bool> DiscComparison::readsAs(const DiscPiece& piece, qint64 frame, int count, const char* expected)
 {
+    if (piece.start + frame + count > m_disc.leadOut())
+        return Failure{Failure::Kind::UnreadableFile};
     const qint64 firstPair = (piece.start + frame) * kSamplesPerFrame - m_result.readOffset;
     const qint64 endPair = firstPair + qint64{count} * kSamplesPerFrame;
     const qint64 from = std::clamp<qint64>(framesDown(firstPair), 0, m_disc.leadOut());
@@ -116,7 +122,7 @@ void DiscComparison::noteWrong(const DiscPiece& piece, qint64 frame, bool unread
     if (m_result.firstTrack > 0)
         return;
     m_result.firstTrack = piece.track;
-    m_result.firstPlace = CdTime::fromFrames(frame);
+    m_result.firstPlace = CdTime::fromFrames(piece.first + frame);
     m_result.inPregap = piece.silent;
 }
 

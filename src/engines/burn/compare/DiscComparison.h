@@ -15,6 +15,7 @@ struct ComparisonResult
     qint64 comparedFrames = 0;
     qint64 differingFrames = 0;  ///< Other samples than the file's, at every reading.
     qint64 unreadableFrames = 0; ///< Not to be read at any try.
+    bool givenUp = false;        ///< Too many frames cannot be read; what lies behind was not looked at.
     int firstTrack = 0;          ///< Where the first wrong frame stands; 0 when there is none.
     CdTime firstPlace{};         ///< From the beginning of that track.
     bool inPregap = false;       ///< The first wrong frame stands in the pause before that track.
@@ -23,7 +24,8 @@ struct ComparisonResult
 };
 
 /// Compares a disc, or an image, with the files it was made of, to the sample. A place that differs or cannot
-/// be read is read again, which tells an error of reading from one of writing. The samples that a read offset
+/// be read is read again, which tells an error of reading from one of writing. A drive takes seconds over a
+/// frame that it cannot read, so a disc with hundreds of them is given up. The samples that a read offset
 /// moves beyond the ends of the disc are not asked for. Blocking; one thread.
 class DiscComparison
 {
@@ -57,5 +59,13 @@ private:
     int m_rereadFrames = 0;
     ComparisonResult m_result;
 };
+
+/// Compares an image with the files it was made of, as many parts at once as the machine has processors, up
+/// to four: it all stands in memory yet, so the processor is what takes the time. Blocking.
+/// @param image as ImageSound takes it.  @returns as DiscComparison::run; UnreadableFile without a name where
+/// the image cannot be read.
+Outcome<ComparisonResult> compareImage(const QString& image, const QList<DiscPiece>& pieces,
+                                       const std::atomic<bool>* cancelled,
+                                       const DiscComparison::Progress& progress);
 
 } // namespace zib

@@ -1,5 +1,6 @@
 #include "engines/burn/compare/DiscPiece.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace zib {
@@ -28,8 +29,23 @@ QList<DiscPiece> piecesAt(const QList<BurnTrack>& tracks, const QList<qint64>& s
     return pieces;
 }
 
+QList<DiscPiece> inParts(const QList<DiscPiece>& pieces, qint64 frames)
+{
+    QList<DiscPiece> parts;
+    for (const DiscPiece& piece : pieces)
+        for (qint64 done = 0; done < piece.length.frames(); done += frames) {
+            DiscPiece part = piece;
+            part.start += done;
+            part.first += done;
+            part.length = CdTime::fromFrames(std::min(frames, piece.length.frames() - done));
+            parts << part;
+        }
+    return parts;
+}
+
 Outcome<> PieceSource::open(const DiscPiece& piece)
 {
+    m_firstByte = piece.first * kBytesPerFrame;
     m_silent = piece.silent;
     return m_silent ? Outcome<>() : m_source.open(piece.sound);
 }
@@ -40,7 +56,7 @@ Outcome<> PieceSource::read(qint64 offset, char* buffer, qint64 size)
         std::memset(buffer, 0, static_cast<size_t>(size));
         return {};
     }
-    m_source.seek(offset);
+    m_source.seek(m_firstByte + offset);
     for (qint64 done = 0; done < size;) {
         const auto got = m_source.read(buffer + done, size - done);
         if (!got)

@@ -15,6 +15,7 @@ struct DiscPiece
     CdTime length{};
     BurnTrack sound{}; ///< Unused for a silence.
     bool silent = false;
+    qint64 first = 0; ///< Its first frame, counted from the beginning of the track or silence.
 
     qint64 end() const { return start + length.frames(); }
 };
@@ -25,7 +26,10 @@ QList<DiscPiece> piecesOf(const QList<BurnTrack>& tracks);
 /// pregap and nothing else; track-at-once leaves blocks of its own there.
 QList<DiscPiece> piecesAt(const QList<BurnTrack>& tracks, const QList<qint64>& starts);
 
-/// The samples of one piece. Offsets and sizes are bytes.
+/// The same stretches in parts of at most so many frames.
+QList<DiscPiece> inParts(const QList<DiscPiece>& pieces, qint64 frames);
+
+/// The samples of one piece. Offsets, from the piece's first frame, and sizes are bytes.
 class PieceSource
 {
 public:
@@ -36,6 +40,7 @@ public:
 
 private:
     TrackSource m_source;
+    qint64 m_firstByte = 0;
     bool m_silent = false;
 };
 

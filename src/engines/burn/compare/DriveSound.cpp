@@ -19,8 +19,22 @@ constexpr int kPauseMs = 100;
 constexpr int kMostLostCommands = 4;
 constexpr int kNotReady = 2;
 constexpr int kNoMediumCode = 0x3A;
+constexpr int kIllegalRequest = 5;
 constexpr int kAnySound = 1 << 2; ///< Expected sector type: CD-DA.
 constexpr int kUserData = 0x10;
+
+/// Whether a refusal is about the command and not about a place: no such command, no such field of it.
+bool isOfTheCommand(int asc)
+{
+    return asc == 0x20 || asc == 0x24;
+}
+
+bool tellsOfAnotherDisc(const DriveAnswer& answer)
+{
+    constexpr int kUnitAttention = 6;
+    constexpr int kMediumMayHaveChanged = 0x28;
+    return answer.sense.key == kUnitAttention && answer.sense.asc == kMediumMayHaveChanged;
+}
 
 int byteOf(qint64 number, int place)
 {
@@ -45,6 +59,8 @@ Outcome<> DriveSound::read(qint64 frame, int count, char* buffer)
                                   now * kBytesPerFrame, DriveLine::kLongMs);
             if (!answer.passing())
                 break;
+            if (m_hasRead && tellsOfAnotherDisc(answer))
+                return Failure{Failure::Kind::WrongMedium, m_line->path()};
             if (m_cancelled && m_cancelled->load())
                 return Failure{Failure::Kind::Cancelled};
             QThread::msleep(kPauseMs);
@@ -65,10 +81,13 @@ Outcome<> DriveSound::judge(const DriveAnswer& answer)
     m_lostCommands = answer.kind == DriveAnswer::Kind::Broken ? m_lostCommands + 1 : 0;
     switch (answer.kind) {
     case DriveAnswer::Kind::Good:
+        m_hasRead = true;
         return {};
     case DriveAnswer::Kind::Refused:
         if (answer.sense.key == kNotReady && answer.sense.asc == kNoMediumCode)
             return Failure{Failure::Kind::NoMedium, m_line->path()};
+        if (answer.sense.key == kIllegalRequest && isOfTheCommand(answer.sense.asc))
+            return Failure{Failure::Kind::Unsupported, m_line->path()};
         return Failure{Failure::Kind::UnreadableFile, answer.sense.toText()};
     case DriveAnswer::Kind::Broken:
         if (m_lostCommands < kMostLostCommands)

@@ -17,7 +17,8 @@ public:
     /// missing.
     DriveSound(std::shared_ptr<DriveLine> line, qint64 leadOut, const std::atomic<bool>* cancelled = nullptr);
 
-    /// @returns also NoMedium, DeviceGone, and Cancelled while it waited for the drive.
+    /// @returns also NoMedium, WrongMedium when another disc was put in meanwhile, DeviceGone, Unsupported
+    /// when the drive reads no sound at all, and Cancelled while it waited for the drive.
     Outcome<> read(qint64 frame, int count, char* buffer) override;
     qint64 leadOut() const override { return m_leadOut; }
 
@@ -27,6 +28,7 @@ private:
     const std::shared_ptr<DriveLine> m_line;
     const qint64 m_leadOut;
     const std::atomic<bool>* m_cancelled;
+    bool m_hasRead = false; ///< Before, a drive may still announce the disc that it has just written.
     int m_lostCommands = 0; ///< One after the other.
 };
 
