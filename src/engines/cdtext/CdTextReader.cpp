@@ -102,11 +102,12 @@ struct Block
             performers.take(pack);
         else if (pack.type == kSizePack && pack.track == 0)
             msJis = static_cast<uchar>(pack.text[0]) == kMsJis;
+        msJis = msJis || (pack.doubleBytes && pack.type <= kPerformerPack);
     }
     QString text(const TextJoiner& joiner, int track) const
     {
         const QByteArray bytes = joiner.texts().value(track);
-        return (msJis ? textFromMsJis(bytes) : QString::fromLatin1(bytes)).simplified();
+        return (msJis ? textFromMsJis(bytes) : textFromLatin1(bytes)).simplified();
     }
 };
 

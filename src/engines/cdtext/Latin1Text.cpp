@@ -39,6 +39,12 @@ QString spelledInLatin1(const QString& text)
     return QString::fromUtf16(letters.getBuffer(), letters.length());
 }
 
+QString converted(QByteArrayView bytes, const char* encoding)
+{
+    const icu::UnicodeString text(bytes.data(), static_cast<int32_t>(bytes.size()), encoding);
+    return QString::fromUtf16(text.getBuffer(), text.length());
+}
+
 /// Soft hyphens and control characters are nothing that a player shows.
 bool isShown(char16_t letter)
 {
@@ -57,10 +63,17 @@ QByteArray nearestLatin1(const QString& text)
     return shown.simplified().toLatin1(); // What is not shown may have stood between two blanks.
 }
 
+QString textFromLatin1(QByteArrayView bytes)
+{
+    const bool isWindows = std::any_of(bytes.cbegin(), bytes.cend(), [](char byte) {
+        return static_cast<uchar>(byte) >= 0x80 && static_cast<uchar>(byte) <= 0x9F;
+    });
+    return isWindows ? converted(bytes, "windows-1252") : QString::fromLatin1(bytes);
+}
+
 QString textFromMsJis(QByteArrayView bytes)
 {
-    const icu::UnicodeString text(bytes.data(), static_cast<int32_t>(bytes.size()), "ibm-943_P15A-2003");
-    return QString::fromUtf16(text.getBuffer(), text.length());
+    return converted(bytes, "ibm-943_P15A-2003");
 }
 
 } // namespace zib

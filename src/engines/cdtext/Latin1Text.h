@@ -11,6 +11,10 @@ namespace zib {
 /// space of every kind is a single blank, none at the ends; there are no control characters.
 QByteArray nearestLatin1(const QString& text);
 
+/// Text of a disc in ISO 8859-1, or in Windows-1252 where it has letters that only that set has: many
+/// programs write it and call it the former.
+QString textFromLatin1(QByteArrayView bytes);
+
 /// Text of a disc in MS-JIS (Shift-JIS, code page 932), the double-byte set of CD-TEXT.
 QString textFromMsJis(QByteArrayView bytes);
 

@@ -38,6 +38,15 @@ QString sentence(const Failure& failure, const QString& place)
     }
 }
 
+/// Many discs tell their performer once, for all tracks.
+TrackNames namesOfTrack(const DiscNames& disc, int track)
+{
+    TrackNames names = disc.tracks.value(track - 1);
+    if (names.artist.isEmpty() && !names.title.isEmpty())
+        names.artist = disc.artist;
+    return names;
+}
+
 bool holdsForAllTracks(Failure::Kind kind)
 {
     return kind == Failure::Kind::NoMedium || kind == Failure::Kind::WrongMedium ||
@@ -55,11 +64,11 @@ void RipRun::run(const Disc* disc, const Outcome<>& why)
         reader = disc->makeReader(m_stopped, [this](int kind, qint32 frame) { tellPosition(kind, frame); });
         usable = reader->open();
     }
-    const QList<TrackNames> names = usable ? disc->names().tracks : QList<TrackNames>();
+    const DiscNames names = usable ? disc->names() : DiscNames();
     for (RipTask task : m_tasks) {
         if (usable)
             task.toc.frames -= silentGap(*disc, *reader, task.toc);
-        ripTrack(task, reader.get(), names.value(task.track - 1), usable);
+        ripTrack(task, reader.get(), namesOfTrack(names, task.track), usable);
         if (m_stopped)
             break;
         m_events.push({.kind = RipEvent::Kind::TrackFinished});

@@ -10,13 +10,13 @@ using namespace zib;
 
 namespace {
 
-/// CD-TEXT packs of titles, twelve letters at most, the disc's own first.
-QByteArray packsOf(const QList<QByteArray>& titles)
+/// CD-TEXT packs of titles, or of another kind, twelve letters at most, the disc's own first.
+QByteArray packsOf(const QList<QByteArray>& titles, char kind = '\x80')
 {
     QByteArray packs;
     for (qsizetype i = 0; i < titles.size(); ++i) {
         const char number = static_cast<char>(i);
-        const QByteArray pack = QByteArray("\x80", 1) + QByteArray(2, number) + QByteArray(1, '\0') +
+        const QByteArray pack = QByteArray(1, kind) + QByteArray(2, number) + QByteArray(1, '\0') +
                                 titles[i].leftJustified(12, '\0', true);
         const quint16 crc = cdTextCrc(pack.constData());
         packs += pack + static_cast<char>(crc >> 8) + static_cast<char>(crc & 0xFF);
@@ -47,16 +47,18 @@ struct GapBench : RipBench
                                     more + QStringList{"close"});
     }
     /// The same as an image.
-    void putImage(const QByteArray& gap)
+    void putImage(const QByteArray& gap, const QByteArray& ofDisc = {})
     {
         const auto msf = [](qint64 frames) {
             return CdTime::fromFrames(static_cast<qint32>(frames)).toMsf().toLatin1();
         };
         put(images->filePath("album.bin"), first + gap + second);
-        put(images->filePath("album.cue"),
-            "FILE \"album.bin\" BINARY\n  TRACK 01 AUDIO\n    TITLE \"Größe カラ\"\n    PERFORMER \"A & B\"\n"
-            "    INDEX 01 00:00:00\n  TRACK 02 AUDIO\n    INDEX 00 " +
-                msf(500) + "\n    INDEX 01 " + msf(500 + gap.size() / kBytesPerFrame) + '\n');
+        put(images->filePath("album.cue"), ofDisc +
+                                               "FILE \"album.bin\" BINARY\n  TRACK 01 AUDIO\n    TITLE "
+                                               "\"Größe カラ\"\n    PERFORMER \"A & B\"\n"
+                                               "    INDEX 01 00:00:00\n  TRACK 02 AUDIO\n    INDEX 00 " +
+                                               msf(500) + "\n    INDEX 01 " +
+                                               msf(500 + gap.size() / kBytesPerFrame) + '\n');
     }
     bool take() { return takeDisc(EmulatedRecorder::device()); }
     /// Changes one byte of the disc itself.
@@ -95,6 +97,7 @@ class TestNamesAndGaps : public QObject
 private slots:
     void names_ofADisc_standInItsFiles();
     void names_ofASheet_standInItsFiles();
+    void performer_toldOnce_isThatOfEveryNamedTrack();
     void disc_withoutNames_givesPlainFiles();
     void drive_slowOrBrokenOverNames_givesItsSound_data();
     void drive_slowOrBrokenOverNames_givesItsSound();
@@ -133,6 +136,24 @@ void TestNamesAndGaps::names_ofASheet_standInItsFiles()
     QVERIFY((bench.namesIn(1) == TrackNames{QString::fromUtf8("Größe カラ"), "A & B"}));
     QVERIFY((bench.namesIn(2) == TrackNames{}));
     QCOMPARE(fileContent(bench.target(2)).size(), bench.second.size() + 44);
+}
+
+void TestNamesAndGaps::performer_toldOnce_isThatOfEveryNamedTrack()
+{
+    GapBench bench;
+    put(bench.recorder.folder() + "/names",
+        packsOf({"Disc", "One", "Two"}) + packsOf({"Choir", "", "Guest"}, '\x81'));
+    bench.insert(0, {"cdtext names"});
+    QVERIFY(bench.take());
+    QCOMPARE(bench.rip({1, 2}), QString("finished"));
+    QVERIFY((bench.namesIn(1) == TrackNames{"One", "Choir"}));
+    QVERIFY((bench.namesIn(2) == TrackNames{"Two", "Guest"}));
+    GapBench image;
+    image.putImage(silence(150), "PERFORMER \"Choir\"\nTITLE \"Disc\"\n");
+    QVERIFY(image.takeDisc("album"));
+    QCOMPARE(image.rip({1, 2}), QString("finished"));
+    QCOMPARE(image.namesIn(1).artist, QString("A & B"));
+    QVERIFY((image.namesIn(2) == TrackNames{})); // without a title it has no name
 }
 
 void TestNamesAndGaps::disc_withoutNames_givesPlainFiles()

@@ -126,6 +126,8 @@ private slots:
     void packs_withABadOne_loseOnlyItsTexts();
     void packs_ofADiscThatBeginsLater_nameItsTracks();
     void packs_inMsJis_areRead();
+    void packs_inMsJis_withoutTheirSizes_areRead();
+    void packs_inWindows1252_areRead();
     void packs_ofTheSecondBlock_areTakenWhenTheFirstIsEmpty();
     void packs_ofRandomBytes_areHarmless();
 };
@@ -311,6 +313,20 @@ void TestCdText::packs_inMsJis_areRead()
     const DiscNames names = zib::namesInPacks(packs, 1, 2).value();
     QCOMPARE(names.tracks[0].title, QStringLiteral("カナ"));
     QCOMPARE(names.tracks[1].title, QStringLiteral("カナ"));
+}
+
+/// Packs of double bytes say so themselves; the pack that names the letters may be damaged.
+void TestCdText::packs_inMsJis_withoutTheirSizes_areRead()
+{
+    const QByteArray name("\x83\x4A\x83\x69", 4); // ka na
+    const QByteArray packs = pack(0x80, 0, 0, 0x80, QByteArray("\0\0", 2) + name + QByteArray("\0\0", 2));
+    QCOMPARE(zib::namesInPacks(packs, 1, 1)->tracks[0].title, QStringLiteral("カナ"));
+}
+
+void TestCdText::packs_inWindows1252_areRead()
+{
+    const QByteArray packs = pack(0x80, 0, 0, 0, QByteArray("\0Don\x92t \x96 \xE9\0", 11));
+    QCOMPARE(zib::namesInPacks(packs, 1, 1)->tracks[0].title, QStringLiteral("Don’t – é"));
 }
 
 void TestCdText::packs_ofTheSecondBlock_areTakenWhenTheFirstIsEmpty()
