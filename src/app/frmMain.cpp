@@ -8,6 +8,7 @@
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "common/Messages.h"
+#include "common/NativeName.h"
 #include "common/Texts.h"
 #include "common/Twips.h"
 #include "common/Windows.h"
@@ -39,6 +40,13 @@ const QString kNothingToWrite = QStringLiteral("There are no files in the list t
 const QString kTooManyTracks =
     QStringLiteral("An audio CD holds %1 tracks at most, and there are %2 files in the list.\n"
                    "Only the first %1 can be written.");
+
+/// A project's name as a disc's. Bytes of it that are no UTF-8 count as ISO 8859-1.
+QString titleOf(const QString& project)
+{
+    const QByteArray name = zib::nativeBytes(QFileInfo(project).completeBaseName());
+    return name.isValidUtf8() ? QString::fromUtf8(name) : QString::fromLatin1(name);
+}
 
 } // namespace
 
@@ -237,7 +245,7 @@ zib::DiscNames frmMain::discNames() const
     QList<zib::TrackNames> tracks;
     for (const zib::CompilationRow& row : m_list.rows())
         tracks << zib::TrackNames{row.title, row.artist};
-    return zib::namesOfDisc(QFileInfo(ProjectFileName).completeBaseName(), tracks);
+    return zib::namesOfDisc(titleOf(ProjectFileName), tracks);
 }
 
 void frmMain::exitProgram()

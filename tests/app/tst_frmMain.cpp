@@ -1,4 +1,5 @@
 #include "app/Desk.h"
+#include "common/NativeName.h"
 #include "common/Texts.h"
 
 #include <QLabel>
@@ -451,6 +452,12 @@ private slots:
         desk.trigger("mnuFileSub_6");
         desk.trigger("Toolbar1_write");
         QCOMPARE(desk.desk.windows.discNames.title, QString("My.Best Mix"));
+        const QString project = desk.folder.filePath(zib::nativeText("Caf\xE9.zibp"));
+        desk.desk.dialogs.files = {project};
+        desk.trigger("mnuFileSub_7");
+        desk.trigger("Toolbar1_write");
+        QCOMPARE(desk.desk.windows.discNames.title, QStringLiteral("Café"));
+        QVERIFY(zib::removeFile(project)); // The folder could not.
     }
     void write_ofMoreTracksThanADiscHolds_saysTheLimitOnceBefore()
     {
