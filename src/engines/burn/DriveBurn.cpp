@@ -207,6 +207,7 @@ void DriveBurn::stopDrive()
 {
     if (std::exchange(m_cancelSent, true))
         return;
+    m_failedFirst = m_messages.failed() && m_phases.phase() != WritePhases::Phase::Preparing;
     m_sinceCancel.start();
     burn::burn_drive_cancel(m_grabbed.drive());
 }
@@ -260,8 +261,7 @@ BurnError DriveBurn::failure(const DiscPlan& plan) const
         return planError(*fault, m_mode, m_traits.path);
     if (const QString file = plan.failedFile(); !file.isEmpty())
         return unreadable(file);
-    const bool drivesFault = m_messages.failed() && m_phases.phase() != WritePhases::Phase::Preparing;
-    if (m_cancelSent && !m_stuck && !drivesFault)
+    if (m_cancelSent && !m_stuck && !m_failedFirst)
         return BurnError::byUser();
     const bool addressed = m_mode.sessionAtOnce && m_messages.step() == LibburnMessages::Step::Write;
     const int track =

@@ -69,6 +69,7 @@ private:
     DiscVerdict::Truth m_truth = DiscVerdict::Truth::Unknown; ///< What a failure left.
     LibraryThread m_thread;
     bool m_cancelSent = false;
+    bool m_failedFirst = false; ///< The drive, before the cancel was sent.
     bool m_doorTried = false;
     bool m_waitTold = false;
     bool m_stuck = false;

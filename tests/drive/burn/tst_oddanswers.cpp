@@ -40,6 +40,8 @@ private slots:
     void drive_thatIsResetBetweenTracks_tellsNoLaterPhase();
     void disc_thatWasChangedBehindOurBack_isNotToldAsBegun_data();
     void disc_thatWasChangedBehindOurBack_isNotToldAsBegun();
+    void cancel_whoseStoppingFails_isACancelAllTheSame_data();
+    void cancel_whoseStoppingFails_isACancelAllTheSame();
     void drive_thatKeepsUsWaiting_isSaidSo_data();
     void drive_thatKeepsUsWaiting_isSaidSo();
     void readingBack_ofADriveThatIsBusy_saysItsReason();
@@ -182,6 +184,37 @@ void TestOddAnswers::disc_thatWasChangedBehindOurBack_isNotToldAsBegun()
     QCOMPARE(bench.write(), QString("error"));
     QVERIFY2(bench.description.contains(words), qPrintable(bench.description));
     QVERIFY2(!bench.description.contains("was begun"), qPrintable(bench.description));
+}
+
+void TestOddAnswers::cancel_whoseStoppingFails_isACancelAllTheSame_data()
+{
+    QTest::addColumn<QString>("sao");
+    QTest::addColumn<QString>("fault");
+    QTest::newRow("the flush") << "yes"
+                               << "SYNCHRONIZE_CACHE times=forever sense=3/72/02";
+    QTest::newRow("the closing") << "no"
+                                 << "CLOSE_TRACK_SESSION times=forever sense=3/72/00";
+}
+
+void TestOddAnswers::cancel_whoseStoppingFails_isACancelAllTheSame()
+{
+    QFETCH(QString, sao);
+    QFETCH(QString, fault);
+    BurnBench bench;
+    bench.recorder.set("sao", sao);
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    QString remark;
+    connect(&bench.writer, &DVDWriterPro::Remark, this, [&](const QString& text) { remark = text; });
+    bench.recorder.addFault("WRITE_10 times=forever delay=40");
+    bench.recorder.addFault(fault);
+    bench.onProgress = [&](qint32, qint32 done) {
+        if (done > 0)
+            bench.writer.cancel();
+    };
+    QCOMPARE(bench.write() + bench.description, QString("cancelled"));
+    QVERIFY2(remark.contains("was begun"), qPrintable(remark));
 }
 
 void TestOddAnswers::drive_thatKeepsUsWaiting_isSaidSo_data()
