@@ -6,6 +6,9 @@
 #include "engines/rip/RipBench.h"
 #include "engines/rip/makers.h"
 
+#include <QProcess>
+#include <QStandardPaths>
+
 using namespace zib;
 
 namespace {
@@ -97,6 +100,8 @@ class TestNamesAndGaps : public QObject
 private slots:
     void names_ofADisc_standInItsFiles();
     void names_ofASheet_standInItsFiles();
+    void namesOfOtherPrograms_comeBack_data();
+    void namesOfOtherPrograms_comeBack();
     void performer_toldOnce_isThatOfEveryNamedTrack();
     void disc_withoutNames_givesPlainFiles();
     void drive_slowOrBrokenOverNames_givesItsSound_data();
@@ -136,6 +141,70 @@ void TestNamesAndGaps::names_ofASheet_standInItsFiles()
     QVERIFY((bench.namesIn(1) == TrackNames{QString::fromUtf8("Größe カラ"), "A & B"}));
     QVERIFY((bench.namesIn(2) == TrackNames{}));
     QCOMPARE(fileContent(bench.target(2)).size(), bench.second.size() + 44);
+}
+
+void TestNamesAndGaps::namesOfOtherPrograms_comeBack_data()
+{
+    QTest::addColumn<QStringList>("command");
+    QTest::addColumn<QByteArray>("sheet");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("artist");
+    const QByteArray english = "Input Sheet Version = 0.7T\nText Code = 8859\nLanguage Code = English\n"
+                               "Album Title = Album\nArtist Name = Band\nFirst Track Number = 1\n";
+    const QStringList cdrskin{"cdrskin", "dev=/dev/sr0", "-sao", "-text", "input_sheet_v07t=sheet"};
+    const QStringList tracks{"-audio", "-pad", "one.wav", "two.wav"};
+    QTest::newRow("cdrskin, letters of Windows")
+        << cdrskin + tracks << english + "Track 01 Title = Don\x92t \xE9\nTrack 02 Title = Two\n"
+        << QString::fromUtf8("Don’t é") << "Band";
+    QTest::newRow("cdrskin, Japanese behind English")
+        << cdrskin + QStringList("input_sheet_v07t=japanese") + tracks
+        << english + "Track 01 Title = One\nTrack 01 Artist = Choir\nTrack 02 Title = Two\n"
+        << "One"
+        << "Choir";
+    QTest::newRow("cdrdao") << QStringList{"cdrdao",           "write",    "-n",
+                                           "--device",         "/dev/sr0", "--driver",
+                                           "generic-mmc:0x10", "sheet"}
+                            << QByteArray(R"(CD_DA
+CD_TEXT { LANGUAGE_MAP { 0 : EN } LANGUAGE 0 { TITLE "Album" PERFORMER "Band" } }
+TRACK AUDIO
+CD_TEXT { LANGUAGE 0 { TITLE "Say \"Caf\351\"" PERFORMER "Choir" } }
+FILE "one.wav" 0
+TRACK AUDIO
+CD_TEXT { LANGUAGE 0 { TITLE "Two" PERFORMER "Choir" } }
+PREGAP 0:2:0
+FILE "two.wav" 0
+)") << QString::fromUtf8("Say \"Café\"")
+                            << "Choir";
+}
+
+void TestNamesAndGaps::namesOfOtherPrograms_comeBack()
+{
+    QFETCH(QStringList, command);
+    QFETCH(QByteArray, sheet);
+    if (QStandardPaths::findExecutable(command.first()).isEmpty())
+        QSKIP(qPrintable(command.first() + " is not installed"));
+    EmulatedRecorder recorder;
+    const auto path = [&recorder](const QString& name) { return recorder.folder() + '/' + name; };
+    put(path("sheet"), sheet);
+    put(path("japanese"), "Input Sheet Version = 0.7T\nText Code = MS-JIS\nLanguage Code = Japanese\n"
+                          "First Track Number = 1\nTrack 01 Title = \x83\x4A\nTrack 02 Title = \x83\x69\n");
+    put(path("one.wav"), cdWav(discSound(500, 1)));
+    put(path("two.wav"), cdWav(discSound(400, 2)));
+    QProcess other;
+    other.setWorkingDirectory(recorder.folder());
+    other.setProcessChannelMode(QProcess::MergedChannels);
+    other.start(command.first(), command.mid(1));
+    QVERIFY(other.waitForFinished(120'000));
+    QVERIFY2(other.exitCode() == 0, other.readAll().constData());
+    if (command.contains("cdrdao") && !recorder.content()->cdTextPacks.contains(QByteArray("Album\0", 6)))
+        QSKIP("this cdrdao sets no end behind a text");
+    RipBench bench(makeRipper("/nowhere"));
+    QVERIFY(bench.takeDisc(EmulatedRecorder::device()));
+    QCOMPARE(bench.rip({1}), QString("finished"));
+    const auto information = makeAudioInformation();
+    QVERIFY(information->open(bench.target(1)));
+    QTEST(information->title(), "title");
+    QTEST(information->artist(), "artist");
 }
 
 void TestNamesAndGaps::performer_toldOnce_isThatOfEveryNamedTrack()
