@@ -4,7 +4,7 @@
 //   bench_audio information FILE...     asks what the list asks of each file; prints the seconds it took
 //   bench_audio memory SOURCE TARGET    converts; prints the megabytes above an idle program at the highest
 //   point bench_audio quality                 measures rate conversion and dither on generated tones
-#include "engines/audio/makers.h"
+#include "conversion.h"
 #include "memory.h"
 #include "quality.h"
 
@@ -18,17 +18,7 @@ namespace {
 
 int convert(const QString& source, const QString& target)
 {
-    const auto reader = zib::makeAudioFile();
-    const auto writer = zib::makeAudioFile();
-    writer->setOutputFormat(44100, 2, 16);
-    if (reader->open(source) < 0 || writer->create(target) < 0)
-        return 1;
-    writer->setInputFormat(reader->formatRate(), reader->formatChannels());
-    const qint32 count = reader->formatRate() * reader->formatChannels();
-    for (auto block = reader->readBlock(count); !block.isEmpty(); block = reader->readBlock(count))
-        writer->writeBlock(block);
-    writer->close();
-    return reader->status() < 0 || writer->status() < 0 ? 1 : 0;
+    return zib::bench::convertFile(source, target) ? 0 : 1;
 }
 
 int information(const QStringList& paths)

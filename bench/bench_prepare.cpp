@@ -3,12 +3,12 @@
 //   bench_prepare window SOURCE    the same by the real window; prints also the longest time in milliseconds
 //   that
 //                                  its events waited meanwhile
+#include "conversion.h"
 #include "quiet.h"
 
 #include "burn/frmPrepare.h"
 #include "common/GenralMacro.h"
 #include "components/Components.h"
-#include "engines/audio/makers.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -30,18 +30,9 @@ int bare(const QString& source, const QString& folder)
 {
     QElapsedTimer clock;
     clock.start();
-    const auto reader = zib::makeAudioFile();
-    const auto writer = zib::makeAudioFile();
-    writer->setOutputFormat(44100, 2, 16);
-    if (reader->open(source) < 0 || writer->create(folder + QStringLiteral("/bare.wav")) < 0)
-        return 1;
-    writer->setInputFormat(reader->formatRate(), reader->formatChannels());
-    const qint32 count = reader->formatRate() * reader->formatChannels();
-    for (auto block = reader->readBlock(count); !block.isEmpty(); block = reader->readBlock(count))
-        writer->writeBlock(block);
-    writer->close();
+    const bool isThere = zib::bench::convertFile(source, folder + QStringLiteral("/bare.wav"));
     std::printf("%.3f\n", seconds(clock));
-    return reader->status() < 0 || writer->status() < 0 ? 1 : 0;
+    return isThere ? 0 : 1;
 }
 
 int window(const QString& source, const QString& folder)
