@@ -9,7 +9,8 @@
 
 namespace zib {
 
-/// Hands values from one thread to another; the giver waits while it is full.
+/// Hands values from one thread to one other; the giver waits while it is full, and is woken when half of
+/// them are taken: threads that wake each other for every value spend their time on that.
 template <typename T>
 class BoundedQueue
 {
@@ -20,11 +21,12 @@ public:
     bool push(T value)
     {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_closed || m_values.size() < m_capacity; });
+        if (m_values.size() >= m_capacity)
+            m_drained.wait(lock, [this] { return m_closed || m_values.size() <= m_capacity / 2; });
         if (m_closed)
             return false;
         m_values.push_back(std::move(value));
-        m_changed.notify_all();
+        m_filled.notify_one();
         return true;
     }
 
@@ -33,12 +35,13 @@ public:
     bool pop(T& value)
     {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_closed || !m_values.empty(); });
+        m_filled.wait(lock, [this] { return m_closed || !m_values.empty(); });
         if (m_values.empty())
             return false;
         value = std::move(m_values.front());
         m_values.pop_front();
-        m_changed.notify_all();
+        if (m_values.size() <= m_capacity / 2)
+            m_drained.notify_one();
         return true;
     }
 
@@ -46,22 +49,28 @@ public:
     void close()
     {
         const std::lock_guard lock(m_mutex);
-        m_closed = true;
-        m_changed.notify_all();
+        end();
     }
 
     /// Takes no more values and forgets those inside.
     void abandon()
     {
         const std::lock_guard lock(m_mutex);
-        m_closed = true;
         m_values.clear();
-        m_changed.notify_all();
+        end();
     }
 
 private:
+    void end()
+    {
+        m_closed = true;
+        m_filled.notify_all();
+        m_drained.notify_all();
+    }
+
     std::mutex m_mutex;
-    std::condition_variable m_changed;
+    std::condition_variable m_filled;
+    std::condition_variable m_drained;
     std::deque<T> m_values;
     size_t m_capacity;
     bool m_closed = false;

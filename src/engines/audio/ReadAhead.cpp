@@ -8,7 +8,7 @@ namespace {
 
 constexpr qint64 kMostFrames = 96'000; // of one block
 constexpr qint64 kLeastFrames = 16'384;
-constexpr size_t kBlocksAhead = 3;
+constexpr size_t kBlocksAhead = 6;
 
 template <typename Sample>
 void append(QList<Sample>& to, const QList<Sample>& from, qsizetype at, qsizetype count)

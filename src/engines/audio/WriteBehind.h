@@ -52,7 +52,7 @@ private:
     int m_channels; // between mixing and doubling
     std::unique_ptr<RateConverter> m_converter;
     Ditherer m_ditherer;
-    BoundedQueue<AudioBlock> m_blocks{4};
+    BoundedQueue<AudioBlock> m_blocks{8};
     std::atomic<bool> m_failed = false;
     std::thread m_thread; // last: it uses everything above
 };
