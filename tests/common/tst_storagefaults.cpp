@@ -1,0 +1,192 @@
+#include "common/NameBearer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cerrno>
+#include <cstdio>
+#include <functional>
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+using namespace zib;
+
+namespace {
+
+/// A storage that does not do everything, as those of networks and memory cards. Zero is obedience.
+struct Storage
+{
+    int exclusiveRename = 0; ///< What renaming with flags fails with.
+    int link = 0;
+    int rename = 0;
+    std::function<void()> behindRename; ///< What another program does behind a refused rename.
+    std::function<void()> behindLink;   ///< The same behind a refused link.
+};
+Storage g_storage;
+
+int failed(int error, const std::function<void()>& behind = {})
+{
+    if (behind)
+        behind();
+    errno = error;
+    return -1;
+}
+
+} // namespace
+
+// These stand before the system's own for everything that is linked into this program.
+extern "C" {
+
+int renameat2(int oldFolder, const char* from, int newFolder, const char* to, unsigned flags) noexcept
+{
+    if (flags != 0 && g_storage.exclusiveRename != 0)
+        return failed(g_storage.exclusiveRename, g_storage.behindRename);
+    return static_cast<int>(::syscall(SYS_renameat2, oldFolder, from, newFolder, to, flags));
+}
+
+int link(const char* from, const char* to) noexcept
+{
+    if (g_storage.link != 0)
+        return failed(g_storage.link, g_storage.behindLink);
+    return static_cast<int>(::syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+int rename(const char* from, const char* to) noexcept
+{
+    if (g_storage.rename != 0)
+        return failed(g_storage.rename);
+    return static_cast<int>(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+} // extern "C"
+
+namespace {
+
+/// A folder with a finished file in it that is to get its name.
+struct Place
+{
+    Place() { put(from, "ours"); }
+    ~Place() { g_storage = {}; }
+
+    static void put(const QByteArray& path, const QByteArray& text)
+    {
+        QFile file(QFile::decodeName(path));
+        if (file.open(QIODevice::WriteOnly))
+            file.write(text);
+    }
+    static QByteArray text(const QByteArray& path)
+    {
+        QFile file(QFile::decodeName(path));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
+    }
+    QStringList names() const
+    {
+        return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+
+    QTemporaryDir folder;
+    QByteArray from = QFile::encodeName(folder.filePath("made"));
+    QByteArray to = QFile::encodeName(folder.filePath("song.wav"));
+};
+
+} // namespace
+
+/// Names are taken in one step also where the storage knows no such step: nothing is replaced that nobody was
+/// asked about, nothing is left behind, and what the storage refuses for good is told.
+class TestStorageFaults : public QObject
+{
+    Q_OBJECT
+private slots:
+    void names_onEveryStorage_areGivenAndNeverTaken_data()
+    {
+        QTest::addColumn<int>("exclusiveRename");
+        QTest::addColumn<int>("link");
+        QTest::newRow("all there is") << 0 << 0;
+        QTest::newRow("no flags") << EINVAL << 0;
+        QTest::newRow("no such call") << ENOSYS << 0;
+        QTest::newRow("no flags, no links") << EINVAL << EPERM;
+        QTest::newRow("no such call, no links") << ENOSYS << EOPNOTSUPP;
+        QTest::newRow("no more links") << EINVAL << EMLINK;
+    }
+    void names_onEveryStorage_areGivenAndNeverTaken()
+    {
+        QFETCH(const int, exclusiveRename);
+        QFETCH(const int, link);
+        Place place;
+        g_storage.exclusiveRename = exclusiveRename;
+        g_storage.link = link;
+
+        QVERIFY(giveName(place.from, place.to));
+        QCOMPARE(place.names(), QStringList{"song.wav"});
+        QCOMPARE(Place::text(place.to), QByteArray("ours"));
+
+        Place::put(place.from, "second");
+        QVERIFY(!giveName(place.from, place.to));
+        QCOMPARE(errno, EEXIST);
+        QCOMPARE(Place::text(place.to), QByteArray("ours"));
+        QCOMPARE(Place::text(place.from), QByteArray("second"));
+
+        const NameBearer seen = bearerOf(place.to);
+        QVERIFY(giveName(place.from, place.to, seen));
+        QCOMPARE(Place::text(place.to), QByteArray("second"));
+        QCOMPARE(place.names(), QStringList{"song.wav"});
+
+        Place::put(place.from, "third");
+        QVERIFY(!giveName(place.from, place.to, seen));
+        QCOMPARE(errno, EEXIST);
+        QCOMPARE(Place::text(place.to), QByteArray("second"));
+        QCOMPARE(Place::text(place.from), QByteArray("third"));
+    }
+
+    void name_takenBetweenTwoTries_isLeftToItsOwner_data()
+    {
+        QTest::addColumn<bool>("behindLink");
+        QTest::newRow("before the link") << false;
+        QTest::newRow("before the empty file") << true;
+    }
+    void name_takenBetweenTwoTries_isLeftToItsOwner()
+    {
+        QFETCH(const bool, behindLink);
+        Place place;
+        g_storage.exclusiveRename = EINVAL;
+        const auto other = [&place] { Place::put(place.to, "another program's"); };
+        if (behindLink) {
+            g_storage.link = EPERM;
+            g_storage.behindLink = other;
+        } else {
+            g_storage.behindRename = other;
+        }
+        QVERIFY(!giveName(place.from, place.to));
+        QCOMPARE(errno, EEXIST);
+        QCOMPARE(Place::text(place.to), QByteArray("another program's"));
+        QCOMPARE(Place::text(place.from), QByteArray("ours"));
+    }
+
+    void move_refusedAtItsLastStep_leavesNoEmptyFile()
+    {
+        Place place;
+        g_storage.exclusiveRename = EINVAL;
+        g_storage.link = EPERM;
+        g_storage.rename = EIO;
+        QVERIFY(!giveName(place.from, place.to));
+        QCOMPARE(errno, EIO);
+        QCOMPARE(place.names(), QStringList{"made"});
+        QCOMPARE(Place::text(place.from), QByteArray("ours"));
+    }
+
+    void refusal_ofTheNameItself_isNotGoneAround()
+    {
+        Place place;
+        g_storage.exclusiveRename = EACCES;
+        QVERIFY(!giveName(place.from, place.to));
+        QCOMPARE(errno, EACCES);
+        QCOMPARE(place.names(), QStringList{"made"});
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStorageFaults)
+#include "tst_storagefaults.moc"
