@@ -7,7 +7,20 @@
 namespace zib {
 
 namespace {
-constexpr qint64 kNsPerSecond = 1'000'000'000;
+
+qint64 nanoseconds(const timespec& time)
+{
+    constexpr qint64 kNsPerSecond = 1'000'000'000;
+    return time.tv_sec * kNsPerSecond + time.tv_nsec;
+}
+
+} // namespace
+
+bool FileStamp::sameContent(const FileStamp& other) const
+{
+    FileStamp touchedAlike = other;
+    touchedAlike.touchedNs = touchedNs;
+    return *this == touchedAlike;
 }
 
 FileStamp stampOf(const struct stat& found)
@@ -15,7 +28,8 @@ FileStamp stampOf(const struct stat& found)
     return {.device = found.st_dev,
             .inode = found.st_ino,
             .bytes = found.st_size,
-            .changedNs = found.st_mtim.tv_sec * kNsPerSecond + found.st_mtim.tv_nsec};
+            .changedNs = nanoseconds(found.st_mtim),
+            .touchedNs = nanoseconds(found.st_ctim)};
 }
 
 std::optional<FileStamp> stampOf(const QString& path)

@@ -10,7 +10,11 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <array>
 #include <limits>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 using namespace zib;
 
@@ -154,6 +158,7 @@ private slots:
     void form_always_offersNoWayOut();
     void aLongFileName_endsInAnEllipsisAndStaysWhole();
     void aPreparedFile_thatChangesAfterwards_isNoticed();
+    void aPreparedFile_rewrittenInItsOldSizeAndTime_isNoticed();
     void damagedSources_ofEveryKind_areNamedOnceBeforeTheWindowCloses();
     void damagedSources_thatGaveNoTrack_areNotNamed();
     void damagedSources_ofAnyLength_areTold_data();
@@ -467,6 +472,26 @@ void TestFrmPrepare::aPreparedFile_thatChangesAfterwards_isNoticed()
     QVERIFY(PreparedFiles::wasChanged(desk.temp("one.wav")));
     QVERIFY(file.remove());
     QVERIFY(!PreparedFiles::wasChanged(desk.temp("one.wav")));
+}
+
+void TestFrmPrepare::aPreparedFile_rewrittenInItsOldSizeAndTime_isNoticed()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath("one.wav"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("sound");
+    file.close();
+    PreparedFiles::note(file.fileName());
+    QTest::qWait(20); // The system's clock for files ticks some hundred times a second.
+    const QByteArray path = QFile::encodeName(file.fileName());
+    struct stat before = {};
+    QCOMPARE(::stat(path.constData(), &before), 0);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    file.write("SOUND");
+    file.close();
+    const std::array times{before.st_atim, before.st_mtim};
+    QCOMPARE(::utimensat(AT_FDCWD, path.constData(), times.data(), 0), 0);
+    QVERIFY(PreparedFiles::wasChanged(file.fileName()));
 }
 
 void TestFrmPrepare::damagedSources_ofEveryKind_areNamedOnceBeforeTheWindowCloses()

@@ -269,7 +269,7 @@ Outcome<> TrackSource::open(const BurnTrack& track)
     struct stat s
     {
     };
-    if (m_file < 0 || fstat(m_file, &s) != 0 || stampOf(s) != track.stamp)
+    if (m_file < 0 || fstat(m_file, &s) != 0 || !stampOf(s).sameContent(track.stamp))
         return unreadableFile(m_track.name);
     posix_fadvise(m_file, track.dataOffset, track.dataBytes, POSIX_FADV_SEQUENTIAL);
     return {};
@@ -294,7 +294,8 @@ Outcome<qint64> TrackSource::read(char* buffer, qint64 size)
     struct stat s
     {
     };
-    if (sound > 0 && m_done >= m_track.dataBytes && (fstat(m_file, &s) != 0 || stampOf(s) != m_track.stamp))
+    if (sound > 0 && m_done >= m_track.dataBytes &&
+        (fstat(m_file, &s) != 0 || !stampOf(s).sameContent(m_track.stamp)))
         return unreadableFile(m_track.name);
     return wanted;
 }

@@ -50,12 +50,16 @@ std::optional<BurnError> WriteRun::perform()
     return error;
 }
 
-/// Whether every file is still what it was when it was added.
+/// Whether every file is still what it was when it was added. Asked more strictly than later on: a disc that
+/// was begun is not given up because somebody changed the rights of a file.
 std::optional<BurnError> WriteRun::checkTracks() const
 {
-    for (const BurnTrack& track : job.tracks)
+    for (const BurnTrack& track : job.tracks) {
         if (auto opened = TrackSource().open(track); !opened)
             return BurnError::from(opened.error());
+        if (stampOf(track.path) != track.stamp)
+            return BurnError::from({Failure::Kind::UnreadableFile, track.name});
+    }
     return std::nullopt;
 }
 
