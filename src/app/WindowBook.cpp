@@ -67,7 +67,14 @@ QStringList WindowBook::showPrepare(QWidget* owner, const QList<CompilationRow>&
 
 void WindowBook::showWrite(QWidget* owner, const QStringList& trackFiles, const DiscNames& names)
 {
-    frmWrite(m_services, trackFiles, names, owner).exec();
+    frmWrite window(m_services, trackFiles, names, owner);
+    m_write = &window;
+    window.exec();
+}
+
+bool WindowBook::isWriting() const
+{
+    return !m_closedWrites.isEmpty() || (m_write && m_write->isWriting());
 }
 
 void WindowBook::keepWriting(std::unique_ptr<DVDWriterPro> writer)

@@ -7,6 +7,7 @@
 #include <QPointer>
 
 class frmMain;
+class frmWrite;
 
 namespace zib {
 
@@ -23,6 +24,8 @@ public:
     void setMainWindow(frmMain* window);
     /// Writes that go on behind windows that have closed.
     ClosedWrites& closedWrites() { return m_closedWrites; }
+    /// Whether a disc is being written, behind a window or behind none.
+    bool isWriting() const;
 
     void showSplash(QWidget* owner) override;
     void showTip(QWidget* owner) override;
@@ -45,6 +48,7 @@ public:
 private:
     Services m_services;
     QPointer<frmMain> m_main;
+    QPointer<frmWrite> m_write;
     ClosedWrites m_closedWrites;
 };
 

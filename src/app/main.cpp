@@ -1,3 +1,4 @@
+#include "app/ProgramEnd.h"
 #include "app/WindowBook.h"
 #include "app/frmMain.h"
 #include "common/GeneralAPI.h"
@@ -22,9 +23,6 @@
 #include <QApplication>
 #include <QIcon>
 
-#include <chrono>
-#include <cstdlib>
-
 namespace {
 
 /// The engines behind the components.
@@ -44,11 +42,6 @@ zib::Components engines()
     components.makePrinter = zib::makePrinter;
     return components;
 }
-
-/// So long a disc may take to be finished after the last window has closed.
-constexpr std::chrono::minutes kLongestEnd{15};
-/// So long when the system asked the program to end: it kills what takes longer.
-constexpr std::chrono::seconds kHurry{20};
 
 } // namespace
 
@@ -78,17 +71,13 @@ int main(int argc, char* argv[])
     zib::WindowBook windows(messages, dialogs, components);
     frmMain window(windows.services());
     windows.setMainWindow(&window);
-    QObject::connect(&quit, &zib::QuitSignals::raised, &windows.closedWrites(), [&windows] {
-        windows.closedWrites().hurry(kHurry);
-        QApplication::closeAllWindows();
-        QCoreApplication::quit();
-    });
+    zib::ProgramEnd end(windows, {zib::drivesInUseAnswer, zib::unlockDrivesInUse});
+    QObject::connect(&quit, &zib::QuitSignals::raised, &end, &zib::ProgramEnd::hurry);
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &end, &zib::ProgramEnd::sessionEnds,
+                     Qt::DirectConnection);
     window.show();
     const int result = QApplication::exec();
     ini.finish(); // While a failure can still be told.
-    // A disc that is being finished is not left half done.
-    windows.closedWrites().await(kLongestEnd);
-    if (zib::unlockDrivesInUse())
-        std::_Exit(result); // What hangs there may never come back.
+    end.leave(result);
     return result;
 }

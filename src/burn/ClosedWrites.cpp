@@ -14,6 +14,10 @@
 
 namespace zib {
 
+namespace {
+constexpr std::chrono::seconds kAskingStep{4};
+} // namespace
+
 ClosedWrites::ClosedWrites(Messages& messages, std::function<QWidget*()> owner)
     : m_messages(messages), m_owner(std::move(owner))
 {
@@ -42,15 +46,26 @@ bool ClosedWrites::await(std::chrono::milliseconds patience)
 {
     constexpr int kStepMs = 50;
     const QDeadlineTimer deadline(patience);
-    while ((!isEmpty() || (m_open > 0 && !m_silent)) && !deadline.hasExpired() && !m_latest.hasExpired())
+    while ((!isEmpty() || (m_open > 0 && !m_silent)) && !deadline.hasExpired() && !isTooLate())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, kStepMs);
     return isEmpty();
 }
 
-void ClosedWrites::hurry(std::chrono::milliseconds patience)
+void ClosedWrites::hurry(std::chrono::milliseconds longest, std::function<bool()> worthIt)
 {
     m_silent = true;
-    m_latest = std::min(m_latest, QDeadlineTimer(patience));
+    m_latest = std::min(m_latest, QDeadlineTimer(longest));
+    m_worthIt = std::move(worthIt);
+    if (m_worthIt)
+        m_asking = QDeadlineTimer(kAskingStep);
+}
+
+bool ClosedWrites::isTooLate()
+{
+    if (m_latest.hasExpired() || !m_asking.hasExpired())
+        return m_latest.hasExpired();
+    m_asking = QDeadlineTimer(kAskingStep);
+    return !m_worthIt();
 }
 
 /// The writer is still within its event, so it goes a little later.

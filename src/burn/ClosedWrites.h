@@ -31,8 +31,9 @@ public:
     /// Lets the events go on until every write has told its end, at most @p patience.  @returns whether they
     /// have.
     bool await(std::chrono::milliseconds patience);
-    /// The session ends: nothing is told any more, and await() returns after @p patience at the latest.
-    void hurry(std::chrono::milliseconds patience);
+    /// The session ends: nothing is told any more, and await() returns after @p longest at the latest.
+    /// @param worthIt is asked every few seconds; await() returns once it says no. May be missing.
+    void hurry(std::chrono::milliseconds longest, std::function<bool()> worthIt = {});
 
 private:
     struct Write
@@ -47,6 +48,7 @@ private:
     void cancelled(const DVDWriterPro* writer);
     void failed(const DVDWriterPro* writer, const QString& text);
     void tell(const std::function<void(QWidget* owner)>& box);
+    bool isTooLate();
 
     Messages& m_messages;
     std::function<QWidget*()> m_owner;
@@ -54,6 +56,8 @@ private:
     int m_open = 0; ///< Boxes that stand, or are going to.
     bool m_silent = false;
     QDeadlineTimer m_latest{QDeadlineTimer::Forever};
+    QDeadlineTimer m_asking{QDeadlineTimer::Forever}; ///< Until m_worthIt is asked again.
+    std::function<bool()> m_worthIt;
 };
 
 } // namespace zib

@@ -28,6 +28,9 @@ public:
              QWidget* parent = nullptr);
     ~frmWrite() override;
 
+    /// Whether a write was started and has not told its end.
+    bool isWriting() const { return m_writing; }
+
 protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;

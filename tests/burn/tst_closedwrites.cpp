@@ -87,6 +87,17 @@ private slots:
         emit desk.writer->WriteCompleted();
         QCOMPARE(desk.said(), QStringList());
     }
+    void hurry_isOverOnceADriveHangs()
+    {
+        Desk desk;
+        int asked = 0;
+        desk.closed.hurry(60s, [&asked] { return ++asked < 2; });
+        QElapsedTimer taken;
+        taken.start();
+        QVERIFY(!desk.closed.await(60s));
+        QCOMPARE(asked, 2);
+        QVERIFY2(taken.elapsed() < 20'000, qPrintable(QString::number(taken.elapsed())));
+    }
 };
 
 QTEST_MAIN(TestClosedWrites)

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 namespace zib {
@@ -13,8 +14,12 @@ namespace zib {
 std::unique_ptr<DVDWriterPro> makeDiscWriter(const QString& imagesFolder);
 
 /// Lets the discs be taken out of all drives that this process still has in its hands, past whatever hangs
-/// there, in some seconds. For the end of the program.
+/// there, in @p patience at most. For the end of the program.
 /// @returns whether there were any.
-bool unlockDrivesInUse();
+bool unlockDrivesInUse(std::chrono::milliseconds patience);
+
+/// Whether all those drives answer to a command within two seconds, be it with a refusal. One that takes
+/// longer hangs, or spoils no more than it has spoilt already.
+bool drivesInUseAnswer();
 
 } // namespace zib

@@ -17,9 +17,7 @@
 #include <QProgressBar>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
 
 #include <unistd.h>
 
@@ -28,9 +26,6 @@ namespace zib {
 namespace {
 
 constexpr int kLookMs = 20;
-// As long as the program itself takes.
-constexpr std::chrono::minutes kLongestEnd{15};
-constexpr std::chrono::seconds kHurry{20};
 
 /// Short enough for a test, long enough for a loaded machine.
 DrivePatience patience()
@@ -48,7 +43,8 @@ void tell(const QString& line)
 
 } // namespace
 
-WriteSeat::WriteSeat(const QString& folder) : m_input(STDIN_FILENO, QSocketNotifier::Read)
+WriteSeat::WriteSeat(const QString& folder)
+    : m_end(m_book, {drivesInUseAnswer, unlockDrivesInUse}), m_input(STDIN_FILENO, QSocketNotifier::Read)
 {
     setApplicationFolder(folder + "/program");
     for (const QString& name : QDir(folder).entryList({"track*.wav"}, QDir::Files, QDir::Name))
@@ -76,15 +72,9 @@ WriteSeat::~WriteSeat() = default;
 
 int WriteSeat::run()
 {
-    connect(&m_quit, &QuitSignals::raised, &m_book.closedWrites(), [this] {
-        m_book.closedWrites().hurry(kHurry);
-        QApplication::closeAllWindows();
-        QCoreApplication::quit();
-    });
+    connect(&m_quit, &QuitSignals::raised, &m_end, &ProgramEnd::hurry);
     const int result = QApplication::exec();
-    m_book.closedWrites().await(kLongestEnd);
-    if (unlockDrivesInUse())
-        std::_Exit(result);
+    m_end.leave(result);
     return result;
 }
 

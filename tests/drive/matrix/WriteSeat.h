@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Pulse.h"
+#include "app/ProgramEnd.h"
 #include "app/WindowBook.h"
 #include "fakes/FakeSeams.h"
 #include "platform/IniFile.h"
@@ -48,6 +49,7 @@ private:
     IniFile m_ini;
     FakeDesk m_desk{&m_ini};
     WindowBook m_book{m_desk.messages, m_desk.dialogs, m_desk.components};
+    ProgramEnd m_end;
     std::unique_ptr<frmMain> m_main;
     QStringList m_tracks;
     Pulse m_pulse;
