@@ -24,6 +24,9 @@ inline const QString kNotWritten = QStringLiteral("The following file could not 
 inline const QString kChanged = QStringLiteral(
     "The following file was changed by another program after it was prepared, so it is not written. "
     "Close this window and press Write again:\n");
+inline const QString kNoTracks =
+    QStringLiteral("There is no track that can be written. Close this window, look at "
+                   "the files of the list and press Write again.");
 inline const QString kClosingDisc =
     QStringLiteral("Closing disc... , please wait, this may last for several minutes.");
 inline const QString kCompleted = QStringLiteral("Writing is completed.");

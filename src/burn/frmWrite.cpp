@@ -152,6 +152,8 @@ void frmWrite::startWrite()
     if (m_writing)
         return;
     m_awake.reset();
+    if (TrackCount == 0)
+        showNote(WriteTexts::kNoTracks);
     m_services.messages.critical(this, QStringLiteral("Write to disc failed."));
     EnableControls(true);
 }

@@ -117,8 +117,8 @@ signals:
     /// What goes on where none of the events above says it: a phase of its own, or why a drive is being
     /// waited for, with the drive's own reason.
     void Waiting(const QString& what);
-    /// What the user should know beside the end: the state of a disc that was begun, or where an image lies.
-    /// Comes before the end.
+    /// What the user should know: before the end, the state of a disc that was begun or where an image lies;
+    /// while drives are looked for, which of them may not be used.
     void Remark(const QString& text);
     /// Only after the disc was closed and read back to show the tracks written; or a simulation went through.
     void WriteCompleted();

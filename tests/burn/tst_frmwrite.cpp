@@ -1,3 +1,4 @@
+#include "burn/PreparedFiles.h"
 #include "burn/WriteProgress.h"
 #include "burn/frmWrite.h"
 #include "fakes/FakeDVDWriterPro.h"
@@ -122,6 +123,7 @@ private slots:
     void speedText_ofAFactor_hasADecimalOnlyWhereNeeded_data();
     void speedText_ofAFactor_hasADecimalOnlyWhereNeeded();
     void tracks_missingOrRefused_areNamedAndSkipped();
+    void tracks_changedAfterPreparation_areNamedAndSkipped();
     void write_withoutDrive_isRefused();
     void write_onAWrongDisc_isRefused_data();
     void write_onAWrongDisc_isRefused();
@@ -215,7 +217,10 @@ void TestFrmWrite::load_whenDrivesFail_saysSoInAPlainBoxAndGoesOn()
 {
     Desk desk;
     desk.writer->initializes = false;
+    desk.writer->onInitialize = [&desk] { emit desk.writer->Remark("Another program is using it."); };
     QVERIFY(desk.open());
+    QVERIFY(desk.control<QLabel>("lblNote")->isVisible());
+    QCOMPARE(desk.control<QLabel>("lblNote")->text(), QString("Another program is using it."));
     QCOMPARE(desk.desk.messages.shown, QStringList{"p: Your drives could not be initialized. "});
     QCOMPARE(desk.desk.messages.owners.value(0).data(), desk.window.data());
     QCOMPARE(desk.entries("cboDevices").size(), 1);
@@ -356,6 +361,31 @@ void TestFrmWrite::tracks_missingOrRefused_areNamedAndSkipped()
     QCOMPARE(desk.desk.messages.shown,
              (QStringList{text + desk.files[0], text + desk.files[2], text + folder, text}));
     QCOMPARE(desk.writer->tracks, QStringList{desk.files[1]});
+}
+
+void TestFrmWrite::tracks_changedAfterPreparation_areNamedAndSkipped()
+{
+    Desk desk(3);
+    for (const QString& path : desk.files)
+        PreparedFiles::note(path);
+    QFile changed(desk.files[1]);
+    QVERIFY(changed.open(QIODevice::WriteOnly));
+    changed.write("another song");
+    changed.close();
+    QVERIFY(desk.open());
+    QCOMPARE(
+        desk.desk.messages.shown,
+        QStringList{"i: The following file was changed by another program after it was prepared, so it is "
+                    "not written. Close this window and press Write again:\n" +
+                    desk.files[1]});
+    QCOMPARE(desk.desk.messages.owners.value(0).data(), desk.window.data());
+    QCOMPARE(desk.writer->tracks, (QStringList{desk.files[0], desk.files[2]}));
+    // The rest can be written; a window that is opened after another preparation takes the file as it is.
+    desk.click("cmdWrite");
+    QVERIFY(desk.writer->calls.contains("start"));
+    emit desk.writer->WriteCompleted();
+    PreparedFiles::note(desk.files[1]);
+    QVERIFY(!PreparedFiles::wasChanged(desk.files[1]));
 }
 
 void TestFrmWrite::write_withoutDrive_isRefused()
@@ -550,6 +580,11 @@ void TestFrmWrite::write_refusedByTheWriter_saysSo()
     QCOMPARE(desk.desk.messages.shown, QStringList{"c: Write to disc failed."});
     QCOMPARE(desk.enabled(), QString("DSWO"));
     QCOMPARE(desk.status(), kInvitation);
+    QVERIFY(!desk.control<QLabel>("lblNote")->isVisible());
+    desk.writer->toldTracks = 0;
+    desk.click("cmdWrite");
+    QVERIFY(desk.control<QLabel>("lblNote")->isVisible());
+    QVERIFY(desk.control<QLabel>("lblNote")->text().startsWith("There is no track that can be written."));
 }
 
 void TestFrmWrite::write_whileItRuns_keepsTheSystemAwake()

@@ -48,6 +48,8 @@ bool DiscWriter::initializeDrives(bool)
     m_recorders.push_back(m_image);
     m_selected.reset();
     m_mediumAge.invalidate();
+    if (!found.trouble.isEmpty())
+        emit Remark(found.trouble);
     return found.allUsable;
 }
 

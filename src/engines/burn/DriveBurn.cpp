@@ -278,13 +278,9 @@ BurnError DriveBurn::failure(const DiscPlan& plan) const
 BurnError DriveBurn::driveError(const QString& description) const
 {
     if (m_messages.sense())
-        return senseError(*m_messages.sense(), description);
+        return senseError(*m_messages.sense(), description + adviceOn(*m_messages.sense()));
     if (!m_messages.connectionLost() && !m_messages.transportFailed())
-        return plainError(
-            BurnErrorCode::kUnsupported,
-            m_messages.reason().isEmpty()
-                ? description
-                : description + QStringLiteral(" The writing library says: %1.").arg(m_messages.reason()));
+        return withoutSense(description, m_messages.reason());
     return answerError({}, m_traits.path, description);
 }
 

@@ -92,7 +92,10 @@ std::optional<BurnError> DriveBurn::compare()
         starts << track.start;
     const QList<DiscPiece> pieces = piecesAt(m_job.tracks, starts);
     DriveSound sound(m_line, contents->leadOut, m_job.cancelled);
-    return compareWithFiles(sound, pieces, readOffsetOf(sound, pieces), m_job, m_observer);
+    auto wrong = compareWithFiles(sound, pieces, readOffsetOf(sound, pieces), m_job, m_observer);
+    if (wrong && wrong->error == BurnErrorCode::kVerify)
+        wrong->description += QStringLiteral(" Write another disc, or write at a lower speed.");
+    return wrong;
 }
 
 /// After a simulation the disc must be what it was.

@@ -47,9 +47,30 @@ private:
 /// One drive as a search finds it.
 struct Found
 {
-    bool usable = true; ///< Not held by another program, and allowed.
+    QString trouble{}; ///< Why it may not be used, and what to do; empty when it may.
     std::optional<DriveRecorder::Traits> traits{};
 };
+
+/// A drive that has gone since it was seen is none to tell of.
+QString troubleWith(const Failure& failure)
+{
+    switch (failure.kind) {
+    case Failure::Kind::NotFound:
+        return {};
+    case Failure::Kind::Busy:
+        return QStringLiteral("Another program is using \"%1\". Close that program, then close this window "
+                              "and open it again.")
+            .arg(failure.detail);
+    case Failure::Kind::NoPermission:
+        return QStringLiteral("You may not use \"%1\". Ask for membership in the group cdrom, then log in "
+                              "again.")
+            .arg(failure.detail);
+    default:
+        return QStringLiteral("\"%1\" cannot be opened. Connect it again, then close this window and open it "
+                              "again.")
+            .arg(failure.detail);
+    }
+}
 
 /// A drive that hangs, or writes for a window that has closed, is named without being asked.
 Found inUse(const QString& path, const QString& why)
@@ -81,7 +102,7 @@ Found look(const QString& path, std::chrono::steady_clock::time_point until)
         return inUse(path, QStringLiteral("(does not answer)"));
     const auto line = DriveLine::open(path, DriveLine::Hold::Exclusive);
     if (!line)
-        return {.usable = line.error().kind == Failure::Kind::NotFound};
+        return {.trouble = troubleWith(line.error())};
     unlockDoor(**line); // as a program that was killed may have left it
     const auto traits = DriveRecorder::traitsOf(**line);
     if (!traits)
@@ -142,12 +163,16 @@ FoundRecorders findDrives(const DrivePatience& patience)
         looks.push_back(DriveLedger::useOf(path) <= DriveLedger::Use::Asked ? lookAside(path, until)
                                                                             : std::future<Found>());
     FoundRecorders found;
+    QStringList troubles;
     for (qsizetype i = 0; i < devices.size(); ++i) {
         const Found drive = search(devices[i], looks[static_cast<size_t>(i)], until);
-        found.allUsable = found.allUsable && drive.usable;
+        if (!drive.trouble.isEmpty())
+            troubles << drive.trouble;
         if (drive.traits)
             found.recorders.push_back(std::make_shared<DriveRecorder>(*drive.traits, patience));
     }
+    found.allUsable = troubles.isEmpty();
+    found.trouble = troubles.join(u'\n');
     return found;
 }
 

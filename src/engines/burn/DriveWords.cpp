@@ -9,6 +9,35 @@ BurnError plainError(qint32 code, const QString& description)
     return {.error = code, .description = description};
 }
 
+BurnError withoutSense(const QString& what, const QString& reason)
+{
+    return plainError(BurnErrorCode::kUnsupported,
+                      what +
+                          (reason.isEmpty() ? QStringLiteral(" It gave no reason.")
+                                            : QStringLiteral(" The writing library says: %1.").arg(reason)) +
+                          QStringLiteral(" Switch it off and on again, or try another drive."));
+}
+
+/// By the sense key (SPC-3, 4.5.6), which tells whether the disc, the drive or the command is at fault.
+QString adviceOn(const Sense& sense)
+{
+    constexpr int kNoMedium = 0x3A;
+    switch (sense.key) {
+    case 2:
+        return sense.asc == kNoMedium
+                   ? QStringLiteral(" Put an empty disc in and write again.")
+                   : QStringLiteral(" Switch the drive off and on again, then write again.");
+    case 3:
+        return QStringLiteral(" Try a disc of another make, or a lower speed.");
+    case 4:
+        return QStringLiteral(" Switch the drive off and on again, or try another drive.");
+    case 5:
+        return QStringLiteral(" Try another disc, or another drive.");
+    default:
+        return {};
+    }
+}
+
 BurnError senseError(const Sense& sense, const QString& description)
 {
     BurnError error = BurnError::withSense(writerErrorCode(sense), sense.toText());
@@ -101,10 +130,7 @@ QString failedStep(const LibburnMessages& messages, WritePhases::Phase phase, in
     case LibburnMessages::Step::Layout:
         return QStringLiteral("The drive refused the layout of the disc.");
     case LibburnMessages::Step::Place:
-        return QStringLiteral(
-                   "The drive did not tell where track %1 is to begin. Switch it off and on again, "
-                   "or try another drive.")
-            .arg(messages.track());
+        return QStringLiteral("The drive did not tell where track %1 is to begin.").arg(messages.track());
     case LibburnMessages::Step::Write:
         return QStringLiteral("The drive could not write track %1.").arg(std::max(track, 1));
     case LibburnMessages::Step::Flush:

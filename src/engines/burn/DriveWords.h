@@ -9,6 +9,11 @@ namespace zib {
 
 /// A failure with a code and a sentence of its own.
 BurnError plainError(qint32 code, const QString& description);
+/// A failure without sense data, after the sentence @p what.
+/// @param reason what the library says of it; may be empty.
+BurnError withoutSense(const QString& what, const QString& reason);
+/// What the user can do about a refusal, with a blank before it; nothing where the disc alone decides that.
+QString adviceOn(const Sense& sense);
 /// A drive's own error with a sentence that says when it came.
 BurnError senseError(const Sense& sense, const QString& description);
 /// Why the drive at @p path did not answer to a question of ours, after the sentence @p what.

@@ -219,6 +219,22 @@ Outcome<> ImageRun::giveNames()
     return {};
 }
 
+const QString kNotKept =
+    QStringLiteral(" The image was not kept. Look after the drive that holds its folder, then "
+                   "write again.");
+
+/// A storage that does not give back what was written is no matter of discs.
+BurnError errorOf(const Failure& failure)
+{
+    BurnError error = BurnError::from(failure);
+    if (failure.kind == Failure::Kind::DeviceError)
+        error.description =
+            QStringLiteral("Read back, the image in \"%1\" does not show the tracks that were written.")
+                .arg(failure.detail) +
+            kNotKept;
+    return error;
+}
+
 } // namespace
 
 ImageRecorder::ImageRecorder(QString folder) : m_folder(std::move(folder)) {}
@@ -247,11 +263,14 @@ std::optional<BurnError> ImageRecorder::write(const BurnJob& job, BurnObserver& 
 {
     ImageRun run(job, observer, m_folder);
     if (auto written = run.write(); !written)
-        return BurnError::from(written.error());
+        return errorOf(written.error());
     if (job.simulate)
         return std::nullopt;
-    if (auto wrong = run.compare())
+    if (auto wrong = run.compare()) {
+        if (wrong->error == BurnErrorCode::kVerify)
+            wrong->description += kNotKept;
         return wrong;
+    }
     if (auto named = run.giveNames(); !named)
         return BurnError::from(named.error());
     return std::nullopt;

@@ -153,7 +153,8 @@ struct FoundRecorders
 {
     std::vector<std::shared_ptr<Recorder>> recorders{};
     bool allUsable =
-        true; ///< false when a recorder exists that may not be opened or that another program holds.
+        true;          ///< false when a recorder exists that may not be opened or that another program holds.
+    QString trouble{}; ///< Which ones, why, and what to do; a line each.
 };
 
 /// Finds recorders. Runs on the worker thread and may take its time.

@@ -24,12 +24,14 @@ void TestTrackAtOnce::failures_areToldAsWhatTheyAre_data()
     const char* blank = "The disc is still blank";
     const char* begun = "The disc was begun and is not to be used.";
     // The first two times it is asked before anything is written.
-    row("READ_TRACK_INFORMATION nth=3 sense=4/44/00", "did not tell where track 1 is to begin", "[4 44 00]",
-        blank);
-    row("READ_TRACK_INFORMATION nth=4 sense=5/24/00", "did not tell where track 2 is to begin", "[5 24 00]",
-        begun);
+    row("READ_TRACK_INFORMATION nth=3 sense=4/44/00",
+        "did not tell where track 1 is to begin. Switch the drive off and on again, or try another drive.",
+        "[4 44 00]", blank);
+    row("READ_TRACK_INFORMATION nth=4 sense=5/24/00",
+        "did not tell where track 2 is to begin. Try another disc, or another drive.", "[5 24 00]", begun);
     row("READ_TRACK_INFORMATION nth=4 errno=EIO", "did not tell where track 2 is to begin", "", begun);
-    row("SYNCHRONIZE_CACHE nth=2 sense=3/0C/00", "could not finish track 2", "[3 0C 00]", begun);
+    row("SYNCHRONIZE_CACHE nth=2 sense=3/0C/00",
+        "could not finish track 2. Try a disc of another make, or a lower speed.", "[3 0C 00]", begun);
     row("SYNCHRONIZE_CACHE nth=2 errno=EIO", "could not finish track 2", "", begun);
     row("CLOSE_TRACK_SESSION sense=3/72/00", "could not close the disc", "[3 72 00]", begun);
     row("CLOSE_TRACK_SESSION host=7", "could not close the disc", "", begun);

@@ -28,8 +28,7 @@ QString difference(const ComparisonResult& result)
         counts << frames(result.unreadableFrames, kCannotBeRead, kCannotBeRead);
     return QStringLiteral(
                "The disc was written, but it is not what the files hold: the first difference is in %1 at "
-               "%2 (minutes:seconds:frames); of %3 frames of 1/75 second%4, %5. Write another disc, or write "
-               "at a lower speed.")
+               "%2 (minutes:seconds:frames); of %3 frames of 1/75 second%4, %5.")
         .arg(place, result.firstPlace.toMsf())
         .arg(result.comparedFrames)
         .arg(result.givenUp ? kGivenUp : QString(), counts.join(QStringLiteral(", ")));
