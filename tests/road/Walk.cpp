@@ -75,8 +75,7 @@ QString startedWithTip(const Screen& screen)
 
 void addFiles(const Screen& screen, const QString& main, const QStringList& files)
 {
-    screen.press(main, "ctrl+f");
-    const QString add = screen.waitForWindow("^Open Audio Files MP3 and WAV$");
+    const QString add = openedBy(screen, main, "ctrl+f", "^Open Audio Files MP3 and WAV$");
     QVERIFY(!add.isEmpty());
     screen.type(add, '"' + files.join("\" \"") + '"');
     screen.press(add, "Return");
