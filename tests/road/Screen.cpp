@@ -12,7 +12,9 @@ constexpr int kPollMs = 100;
 
 Screen::Screen()
 {
-    m_server.start("Xvfb", {"-displayfd", "1", "-screen", "0", "1600x1200x24", "-nolisten", "tcp"});
+    // Without resetting: a program that comes while the last tool goes would find nobody.
+    m_server.start("Xvfb",
+                   {"-displayfd", "1", "-screen", "0", "1600x1200x24", "-nolisten", "tcp", "-noreset"});
     if (m_server.waitForStarted() && m_server.waitForReadyRead(kPatienceMs))
         m_display = ":" + QString::fromLatin1(m_server.readLine()).trimmed();
 }
