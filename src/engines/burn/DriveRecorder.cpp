@@ -105,7 +105,7 @@ Medium mediumIn(DriveLine& line, const DrivePatience& patience, const Inspection
         return {};
     DriveAnswer refusal = ready;
     const auto facts = ready.passing() ? std::nullopt : factsOf(line, refusal);
-    if (!facts)
+    if (!facts || !facts->profile)
         return troubled(answerError(
             refusal, line.path(),
             ready.passing() ? QStringLiteral("The drive does not become ready with this disc. Take it out "

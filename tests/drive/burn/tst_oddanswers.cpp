@@ -88,6 +88,12 @@ void TestOddAnswers::answer_thatSaysTooLittle_isNamedAsTheCause_data()
     QTest::newRow("disc information") << "yes"
                                       << "READ_DISC_INFORMATION short=4 times=forever"
                                       << BurnErrorCode::kUnsupported << "does not tell what disc it holds";
+    QTest::newRow("the profile") << "yes"
+                                 << "GET_CONFIGURATION short=4 times=forever" << BurnErrorCode::kUnsupported
+                                 << "does not tell what disc it holds";
+    QTest::newRow("the profile, refused") << "yes"
+                                          << "GET_CONFIGURATION times=forever sense=5/24/00"
+                                          << DVDWriterPro::kDriveError << "does not tell what disc it holds";
     QTest::newRow("the mode page") << "yes"
                                    << "MODE_SENSE_10 page=05 short=12 times=forever"
                                    << BurnErrorCode::kUnsupported

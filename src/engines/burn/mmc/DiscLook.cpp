@@ -32,22 +32,22 @@ DriveAnswer insistently(const Ask& ask)
     return answer;
 }
 
-int currentProfile(DriveLine& line)
+/// The disc's profile. A drive that does not know the question is older than profiles and has no other
+/// recordable discs than two; one that knows it and does not answer leaves us without.
+std::optional<int> profileOf(DriveLine& line, const DriveAnswer& information, DriveAnswer& refusal)
 {
     constexpr int kHeaderBytes = 8;
+    constexpr int kErasable = 0x10;
+    constexpr int kUnknownCommand = 0x20;
     const DriveAnswer answer = insistently([&line] {
         return line.read({0x46, 2, 0, 0, 0, 0, 0, 0, kHeaderBytes, 0}, kHeaderBytes);
     });
-    return answer.word(6);
-}
-
-/// A drive that knows nothing of profiles has no other recordable discs than these two.
-int profileOf(DriveLine& line, const DriveAnswer& information)
-{
-    constexpr int kErasable = 0x10;
-    if (const int profile = currentProfile(line); profile != 0)
-        return profile;
-    return information.byte(2) & kErasable ? DiscFacts::kCdRw : DiscFacts::kCdR;
+    if (answer.good() && answer.data.size() >= kHeaderBytes)
+        return answer.word(6);
+    if (answer.kind == DriveAnswer::Kind::Refused && answer.sense.asc == kUnknownCommand)
+        return information.byte(2) & kErasable ? DiscFacts::kCdRw : DiscFacts::kCdR;
+    refusal = answer;
+    return std::nullopt;
 }
 
 DiscFacts::Status statusOf(int bits)
@@ -107,7 +107,7 @@ std::optional<DiscFacts> factsOf(DriveLine& line, DriveAnswer& refusal)
         return std::nullopt;
     }
     return DiscFacts{.status = statusOf(information.byte(2) & 3),
-                     .profile = profileOf(line, information),
+                     .profile = profileOf(line, information, refusal),
                      .sessions = information.byte(4),
                      .capacity = capacityIn(information)};
 }

@@ -28,7 +28,7 @@ struct DiscFacts
     static constexpr int kCdR = 0x09;
     static constexpr int kCdRw = 0x0A;
 
-    int profile = 0; ///< Where the drive does not say, what the rest suggests.
+    std::optional<int> profile{}; ///< Nothing where the drive does not say; the refusal then says why.
     int sessions = 0;
     CdTime capacity{}; ///< Frames that a blank disc takes, the first pregap included; 0 when unknown.
 };
