@@ -1,6 +1,7 @@
-# ZIB_PRECOMPILED reads the toolkit's headers once for all files instead of once for each: the quickest way to a first
-# build. Daily work leaves it off: a compiler cache serves it better, and every file shows what it forgot to include.
-option(ZIB_PRECOMPILED "Precompile the toolkit's headers for a quick first build" OFF)
+# ZIB_QUICK compiles each folder as one file and reads the toolkit's headers once for all of them: the quickest way to
+# a first build. Daily work leaves it off: a compiler cache serves it better, and every file shows what it forgot to
+# include. That no two files of a folder share a private name is what lint_joined looks after.
+option(ZIB_QUICK "Compile folders as single files over precompiled headers: a quick first build" OFF)
 
 # A precompiled header serves a target only if both know the same macros, so these go to every user of one; the first
 # is what SDL wants of its users.
@@ -11,10 +12,15 @@ set(ZIB_TEST_MACROS _REENTRANT QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB)
 # Where a header does not serve after all, the file is compiled as ever; that is no reason for a warning.
 set(CMAKE_PCH_WARN_INVALID OFF)
 
+# Of two files of a folder, neither hides what the other declares; only the compiler sees them as one.
+if(ZIB_QUICK)
+    target_compile_options(zib_warnings INTERFACE -Wno-shadow)
+endif()
+
 # zib_precompiled(name MACROS macros LIBS targets HEADERS headers)
 #   The target whose precompiled headers others take over.
 function(zib_precompiled name)
-    if(NOT ZIB_PRECOMPILED)
+    if(NOT ZIB_QUICK)
         return()
     endif()
     cmake_parse_arguments(arg "" "" "MACROS;LIBS;HEADERS" ${ARGN})
@@ -26,7 +32,7 @@ function(zib_precompiled name)
     target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
     target_precompile_headers(${name} PRIVATE ${arg_HEADERS})
 endfunction()
-if(ZIB_PRECOMPILED AND CCACHE)
+if(ZIB_QUICK AND CCACHE)
     list(INSERT CMAKE_CXX_COMPILER_LAUNCHER 3 CCACHE_SLOPPINESS=pch_defines,time_macros)
 endif()
 zib_precompiled(zib_product_headers MACROS ${ZIB_PRODUCT_MACROS} LIBS Qt6::Widgets
@@ -52,7 +58,8 @@ function(zib_folder name)
         string(REPLACE "/" "_" other ${folder})
         target_link_libraries(${target} PUBLIC zib_${other})
     endforeach()
-    if(ZIB_PRECOMPILED)
+    if(ZIB_QUICK)
+        set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 0)
         target_compile_definitions(${target} PRIVATE ${ZIB_PRODUCT_MACROS})
         target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
         target_precompile_headers(${target} REUSE_FROM zib_product_headers)
@@ -80,7 +87,7 @@ function(zib_test name)
         string(REPLACE "/" "_" other ${folder})
         target_link_libraries(${name} PRIVATE zib_${other})
     endforeach()
-    if(ZIB_PRECOMPILED AND arg_DEPENDS)
+    if(ZIB_QUICK AND arg_DEPENDS)
         target_compile_definitions(${name} PRIVATE ${ZIB_TEST_MACROS})
         target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
         target_precompile_headers(${name} REUSE_FROM zib_test_headers)

@@ -16,7 +16,6 @@ namespace zib {
 
 namespace {
 
-constexpr double kScaleMinutes = 100;
 constexpr int kLabelTop = 360;
 constexpr int kLabelShift = 195;     ///< A label's start before its tick.
 constexpr int kLastLabelShift = 390; ///< The last label's start before its tick.

@@ -9,7 +9,6 @@ namespace zib {
 namespace {
 
 constexpr double kDiscMinutes = 80;
-constexpr double kScaleMinutes = 100;
 
 QAccessibleInterface* readerOf(const QString&, QObject* object)
 {

@@ -4,6 +4,9 @@
 
 namespace zib {
 
+/// What the gauge's scale ends at, in minutes.
+constexpr double kScaleMinutes = 100;
+
 /// What a screen reader is told of the capacity gauge: how much of a disc of 80 minutes the list takes.
 class GaugeReader final : public QAccessibleWidget, public QAccessibleValueInterface
 {

@@ -16,7 +16,7 @@ const QString kToolPath = QStringLiteral("PATH");
 const QString kFolderKey = QStringLiteral("SOFTWARE\\Microsoft\\Shared Tools Location");
 const QString kFolderName = QStringLiteral("MSINFO");
 constexpr qreal kTitleSize = 1.8; // Against the window's own letters.
-constexpr int kIconSize = 96;
+constexpr int kLogoSize = 96;
 constexpr int kLineLetters = 50; // Of the texts that wrap.
 
 /// @returns the system-information tool, or nothing.
@@ -92,5 +92,5 @@ void frmAbout::showLook()
         label->setMinimumSize(width, label->heightForWidth(width));
     }
     ui->imgAbout->setPixmap(QIcon(QStringLiteral(":/icons/zibcdburner.svg"))
-                                .pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+                                .pixmap(QSize(kLogoSize, kLogoSize), devicePixelRatioF()));
 }

@@ -12,8 +12,8 @@ namespace {
 
 const QString kTipsFile = QStringLiteral("TIPOFDAY.TXT");
 constexpr qreal kHeadingSize = 1.35; // Against the window's own letters.
-constexpr int kIconSize = 48;
-constexpr int kLineLetters = 72; // Of the window, so that it grows with its letters.
+constexpr int kLampSize = 48;
+constexpr int kWindowLetters = 72; // Of the window, so that it grows with its letters.
 constexpr int kLines = 15;
 constexpr qsizetype kMostLetters = 4000; // Laying out a line of millions takes minutes.
 
@@ -97,13 +97,13 @@ void frmTip::showLook()
     ui->scrTipContents->setBackgroundRole(QPalette::Base);
     ui->lblHeading->setForegroundRole(QPalette::Text);
     ui->lblTipText->setForegroundRole(QPalette::Text);
-    resize(fontMetrics().averageCharWidth() * kLineLetters, fontMetrics().lineSpacing() * kLines);
+    resize(fontMetrics().averageCharWidth() * kWindowLetters, fontMetrics().lineSpacing() * kLines);
     QFont heading = font();
     heading.setBold(true);
     heading.setPointSizeF(heading.pointSizeF() * kHeadingSize);
     ui->lblHeading->setFont(heading);
     ui->imgTip->setPixmap(QIcon(QStringLiteral(":/icons/zibcdburner.svg"))
-                              .pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+                              .pixmap(QSize(kLampSize, kLampSize), devicePixelRatioF()));
 }
 
 void frmTip::changeEvent(QEvent* event)

@@ -8,7 +8,7 @@
 namespace zib {
 
 namespace {
-constexpr double kWhole = 100;
+constexpr double kPercent = 100;
 } // namespace
 
 double fractionDone(qint32 start, qint32 end, qint32 position)
@@ -20,12 +20,12 @@ double fractionDone(qint32 start, qint32 end, qint32 position)
 qint16 overallRipped(int done, double fraction, int total)
 {
     const double overall = std::min((done + fraction) / total, 1.0);
-    return narrowed<qint16>(roundHalfEven(overall * kWhole)).value_or(0);
+    return narrowed<qint16>(roundHalfEven(overall * kPercent)).value_or(0);
 }
 
 float finishedRipped(int done, int total)
 {
-    return static_cast<float>(done) * static_cast<float>(kWhole) / static_cast<float>(total);
+    return static_cast<float>(done) * static_cast<float>(kPercent) / static_cast<float>(total);
 }
 
 QString trackText(int track, const QString& what)

@@ -21,7 +21,7 @@ using zib::Playlist;
 
 namespace {
 
-constexpr int kFileNameBuffer = 1024;
+constexpr int kListBuffer = 1024;
 constexpr int kCollectMs = 50;
 constexpr qsizetype kMostRows = 10'000; // at a time: more would hold the events up
 
@@ -108,7 +108,7 @@ void frmPlayer::cmdOpen_Click()
                                     .flags = FileDialogRequest::AllowMultiselect |
                                              FileDialogRequest::Explorer | FileDialogRequest::FileMustExist |
                                              FileDialogRequest::LongNames,
-                                    .maxFileSize = kFileNameBuffer};
+                                    .maxFileSize = kListBuffer};
     const auto answer = m_services.dialogs.openFile(this, request);
     if (answer)
         addFiles(zib::chosenPaths(*answer));

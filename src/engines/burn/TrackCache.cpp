@@ -10,7 +10,7 @@
 namespace zib {
 
 namespace {
-constexpr int kFramesAtATime = 32;
+constexpr int kFramesCopied = 32;
 } // namespace
 
 TrackCache::TrackCache(QString folder) : m_folder(std::move(folder)) {}
@@ -56,7 +56,7 @@ Outcome<> TrackCache::reserve(const BurnJob& job)
 Outcome<> TrackCache::copy(const BurnTrack& track, StagedFile& target, const BurnJob& job)
 {
     TrackSource source;
-    QByteArray buffer(kFramesAtATime * kBytesPerFrame, Qt::Uninitialized);
+    QByteArray buffer(kFramesCopied * kBytesPerFrame, Qt::Uninitialized);
     if (auto opened = source.open(track); !opened)
         return opened;
     for (qint64 done = 0; done < source.size();) {

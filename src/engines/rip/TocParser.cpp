@@ -13,7 +13,7 @@ namespace zib {
 namespace {
 
 constexpr int kSubchannelBytes = 96;
-constexpr int kBytesPerSample = 4; // left and right
+constexpr int kBytesPerPair = 4; // left and right
 /// Larger numbers tell no disc.
 constexpr qint64 kMostBytes = qint64{1} << 40;
 
@@ -109,7 +109,7 @@ qint64 TocParser::length()
         return *frames * track().sectorBytes;
     bool isNumber = false;
     const qint64 count = text.toLongLong(&isNumber);
-    const int unit = hasTrack() && track().audio ? kBytesPerSample : 1;
+    const int unit = hasTrack() && track().audio ? kBytesPerPair : 1;
     if (!isNumber || count < 0 || count > kMostBytes)
         failHere();
     return isNumber ? std::clamp<qint64>(count, 0, kMostBytes) * unit : 0;

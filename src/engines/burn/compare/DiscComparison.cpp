@@ -8,8 +8,7 @@ namespace zib {
 
 namespace {
 
-constexpr int kBytesPerPair = 4;
-constexpr int kFramesAtATime = 24;
+constexpr int kFramesCompared = 24;
 constexpr int kTriesOfAFrame = 4;
 /// So many frames are read again; a disc with more wrong ones is wrong, and re-reading all would take hours.
 constexpr int kMostRereadFrames = 300;
@@ -25,7 +24,7 @@ qint64 framesDown(qint64 pairs)
 DiscComparison::DiscComparison(DiscSamples& disc, QList<DiscPiece> pieces, const std::atomic<bool>* cancelled,
                                Progress progress)
     : m_disc(disc), m_pieces(std::move(pieces)), m_cancelled(cancelled), m_progress(std::move(progress)),
-      m_expected(kFramesAtATime * kBytesPerFrame, '\0'), m_read((kFramesAtATime + 1) * kBytesPerFrame, '\0')
+      m_expected(kFramesCompared * kBytesPerFrame, '\0'), m_read((kFramesCompared + 1) * kBytesPerFrame, '\0')
 {
 }
 
@@ -45,10 +44,10 @@ Outcome<> DiscComparison::comparePiece(const DiscPiece& piece)
 {
     if (auto opened = m_source.open(piece); !opened)
         return opened;
-    for (qint64 frame = 0; frame < piece.length.frames() && !m_result.givenUp; frame += kFramesAtATime) {
+    for (qint64 frame = 0; frame < piece.length.frames() && !m_result.givenUp; frame += kFramesCompared) {
         if (m_cancelled && m_cancelled->load())
             return Failure{Failure::Kind::Cancelled};
-        const auto count = static_cast<int>(std::min<qint64>(kFramesAtATime, piece.length.frames() - frame));
+        const auto count = static_cast<int>(std::min<qint64>(kFramesCompared, piece.length.frames() - frame));
         if (auto compared = compareBlock(piece, frame, count); !compared)
             return compared;
         if (!piece.silent)

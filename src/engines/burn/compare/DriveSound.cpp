@@ -14,7 +14,7 @@ namespace {
 /// So many frames fit into what every way to a drive carries at once: 64 KiB.
 constexpr int kMostFramesAtOnce = 27;
 constexpr int kPatienceMs = 20'000;
-constexpr int kPauseMs = 100;
+constexpr int kSoundPauseMs = 100;
 /// A drive that loses so many commands in a row does not come back.
 constexpr int kMostLostCommands = 4;
 constexpr int kNotReady = 2;
@@ -53,7 +53,7 @@ Outcome<> DriveSound::read(qint64 frame, int count, char* buffer)
     while (count > 0) {
         const int now = std::min(count, kMostFramesAtOnce);
         DriveAnswer answer;
-        for (int waited = 0; waited <= kPatienceMs; waited += kPauseMs) {
+        for (int waited = 0; waited <= kPatienceMs; waited += kSoundPauseMs) {
             answer = m_line->read({0xBE, kAnySound, byteOf(frame, 3), byteOf(frame, 2), byteOf(frame, 1),
                                    byteOf(frame, 0), 0, 0, now, kUserData, 0, 0},
                                   now * kBytesPerFrame, DriveLine::kLongMs);
@@ -63,7 +63,7 @@ Outcome<> DriveSound::read(qint64 frame, int count, char* buffer)
                 return Failure{Failure::Kind::WrongMedium, m_line->path()};
             if (m_cancelled && m_cancelled->load())
                 return Failure{Failure::Kind::Cancelled};
-            QThread::msleep(kPauseMs);
+            QThread::msleep(kSoundPauseMs);
         }
         if (auto told = judge(answer); !told)
             return told;

@@ -12,7 +12,6 @@ namespace zib {
 
 namespace {
 
-constexpr int kBytesPerPair = 4;
 /// Tracks that are looked at, each at two places.
 constexpr int kMostTracksLookedAt = 8;
 /// How far into a track its first sound is looked for.

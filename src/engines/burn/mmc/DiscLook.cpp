@@ -11,7 +11,7 @@ namespace zib {
 
 namespace {
 
-constexpr unsigned long kPauseMs = 200;
+constexpr unsigned long kLookPauseMs = 200;
 constexpr int kControlData = 0x04;
 constexpr int kLeadOut = 0xAA;
 
@@ -26,7 +26,7 @@ DriveAnswer insistently(const Ask& ask)
     for (int tries = 1; !answer.good() && answer.kind != DriveAnswer::Kind::Gone &&
                         tries < (answer.passing() ? kPassingTries : kTries);
          ++tries) {
-        QThread::msleep(kPauseMs);
+        QThread::msleep(kLookPauseMs);
         answer = ask();
     }
     return answer;
@@ -90,7 +90,7 @@ DriveAnswer awaitReady(DriveLine& line, int patienceMs, const WhileWaiting& goin
         const bool again = answer.passing() || (answer.kind == DriveAnswer::Kind::Broken && broken < 3);
         if (!again || (going && !going(answer)))
             break;
-        QThread::msleep(kPauseMs);
+        QThread::msleep(kLookPauseMs);
         answer = line.send({0, 0, 0, 0, 0, 0});
     }
     return answer;

@@ -111,7 +111,7 @@ Outcome<std::shared_ptr<DriveLine>> DriveLine::open(const QString& path, Hold ho
 
 namespace {
 
-std::mutex g_mutex;
+std::mutex g_lineMutex;
 
 /// The descriptors of all ways.
 std::set<int>& descriptors()
@@ -125,19 +125,19 @@ std::set<int>& descriptors()
 
 bool DriveLine::isOurs(int descriptor)
 {
-    const std::lock_guard lock(g_mutex);
+    const std::lock_guard lock(g_lineMutex);
     return descriptors().contains(descriptor);
 }
 
 DriveLine::DriveLine(QString path, int device) : m_path(std::move(path)), m_device(device)
 {
-    const std::lock_guard lock(g_mutex);
+    const std::lock_guard lock(g_lineMutex);
     descriptors().insert(device);
 }
 
 DriveLine::~DriveLine()
 {
-    const std::lock_guard lock(g_mutex);
+    const std::lock_guard lock(g_lineMutex);
     descriptors().erase(m_device);
     ::close(m_device);
 }
