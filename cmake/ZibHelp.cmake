@@ -2,7 +2,7 @@
 #   Compiles the HTML help project (.hhp) of this folder, with every file below it, into the program folder.
 #   The compiler writes beside its project, so the project is compiled in a copy in the build tree.
 function(zib_help project target)
-    find_program(CHMCMD chmcmd REQUIRED)
+    find_program(CHMCMD chmcmd HINTS ${CMAKE_SOURCE_DIR}/build/tools/bin REQUIRED)
     get_filename_component(name ${project} NAME_WE)
     set(help ${ZIB_PROGRAM_DIR}/${name}.chm)
     set(copy ${CMAKE_CURRENT_BINARY_DIR}/project)

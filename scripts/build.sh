@@ -1,4 +1,4 @@
-# Sourced by run and test: configures and builds a preset.
+# Sourced by run and test, after packages.sh: configures and builds a preset.
 # A terminal gets a line that moves, a log plain steps, and both every warning and error.
 
 # plain_steps: turns a builder's status lines ("12% Compiling ...") into one line for every tenth of the way.
@@ -21,6 +21,7 @@ configure_preset() {
     [[ -e $ninja && ! CMakePresets.json -nt $ninja ]] && return 0
     echo "Configuring."
     mkdir -p build
+    unpack_tools
     cmake --preset "$1" > "$log" 2>&1 || { cat "$log" >&2; return 1; }
     touch "$ninja"
     rm -f "$log"

@@ -15,6 +15,16 @@ wanted_packages() {
 # known_package NAME: this distribution has a package of that name.
 known_package() { apt-cache show --no-all-versions "$1" > /dev/null 2>&1; }
 
+# one_of NAME...: the first that this distribution has. Without any lists of packages to look into: Debian 12's name,
+# which stands last, or the newer one.
+one_of() {
+    local name
+    for name in "$@"; do
+        known_package "$name" && echo "$name" && return
+    done
+    grep -qs '^VERSION_ID="\?12\b' /etc/os-release && echo "${*: -1}" || echo "$1"
+}
+
 # missing_packages SECTION...: what is not installed; of alternatives the first that the distribution has.
 missing_packages() {
     local installed line name names
@@ -23,7 +33,7 @@ missing_packages() {
         IFS='| ' read -ra names <<< "$line"
         name=${names[0]}
         if ((${#names[@]} > 1)) && ! grep -qxF "$name" <<< "$installed"; then
-            known_package "$name" || name=${names[1]}
+            name=$(one_of "${names[@]}")
         fi
         grep -qxF "$name" <<< "$installed" || echo "$name"
     done < <(wanted_packages "$@")
@@ -34,7 +44,7 @@ ask_administrator() {
     cat >&2 <<END
 These packages are missing, and this account may not install them. Ask an administrator for this one command:
 
-    apt-get install --no-install-recommends $*
+    apt-get update && apt-get install --no-install-recommends $*
 
 Then start $0 again.
 END
@@ -79,6 +89,29 @@ may_install() {
     ((EUID == 0)) && return 0
     command -v sudo > /dev/null || return 1
     sudo -n true 2> /dev/null || { [[ -t 0 ]] && sudo -v; }
+}
+
+# unpack_tool PACKAGE TOOL: into build/tools, with the tool's plain name in its folder bin.
+unpack_tool() {
+    mkdir -p build/tools/bin &&
+        cd build/tools &&
+        apt-get download -qq "$1" &&
+        dpkg-deb -x "$1"_*.deb "$1" &&
+        rm "$1"_*.deb &&
+        cd bin && ln -sf ../"$1"/usr/bin/"$2"* "$2"
+}
+
+# unpack_tools: takes the tools of the section [unpacked] that this machine lacks out of their packages.
+unpack_tools() {
+    local package tool told
+    while read -r package tool; do
+        [[ -e build/tools/bin/$tool ]] || command -v "$tool" > /dev/null && continue
+        if ! told=$(unpack_tool "$package" "$tool" 2>&1); then
+            echo "$told" >&2
+            ask_administrator "${package%-*}"
+            return 1
+        fi
+    done < <(wanted_packages unpacked)
 }
 
 # install_packages SECTION...: quick when nothing is missing; says what it does otherwise.
