@@ -8,7 +8,7 @@ namespace {
 
 constexpr qint64 kMostFrames = 96'000; // of one block
 constexpr qint64 kLeastFrames = 16'384;
-constexpr size_t kBlocksAhead = 6;
+constexpr size_t kDecodedAhead = 6;
 
 template <typename Sample>
 void append(QList<Sample>& to, const QList<Sample>& from, qsizetype at, qsizetype count)
@@ -67,7 +67,7 @@ void ReadAhead::seek(qint64 frame)
 
 void ReadAhead::begin(qint64 frames)
 {
-    m_blocks = std::make_unique<BoundedQueue<AudioBlock>>(kBlocksAhead);
+    m_blocks = std::make_unique<BoundedQueue<AudioBlock>>(kDecodedAhead);
     m_thread = std::thread([this, count = std::clamp(frames, kLeastFrames, kMostFrames)] { work(count); });
 }
 
