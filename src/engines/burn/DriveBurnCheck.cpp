@@ -91,7 +91,9 @@ std::optional<BurnError> DriveBurn::compare()
     for (const DiscContents::Track& track : contents->tracks)
         starts << track.start;
     const QList<DiscPiece> pieces = piecesAt(m_job.tracks, starts);
-    DriveSound sound(m_line, contents->leadOut, m_job.cancelled);
+    DriveSound sound(m_line, contents->leadOut, m_job.cancelled, [this] {
+        m_observer.waiting(QStringLiteral("Waiting for the drive to go on reading, please wait..."));
+    });
     auto wrong = compareWithFiles(sound, pieces, readOffsetOf(sound, pieces), m_job, m_observer);
     if (wrong && wrong->error == BurnErrorCode::kVerify)
         wrong->description += QStringLiteral(" Write another disc, or write at a lower speed.");

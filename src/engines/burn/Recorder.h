@@ -59,7 +59,7 @@ public:
         Q_UNUSED(doneFrames)
         Q_UNUSED(frames)
     }
-    /// What the recorder is being waited for, in words for the user; empty when it goes on.
+    /// What the recorder is being waited for, in words for the user; empty when it goes on. Any thread.
     virtual void waiting(const QString&) {}
     /// What the user should know beside the end: the state of a disc that was begun, or where an image lies.
     virtual void remark(const QString&) {}

@@ -53,7 +53,7 @@ private:
 /// Turns what a recorder tells into events: positions never fall, stay within the track, and every track that
 /// is left behind has ended at its full size. A phase is never told after a later one: a track is read,
 /// written and closed, then comes the next; after the last one the disc is closed, read back and compared.
-/// The worker's thread only.
+/// The worker's thread only, but for waiting().
 class WriteReporter final : public BurnObserver
 {
 public:

@@ -38,6 +38,7 @@ class TestCompareWindow : public QObject
 private slots:
     void exactDisc_isCompleted_data();
     void exactDisc_isCompleted();
+    void driveThatHangsForAWhile_isSaid();
     void wrongDisc_isToldByItsPlace_data();
     void wrongDisc_isToldByItsPlace();
     void discThatGoes_isSaidNotToBeCompared_data();
@@ -70,6 +71,17 @@ void TestCompareWindow::exactDisc_isCompleted()
         QVERIFY(written.statuses.indexOf("Comparing Track #2 ... ") > one);
     }
     QVERIFY(!road.recorder.doorLocked());
+}
+
+void TestCompareWindow::driveThatHangsForAWhile_isSaid()
+{
+    CompareRoad road;
+    road.recorder.addFault("READ_CD nth=9 times=1 delay=4000");
+    const auto written = road.write(WindowRoad::Recorder::Drive);
+    QCOMPARE(written.box, QString("i: Writing is completed."));
+    const auto said = written.statuses.indexOf("Waiting for the drive to go on reading, please wait...");
+    QVERIFY2(said > 0, qPrintable(written.statuses.join('|')));
+    QVERIFY(written.statuses.mid(said).filter("Comparing Track #").size() > 0);
 }
 
 void TestCompareWindow::wrongDisc_isToldByItsPlace_data()

@@ -15,6 +15,7 @@ namespace {
 constexpr int kMostFramesAtOnce = 27;
 constexpr int kPatienceMs = 20'000;
 constexpr int kSoundPauseMs = 100;
+constexpr std::chrono::milliseconds kSoon{1500};
 /// A drive that loses so many commands in a row does not come back.
 constexpr int kMostLostCommands = 4;
 constexpr int kNotReady = 2;
@@ -43,9 +44,20 @@ int byteOf(qint64 number, int place)
 
 } // namespace
 
-DriveSound::DriveSound(std::shared_ptr<DriveLine> line, qint64 leadOut, const std::atomic<bool>* cancelled)
-    : m_line(std::move(line)), m_leadOut(leadOut), m_cancelled(cancelled)
+DriveSound::DriveSound(std::shared_ptr<DriveLine> line, qint64 leadOut, const std::atomic<bool>* cancelled,
+                       std::function<void()> slow)
+    : m_line(std::move(line)), m_leadOut(leadOut), m_cancelled(cancelled), m_longWait(std::move(slow), kSoon)
 {
+}
+
+DriveAnswer DriveSound::ask(qint64 frame, int count)
+{
+    m_longWait.begin();
+    DriveAnswer answer = m_line->read({0xBE, kAnySound, byteOf(frame, 3), byteOf(frame, 2), byteOf(frame, 1),
+                                       byteOf(frame, 0), 0, 0, count, kUserData, 0, 0},
+                                      count * kBytesPerFrame, DriveLine::kLongMs);
+    m_longWait.end();
+    return answer;
 }
 
 Outcome<> DriveSound::read(qint64 frame, int count, char* buffer)
@@ -54,9 +66,7 @@ Outcome<> DriveSound::read(qint64 frame, int count, char* buffer)
         const int now = std::min(count, kMostFramesAtOnce);
         DriveAnswer answer;
         for (int waited = 0; waited <= kPatienceMs; waited += kSoundPauseMs) {
-            answer = m_line->read({0xBE, kAnySound, byteOf(frame, 3), byteOf(frame, 2), byteOf(frame, 1),
-                                   byteOf(frame, 0), 0, 0, now, kUserData, 0, 0},
-                                  now * kBytesPerFrame, DriveLine::kLongMs);
+            answer = ask(frame, now);
             if (!answer.passing())
                 break;
             if (m_hasRead && tellsOfAnotherDisc(answer))

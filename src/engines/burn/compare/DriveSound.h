@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engines/burn/compare/DiscSamples.h"
+#include "engines/burn/compare/LongWait.h"
 #include "engines/burn/mmc/DriveLine.h"
 
 #include <atomic>
@@ -14,8 +15,9 @@ class DriveSound final : public DiscSamples
 {
 public:
     /// @param leadOut as the disc's table of contents has it.  @param cancelled ends the waiting; may be
-    /// missing.
-    DriveSound(std::shared_ptr<DriveLine> line, qint64 leadOut, const std::atomic<bool>* cancelled = nullptr);
+    /// missing.  @param slow is called, from another thread, when the drive takes long for a piece.
+    DriveSound(std::shared_ptr<DriveLine> line, qint64 leadOut, const std::atomic<bool>* cancelled,
+               std::function<void()> slow);
 
     /// @returns also NoMedium, WrongMedium when another disc was put in meanwhile, DeviceGone, Unsupported
     /// when the drive reads no sound at all, and Cancelled while it waited for the drive.
@@ -23,6 +25,7 @@ public:
     qint64 leadOut() const override { return m_leadOut; }
 
 private:
+    DriveAnswer ask(qint64 frame, int count);
     Outcome<> judge(const DriveAnswer& answer);
 
     const std::shared_ptr<DriveLine> m_line;
@@ -30,6 +33,7 @@ private:
     const std::atomic<bool>* m_cancelled;
     bool m_hasRead = false; ///< Before, a drive may still announce the disc that it has just written.
     int m_lostCommands = 0; ///< One after the other.
+    LongWait m_longWait;
 };
 
 } // namespace zib
