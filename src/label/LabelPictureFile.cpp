@@ -69,18 +69,19 @@ QSize claimedSize(const QString& path)
     const QByteArray head = file.open(QIODevice::ReadOnly) ? file.read(kHeightAt + 4) : QByteArray();
     if (head.size() < kHeightAt + 4 || !head.startsWith("BM"))
         return {};
-    const auto height =
-        qFromLittleEndian<qint32>(head.constData() + kHeightAt); // Below 0 it is from top to bottom.
-    return {qFromLittleEndian<qint32>(head.constData() + kWidthAt), std::abs(std::max(height, -INT_MAX))};
+    const auto number = [&head](qsizetype at) { // Below 0 a height is from top to bottom.
+        return std::abs(std::max(qFromLittleEndian<qint32>(head.constData() + at), -INT_MAX));
+    };
+    return {number(kWidthAt), number(kHeightAt)};
 }
 
-/// Bits to the pixel of the picture that is being read; of a damaged file the toolkit may tell a format that
-/// does not exist.
+/// Bits to the pixel of the picture that is being read. Of a damaged file, whose size cannot be told either,
+/// the toolkit would answer with whatever stands in its memory.
 int depthOf(const QImageReader& reader)
 {
-    const QImage::Format format = reader.imageFormat();
-    const bool known = format > QImage::Format_Invalid && format < QImage::NImageFormats;
-    return known ? QImage::toPixelFormat(format).bitsPerPixel() : kUsualDepth;
+    if (!reader.size().isValid() || reader.imageFormat() == QImage::Format_Invalid)
+        return kUsualDepth;
+    return QImage::toPixelFormat(reader.imageFormat()).bitsPerPixel();
 }
 
 /// The memory that decoding takes. A JPEG file is read scaled down, all others whole.
@@ -89,7 +90,7 @@ qint64 bytesFor(const QImageReader& reader, QSize size)
     const int depth = depthOf(reader);
     const QSize read = reader.format() == "jpeg" && isLarge(size) ? keptSize(size) : size;
     const double bytes = double(read.width()) * read.height() * std::max(depth, kUsualDepth) / 8;
-    return static_cast<qint64>(std::min(bytes, kMostCountedBytes)); // A header may claim any size.
+    return static_cast<qint64>(std::clamp(bytes, 0.0, kMostCountedBytes)); // A header may claim any size.
 }
 
 Failure tooLarge(const QString& path, QSize size, qint64 bytes)
@@ -191,8 +192,12 @@ Outcome<LabelPicture> readPicture(const QString& path)
         return Failure{
             Failure::Kind::UnreadableFile,
             QStringLiteral("The picture \"%1\" cannot be shown: %2.").arg(path, reader.errorString())};
-    if (reader.transformation() & QImageIOHandler::TransformationRotate90)
+    if (isLarge(image.size())) { // Some files tell a size that is not the one they have.
+        size = image.size();
+        image = image.scaled(keptSize(size));
+    } else if (reader.transformation() & QImageIOHandler::TransformationRotate90) {
         size.transpose();
+    }
     return LabelPicture{image, size.isValid() ? size : image.size()};
 }
 

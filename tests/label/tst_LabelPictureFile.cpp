@@ -130,6 +130,13 @@ private slots:
         QVERIFY(!picture);
         QVERIFY2(picture.error().detail.contains("cannot be shown"), qPrintable(picture.error().detail));
     }
+    void read_aGifLargerThanItTells_keepsFewerPixels()
+    {
+        const auto picture = zib::readPicture(ZIB_SOURCE_DIR "/tests/label/screen.gif");
+        QVERIFY(picture);
+        QCOMPARE(picture->size.height(), 65280);
+        QVERIFY(qint64{picture->image.width()} * picture->image.height() < zib::kMostPicturePixels * 1.01);
+    }
     void read_aHugePicture_keepsItsSizeInFewerPixels_data()
     {
         QTest::addColumn<QString>("format");
