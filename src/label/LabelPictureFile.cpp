@@ -198,7 +198,7 @@ Outcome<LabelPicture> readPicture(const QString& path)
     } else if (reader.transformation() & QImageIOHandler::TransformationRotate90) {
         size.transpose();
     }
-    return LabelPicture{image, size.isValid() ? size : image.size()};
+    return LabelPicture{image, size.isEmpty() ? image.size() : size};
 }
 
 Outcome<SharedPicture> sharedPicture(const QString& path, QObject* owner, std::chrono::milliseconds patience)

@@ -12,6 +12,7 @@ namespace {
 
 /// Drives give the sub-channel of a frame nearby at worst.
 constexpr qint32 kFarthestMiss = 5;
+constexpr int kLastIndex = 99;
 constexpr int kPositionAdr = 1; ///< The kind of Q that tells a place (IEC 60908).
 /// Looked at before the search goes on by halves, in frames before the gap's end: two seconds first.
 constexpr std::initializer_list<qint32> kLikelyPlaces{kPregapFrames, kPregapFrames + 1, 600, 2400, 9600};
@@ -34,7 +35,8 @@ std::optional<QPlace> placeIn(const QByteArray& q, qint32 askedFrame)
     if (q.size() < kQBytes || (q[0] & 0xF) != kPositionAdr)
         return std::nullopt;
     for (const QPlace& place : {placeBy(q, fromBcd), placeBy(q, [](int byte) { return byte; })})
-        if (std::abs(place.frame - askedFrame) <= kFarthestMiss)
+        if (std::abs(place.frame - askedFrame) <= kFarthestMiss && place.track <= kMostTracks &&
+            place.index <= kLastIndex)
             return place;
     return std::nullopt;
 }

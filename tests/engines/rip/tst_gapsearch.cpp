@@ -133,6 +133,8 @@ void TestGapSearch::place_ofAnotherKind_isNone()
     QVERIFY(!zib::placeIn(q(place, decimal), 9000));
     QVERIFY(!zib::placeIn(QByteArray(zib::kQBytes, '\0'), 4500));
     QVERIFY(!zib::placeIn(QByteArray(10, '\1'), 4500));
+    QVERIFY(!zib::placeIn(q({4500, 2, 231}, plain), 4500));
+    QVERIFY(!zib::placeIn(q({4500, 231, 0}, plain), 4500));
 }
 
 QTEST_GUILESS_MAIN(TestGapSearch)
