@@ -85,10 +85,10 @@ struct RippersBench
         const QList<QByteArray> xiph = theirs("cdparanoia", "/dev/sr0", numbers);
         const QList<QByteArray> cdio = theirs("cd-paranoia", "/dev/sr0", numbers);
         line(what, sums(xiph), sums(cdio), sums(mine));
-        QCOMPARE(sums(mine), sums(cdio));
         QVERIFY(!mine.isEmpty() && !mine.contains(QByteArray()));
-        if (!xiph.contains(QByteArray())) // it refuses discs whose first track is not 1
-            QCOMPARE(sums(mine), sums(xiph));
+        for (const QList<QByteArray>& other : {xiph, cdio})
+            if (!other.contains(QByteArray())) // some releases refuse discs whose first track is not 1
+                QCOMPARE(sums(mine), sums(other));
     }
     void compareImage(const char* what, const QString& sheet, const QList<int>& numbers,
                       const QList<int>& tracks, const QList<QByteArray>& truth)
