@@ -118,8 +118,6 @@ void frmMain::setUpControls()
     for (QMenu* menu : ui->menubar->findChildren<QMenu*>())
         for (QAction* item : menu->actions())
             item->setSeparator(item->text().isEmpty());
-    m_Timer1.setObjectName(QStringLiteral("Timer1"));
-    m_Timer1.setParent(this);
 }
 
 void frmMain::connectControls()
@@ -131,7 +129,8 @@ void frmMain::connectControls()
     connect(ui->mnuTracks, &QMenu::triggered, this, &frmMain::mnuSub_Click);
     connect(ui->mnuTools, &QMenu::triggered, this, &frmMain::mnuSub_Click);
     connect(ui->mnuHelp, &QMenu::triggered, this, &frmMain::mnuSub_Click);
-    connect(&m_Timer1, &QTimer::timeout, this, &frmMain::Timer1_Timer);
+    m_timer.setObjectName(QStringLiteral("Timer1"));
+    connect(&m_timer, &QTimer::timeout, this, &frmMain::Timer1_Timer);
     connect(&m_clock, &QTimer::timeout, this, &frmMain::showClock);
 
     m_escape = new QShortcut(Qt::Key_Escape, this);
@@ -162,7 +161,7 @@ void frmMain::Form_Load()
     m_look = new zib::ToolbarLook(ui->Toolbar1, this);
     makeInformation();
     if (m_services.components.makeWriter)
-        m_DVDWriterPro1 = m_services.components.makeWriter();
+        m_writer = m_services.components.makeWriter();
     if (gOptions.ShowSplashScreen)
         m_services.windows.showSplash(this);
 
@@ -175,14 +174,14 @@ void frmMain::Form_Load()
     showClock();
     QCoreApplication::processEvents();
 
-    m_Timer1.setInterval(kTipDelayMs);
+    m_timer.setInterval(kTipDelayMs);
     if (gOptions.ShowTipsOfDay)
-        m_Timer1.start();
+        m_timer.start();
 }
 
 void frmMain::Timer1_Timer()
 {
-    m_Timer1.stop();
+    m_timer.stop();
     if (gOptions.ShowTipsOfDay)
         m_services.windows.showTip(this);
 }

@@ -126,14 +126,14 @@ private:
     void endBusy();
 
     std::unique_ptr<Ui::frmMain> ui;
-    zib::Services m_services;
-    std::shared_ptr<AudioInformation> m_AInfo; ///< Used by the thread that adds files while one does.
-    std::unique_ptr<DVDWriterPro> m_DVDWriterPro1;
+    const zib::Services m_services;
+    std::shared_ptr<AudioInformation> m_information; ///< Used by the thread that adds files while one does.
+    std::unique_ptr<DVDWriterPro> m_writer;
     zib::CompilationModel m_list;
     zib::ToolbarLook* m_look = nullptr;
-    zib::FileDialogRequest m_dlgFile;
-    zib::FileDialogRequest m_dlgProj;
-    QTimer m_Timer1;
+    zib::FileDialogRequest m_filesRequest;
+    zib::FileDialogRequest m_projectRequest;
+    QTimer m_timer{this};
     QTimer m_clock;
     QShortcut* m_escape = nullptr; ///< Stops what is waited for.
     QElapsedTimer m_busySince;

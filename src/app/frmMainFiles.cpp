@@ -42,13 +42,14 @@ void frmMain::AddOneFileToList(const QString& path)
 
 void frmMain::AddFilesDialog()
 {
-    m_dlgFile.flags |= FileDialogRequest::AllowMultiselect | FileDialogRequest::Explorer |
-                       FileDialogRequest::FileMustExist | FileDialogRequest::LongNames;
-    m_dlgFile.maxFileSize = kFileNameBuffer;
-    m_dlgFile.title = QStringLiteral("Open Audio Files MP3 and WAV");
-    m_dlgFile.filter = QStringLiteral("MP3 and WAV Files(*.mp3;*.wav)|*.wav;*.mp3|MP3 Files(*.mp3)|*.mp3|"
-                                      "WAV Files(*.wav)|*.wav|All Files(*.*)|*.*");
-    const auto chosen = m_services.dialogs.openFile(this, m_dlgFile);
+    m_filesRequest.flags |= FileDialogRequest::AllowMultiselect | FileDialogRequest::Explorer |
+                            FileDialogRequest::FileMustExist | FileDialogRequest::LongNames;
+    m_filesRequest.maxFileSize = kFileNameBuffer;
+    m_filesRequest.title = QStringLiteral("Open Audio Files MP3 and WAV");
+    m_filesRequest.filter =
+        QStringLiteral("MP3 and WAV Files(*.mp3;*.wav)|*.wav;*.mp3|MP3 Files(*.mp3)|*.mp3|"
+                       "WAV Files(*.wav)|*.wav|All Files(*.*)|*.*");
+    const auto chosen = m_services.dialogs.openFile(this, m_filesRequest);
     if (chosen)
         addFiles(zib::chosenPaths(*chosen));
     else if (chosen.error().kind != zib::Failure::Kind::Cancelled)
@@ -85,7 +86,7 @@ void frmMain::addDropped(const QStringList& paths)
 /// @param tellEach whether a refused file is told at once.  @returns the refused ones that were not told.
 QList<FoundFile> frmMain::takeIn(const Intake& work, qsizetype all, bool tellEach)
 {
-    const auto intake = std::make_shared<zib::FileIntake>(m_AInfo);
+    const auto intake = std::make_shared<zib::FileIntake>(m_information);
     const CompilationModel::Batch batch(m_list);
     QList<FoundFile> refused;
     qsizetype done = 0;
@@ -130,5 +131,5 @@ QList<FoundFile> frmMain::listFound(const QList<FoundFile>& found, bool tellEach
 void frmMain::makeInformation()
 {
     if (m_services.components.makeInformation)
-        m_AInfo = m_services.components.makeInformation();
+        m_information = m_services.components.makeInformation();
 }

@@ -87,11 +87,11 @@ void frmMain::NewProject()
 
 void frmMain::OpenProject()
 {
-    m_dlgProj.title = QStringLiteral("Open Project");
-    m_dlgProj.filter = kProjectFilter;
-    m_dlgProj.flags = FileDialogRequest::PathMustExist | FileDialogRequest::FileMustExist |
-                      FileDialogRequest::Explorer | FileDialogRequest::LongNames;
-    const auto chosen = m_services.dialogs.openFile(this, m_dlgProj);
+    m_projectRequest.title = QStringLiteral("Open Project");
+    m_projectRequest.filter = kProjectFilter;
+    m_projectRequest.flags = FileDialogRequest::PathMustExist | FileDialogRequest::FileMustExist |
+                             FileDialogRequest::Explorer | FileDialogRequest::LongNames;
+    const auto chosen = m_services.dialogs.openFile(this, m_projectRequest);
     if (chosen)
         static_cast<void>(openNamedProject(*chosen)); // A project that cannot be opened changes nothing.
 }
@@ -161,11 +161,11 @@ QString frmMain::writeProject()
 
 bool frmMain::SaveProjectAs()
 {
-    m_dlgProj.title = QStringLiteral("Save Project As");
-    m_dlgProj.filter = kProjectFilter;
-    m_dlgProj.flags =
+    m_projectRequest.title = QStringLiteral("Save Project As");
+    m_projectRequest.filter = kProjectFilter;
+    m_projectRequest.flags =
         FileDialogRequest::PathMustExist | FileDialogRequest::Explorer | FileDialogRequest::LongNames;
-    const auto chosen = m_services.dialogs.saveFile(this, m_dlgProj);
+    const auto chosen = m_services.dialogs.saveFile(this, m_projectRequest);
     const QString name = chosen ? trimmed(*chosen) : QString();
     if (name.isEmpty())
         return false;

@@ -5,7 +5,6 @@
 #include <QGuiApplication>
 #include <QPixmap>
 #include <QScreen>
-#include <QTimer>
 
 namespace {
 
@@ -24,8 +23,7 @@ QPixmap picture(qreal ratio)
 } // namespace
 
 frmSplash::frmSplash(QWidget* parent)
-    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), ui(std::make_unique<Ui::frmSplash>()),
-      Timer1(new QTimer(this))
+    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), ui(std::make_unique<Ui::frmSplash>())
 {
     ui->setupUi(this);
     connectControls();
@@ -36,14 +34,14 @@ frmSplash::~frmSplash() = default;
 
 void frmSplash::connectControls()
 {
-    connect(Timer1, &QTimer::timeout, this, &frmSplash::Timer1_Timer);
+    m_timer.setObjectName(QStringLiteral("Timer1"));
+    connect(&m_timer, &QTimer::timeout, this, &frmSplash::Timer1_Timer);
 }
 
 void frmSplash::Form_Load()
 {
-    Timer1->setObjectName(QStringLiteral("Timer1"));
-    Timer1->setInterval(kShownMs);
-    Timer1->setSingleShot(true);
+    m_timer.setInterval(kShownMs);
+    m_timer.setSingleShot(true);
     const QPixmap artwork = picture(devicePixelRatioF());
     const QSize size = artwork.deviceIndependentSize().toSize();
     ui->Image1->setPixmap(artwork);
@@ -71,7 +69,7 @@ void frmSplash::Timer1_Timer()
 void frmSplash::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
-    Timer1->start();
+    m_timer.start();
 }
 
 void frmSplash::keyPressEvent(QKeyEvent*)

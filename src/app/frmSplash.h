@@ -1,10 +1,9 @@
 #pragma once
 
 #include <QDialog>
+#include <QTimer>
 
 #include <memory>
-
-class QTimer;
 
 namespace Ui {
 class frmSplash;
@@ -32,5 +31,5 @@ private:
     void Timer1_Timer();
 
     std::unique_ptr<Ui::frmSplash> ui;
-    QTimer* Timer1;
+    QTimer m_timer{this};
 };

@@ -25,8 +25,8 @@ constexpr int kFirstTickMs = 50;
 frmPrepare::frmPrepare(const zib::Services& services, const QList<zib::CompilationRow>& rows, QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint),
       ui(std::make_unique<Ui::frmPrepare>()), m_services(services),
-      AInfo(services.components.makeInformation()), FileR(services.components.makeFile()),
-      FileW(services.components.makeFile()), m_list(AInfo, rows)
+      m_information(services.components.makeInformation()), m_fileReader(services.components.makeFile()),
+      m_fileWriter(services.components.makeFile()), m_list(m_information, rows)
 {
     ui->setupUi(this);
     connectControls();
@@ -37,18 +37,19 @@ frmPrepare::~frmPrepare() = default;
 
 void frmPrepare::connectControls()
 {
-    connect(&Timer1, &QTimer::timeout, this, &frmPrepare::Timer1_Timer);
+    m_timer.setObjectName(QStringLiteral("Timer1"));
+    connect(&m_timer, &QTimer::timeout, this, &frmPrepare::Timer1_Timer);
 }
 
 void frmPrepare::Form_Load()
 {
-    FileW->setOutputFormat(zib::kCdSampleRate, zib::kCdChannels, zib::kCdBits);
-    Timer1.start(kFirstTickMs);
+    m_fileWriter->setOutputFormat(zib::kCdSampleRate, zib::kCdChannels, zib::kCdBits);
+    m_timer.start(kFirstTickMs);
 }
 
 void frmPrepare::Timer1_Timer()
 {
-    Timer1.stop();
+    m_timer.stop();
     PrepareTracks();
     if (const QString damage = m_damaged.text(); !damage.isEmpty())
         m_services.messages.information(this, damage);
@@ -99,13 +100,13 @@ void frmPrepare::ConvertFile(const QString& source, const QString& target)
     if (beginConversion(source, target)) {
         const bool isWhole = convertBlocks();
         if (isWhole)
-            m_damaged.add(source, FileR->loss(), FileR->formatRate());
-        ask<bool>([writer = FileW, isWhole] {
+            m_damaged.add(source, m_fileReader->loss(), m_fileReader->formatRate());
+        ask<bool>([writer = m_fileWriter, isWhole] {
             isWhole ? writer->close() : writer->discard();
             return true;
         });
     }
-    ask<bool>([reader = FileR] {
+    ask<bool>([reader = m_fileReader] {
         reader->close();
         return true;
     });
@@ -114,7 +115,7 @@ void frmPrepare::ConvertFile(const QString& source, const QString& target)
 /// @returns whether there is a source to read, and a target that was begun and must be ended.
 bool frmPrepare::beginConversion(const QString& source, const QString& target)
 {
-    return ask<bool>([=, reader = FileR, writer = FileW] {
+    return ask<bool>([=, reader = m_fileReader, writer = m_fileWriter] {
         reader->open(source);
         if (reader->status() < 0)
             return false;
@@ -130,20 +131,20 @@ bool frmPrepare::beginConversion(const QString& source, const QString& target)
 /// @returns whether the whole sound went from the one file into the other.
 bool frmPrepare::convertBlocks()
 {
-    FileW->setInputFormat(FileR->formatRate(), FileR->formatChannels());
-    const auto blockLength = zib::product32(FileR->formatRate(), FileR->formatChannels());
+    m_fileWriter->setInputFormat(m_fileReader->formatRate(), m_fileReader->formatChannels());
+    const auto blockLength = zib::product32(m_fileReader->formatRate(), m_fileReader->formatChannels());
     if (!blockLength)
         return false;
-    const qint64 length = FileR->length();
-    const qint64 channels = std::max(FileR->samplesPerUnit(), 1);
-    zib::BlockPump pump(m_worker, FileR, FileW, *blockLength);
+    const qint64 length = m_fileReader->length();
+    const qint64 channels = std::max(m_fileReader->samplesPerUnit(), 1);
+    zib::BlockPump pump(m_worker, m_fileReader, m_fileWriter, *blockLength);
     qint64 position = 0;
     while (const qint64 samples = pump.next(this)) {
         position = std::min(position + samples / channels, length);
         showProgress(length > 0 ? static_cast<double>(position) / static_cast<double>(length) : 1);
         QCoreApplication::processEvents();
     }
-    return FileR->status() >= 0 && FileW->status() >= 0 && position > 0;
+    return m_fileReader->status() >= 0 && m_fileWriter->status() >= 0 && position > 0;
 }
 
 void frmPrepare::showProgress(double fraction)

@@ -52,10 +52,11 @@ private:
 
     std::unique_ptr<Ui::frmPrepare> ui;
     const zib::Services m_services;
-    const std::shared_ptr<AudioInformation> AInfo; // while a question is asked, these are the thread's
-    const std::shared_ptr<AudioFile> FileR;
-    const std::shared_ptr<AudioFile> FileW;
-    QTimer Timer1{this};
+    const std::shared_ptr<AudioInformation>
+        m_information; // while a question is asked, these are the thread's
+    const std::shared_ptr<AudioFile> m_fileReader;
+    const std::shared_ptr<AudioFile> m_fileWriter;
+    QTimer m_timer{this};
     zib::TrackList m_list;
     zib::DamagedSources m_damaged;
     qint16 m_conversions = 0; ///< Conversions to come in all.

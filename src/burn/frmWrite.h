@@ -79,7 +79,7 @@ private:
     void letGo();
 
     std::unique_ptr<Ui::frmWrite> ui;
-    zib::Services m_services;
+    const zib::Services m_services;
     QStringList m_trackFiles;
     zib::DiscNames m_names;
     std::unique_ptr<DVDWriterPro> m_writer;

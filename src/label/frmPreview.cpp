@@ -12,7 +12,6 @@
 
 #include <QMouseEvent>
 #include <QShortcut>
-#include <QTimer>
 
 namespace {
 
@@ -22,13 +21,11 @@ constexpr int kPrintDelayMs = 1000;
 
 frmPreview::frmPreview(const zib::Services& services, QSize labelArea, QWidget* parent,
                        const zib::LabelImage& standing)
-    : QDialog(parent), ui(std::make_unique<Ui::frmPreview>()), m_services(services), m_labelArea(labelArea),
-      m_timer(new QTimer(this))
+    : QDialog(parent), ui(std::make_unique<Ui::frmPreview>()), m_services(services), m_labelArea(labelArea)
 {
     ui->setupUi(this);
     m_surface = std::make_unique<zib::LabelSurface>(this, labelArea);
     m_surface->setImage(standing);
-    m_timer->setObjectName(QStringLiteral("Timer1"));
     connectControls();
     Form_Load();
 }
@@ -37,7 +34,8 @@ frmPreview::~frmPreview() = default;
 
 void frmPreview::connectControls()
 {
-    connect(m_timer, &QTimer::timeout, this, &frmPreview::Timer1_Timer);
+    m_timer.setObjectName(QStringLiteral("Timer1"));
+    connect(&m_timer, &QTimer::timeout, this, &frmPreview::Timer1_Timer);
     const auto* calibrate = new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P), this);
     connect(calibrate, &QShortcut::activated, this, &frmPreview::Calibrate_Click);
 }
@@ -48,8 +46,8 @@ void frmPreview::Form_Load()
     m_loaded = m_surface->RedrawLabel();
     if (!m_loaded)
         return;
-    m_timer->setInterval(kPrintDelayMs);
-    m_timer->start();
+    m_timer.setInterval(kPrintDelayMs);
+    m_timer.start();
 }
 
 /// A double-click on the window or on the picture, which lets it pass up to here.
@@ -66,7 +64,7 @@ void frmPreview::Form_DblClick()
 
 void frmPreview::Timer1_Timer()
 {
-    m_timer->stop();
+    m_timer.stop();
     tell(zib::printLabelPage(m_services, this, m_labelArea,
                              [scene = m_surface->scene()](const Printer::Target&, const zib::Calibration&) {
                                  return [scene](QPainter& painter) { zib::paintScene(painter, scene); };
@@ -76,8 +74,8 @@ void frmPreview::Timer1_Timer()
 /// The label waits: the page comes first, and then its numbers.
 void frmPreview::Calibrate_Click()
 {
-    const bool labelToCome = m_timer->isActive();
-    m_timer->stop();
+    const bool labelToCome = m_timer.isActive();
+    m_timer.stop();
     const auto sent = zib::printLabelPage(m_services, this, {}, &zib::calibrationPage);
     tell(sent);
     if (!sent)
@@ -85,7 +83,7 @@ void frmPreview::Calibrate_Click()
     if (const zib::Outcome<> shown = m_services.windows.showCalibrate(this); !shown)
         m_services.messages.critical(this, shown.error().detail);
     if (labelToCome)
-        m_timer->start();
+        m_timer.start();
 }
 
 void frmPreview::tell(const zib::Outcome<QString>& sent)

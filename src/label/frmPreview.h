@@ -5,6 +5,7 @@
 #include "label/LabelItems.h"
 
 #include <QDialog>
+#include <QTimer>
 
 #include <memory>
 
@@ -15,8 +16,6 @@ class frmPreview;
 namespace zib {
 class LabelSurface;
 }
-
-class QTimer;
 
 /// The label alone, at the size of the designer's label area. It prints itself once, a second after loading,
 /// and closes on a double-click. Ctrl+Shift+P prints the calibration page and opens its dialog.
@@ -52,6 +51,6 @@ private:
     const zib::Services m_services;
     const QSize m_labelArea; ///< Twips.
     std::unique_ptr<zib::LabelSurface> m_surface;
-    QTimer* m_timer;
+    QTimer m_timer{this};
     zib::Outcome<> m_loaded;
 };

@@ -89,7 +89,7 @@ private:
     void centre();
 
     std::unique_ptr<Ui::frmOptions> ui;
-    zib::Services m_services;
+    const zib::Services m_services;
     zib::PageStack m_pages;
     std::shared_ptr<zib::SettingsSaver> m_saver = std::make_shared<zib::SettingsSaver>();
 };

@@ -39,8 +39,8 @@ private:
     End pumpBlocks(qint32 request);
     void count(qint64 blockSamples);
 
-    const std::unique_ptr<AudioFile> m_FileR;
-    const std::unique_ptr<AudioFile> m_FileW;
+    const std::unique_ptr<AudioFile> m_fileReader;
+    const std::unique_ptr<AudioFile> m_fileWriter;
     std::atomic<bool> m_stopped = false;
     qint64 SamplesDone = 0; ///< In the reader's units of length.
     std::atomic<double> ConvertPercent = 0;

@@ -6,7 +6,7 @@
 namespace zib {
 
 PlaylistReader::PlaylistReader(std::unique_ptr<AudioInformation> information)
-    : m_AInfo(std::move(information))
+    : m_information(std::move(information))
 {
 }
 
@@ -25,12 +25,12 @@ void PlaylistReader::read(const QStringList& paths)
 
 PlaylistRow PlaylistReader::look(const QString& path)
 {
-    m_AInfo->open(path);
-    QString title = m_AInfo->tagTitle(AudioInformation::TagKind::Main).trimmed();
+    m_information->open(path);
+    QString title = m_information->tagTitle(AudioInformation::TagKind::Main).trimmed();
     if (title.isEmpty())
-        title = m_AInfo->tagTitle(AudioInformation::TagKind::Old).trimmed();
+        title = m_information->tagTitle(AudioInformation::TagKind::Old).trimmed();
     return {.fileName = GeneralAPI::GetFileNameOfPath(path),
-            .time = GeneralAPI::FormatDuration(m_AInfo->durationMs()),
+            .time = GeneralAPI::FormatDuration(m_information->durationMs()),
             .title = title,
             .location = GeneralAPI::GetFolderOfPath(path)};
 }

@@ -29,7 +29,7 @@ public:
 private:
     PlaylistRow look(const QString& path);
 
-    const std::unique_ptr<AudioInformation> m_AInfo;
+    const std::unique_ptr<AudioInformation> m_information;
     std::atomic<bool> m_stopped = false;
     std::mutex m_mutex;
     QList<PlaylistRow> m_rows;

@@ -33,7 +33,6 @@ frmRip::frmRip(const zib::Services& services, QWidget* parent)
       m_ripper(services.components.makeRipper())
 {
     ui->setupUi(this);
-    Timer1.setObjectName(QStringLiteral("Timer1"));
     m_devicesToolTip = ui->cboDevices->toolTip();
     QSizePolicy keepsItsPlace = ui->picFolder->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
@@ -58,7 +57,8 @@ void frmRip::connectControls()
     connect(ui->cmdRip, &QPushButton::clicked, this, &frmRip::cmdRip_Click);
     connect(ui->cmdOptions, &QPushButton::clicked, this, &frmRip::cmdOptions_Click);
     connect(ui->cmdClose, &QPushButton::clicked, this, &frmRip::cmdClose_Click);
-    connect(&Timer1, &QTimer::timeout, this, &frmRip::Timer1_Timer);
+    m_timer.setObjectName(QStringLiteral("Timer1"));
+    connect(&m_timer, &QTimer::timeout, this, &frmRip::Timer1_Timer);
 }
 
 void frmRip::connectRipper()
@@ -100,7 +100,7 @@ void frmRip::done(int result)
 void frmRip::Form_Load()
 {
     const zib::WaitPointer wait(this);
-    Timer1.start(kPollMs);
+    m_timer.start(kPollMs);
     LoadDevices();
     EnableControls(true);
     IsRipping = false;
@@ -111,7 +111,7 @@ void frmRip::Form_Load()
 
 void frmRip::cboDevices_Click()
 {
-    Timer1.stop();
+    m_timer.stop();
     showDeviceHint();
     ui->lvwTracks->clear();
     m_selected = m_ripper->selectDevice(ui->cboDevices->currentIndex());
@@ -127,7 +127,7 @@ void frmRip::cboDevices_Click()
     } else {
         m_ripper->status();
     }
-    Timer1.start();
+    m_timer.start();
 }
 
 /// Choosing the same drive again reads its disc again.

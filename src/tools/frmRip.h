@@ -67,7 +67,7 @@ private:
     const zib::Services m_services;
     const std::unique_ptr<CDRipperX> m_ripper;
     zib::Errands m_errands;
-    QTimer Timer1{this};
+    QTimer m_timer{this};
     std::shared_ptr<void> m_awake; ///< While tracks are copied.
     QString m_devicesToolTip;      ///< Of cboDevices, without what is said of the device.
     int m_activated = 0;           ///< The entry of cboDevices that the user chose last.
