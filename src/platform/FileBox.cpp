@@ -6,6 +6,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QLineEdit>
+#include <QListView>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTreeView>
 #include <QUrl>
@@ -33,6 +36,13 @@ QString nearestFolder(const QString& folder)
         if (QFileInfo(path).isDir())
             return path;
     return QDir::homePath();
+}
+
+/// @returns how many names a text gives, each in quotes; 0 where it is no such list.
+qsizetype countQuotedNames(const QString& text)
+{
+    static const QRegularExpression list(QStringLiteral("^\\s*\"[^\"]+\"(\\s+\"[^\"]+\")*\\s*$"));
+    return list.match(text).hasMatch() ? text.count(u'"') / 2 : 0;
 }
 
 } // namespace
@@ -89,8 +99,19 @@ QString FileBox::missingFolder() const
     return {};
 }
 
+/// While names are typed the toolkit marks those that it happens to know and in the end takes these alone.
+/// Without marks it takes, and looks for, every name as it stands in the field.
+void FileBox::takeEveryTypedName()
+{
+    const auto* field = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    const auto* list = findChild<QListView*>(QStringLiteral("listView"));
+    if (field && list && countQuotedNames(field->text()) > selectedFiles().size())
+        list->selectionModel()->clearSelection();
+}
+
 void FileBox::accept()
 {
+    takeEveryTypedName();
     const QString missing = m_pathMustExist ? missingFolder() : QString();
     if (missing.isEmpty()) {
         QFileDialog::accept();

@@ -27,6 +27,7 @@ protected:
 private:
     void showWholeColumns();
     QString missingFolder() const;
+    void takeEveryTypedName();
 
     NameIcons m_icons;
     bool m_pathMustExist = false;

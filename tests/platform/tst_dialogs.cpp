@@ -46,6 +46,9 @@ private slots:
     void openFile_cancelled_isACancel();
     void openFile_listsCapitalsToo();
     void openFile_ofSeveral_givesFolderAndNames();
+    void openFile_ofSeveralTypedWithTheirPaths_givesAll_data();
+    void openFile_ofSeveralTypedWithTheirPaths_givesAll();
+    void openFile_ofSeveralTypedButOneMissing_staysOpen();
     void openFile_ofSeveralButOne_givesItsPath();
     void openFile_ofAnAnswerTooLong_fails();
     void openFile_ofAMissingFile_staysOpen();
@@ -98,6 +101,14 @@ void choose(QFileDialog& dialog, const QString& name)
 {
     nameField(dialog)->setText(name);
     QMetaObject::invokeMethod(&dialog, "accept");
+}
+
+/// Types names in quotes key by key, as a user does, into a dialog that has looked round its folder.
+void type(QFileDialog& dialog, const QStringList& names)
+{
+    QTest::qWait(300);
+    nameField(dialog)->setFocus();
+    QTest::keyClicks(nameField(dialog), '"' + names.join("\" \"") + '"', Qt::NoModifier, 1);
 }
 
 template <typename T>
@@ -313,6 +324,43 @@ void TestDialogs::openFile_ofSeveral_givesFolderAndNames()
         dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
     QVERIFY(answer);
     QCOMPARE(answer->split(QChar(QChar::Null)), (QStringList{m_folder.path(), "a.mp3", "SONG.MP3", "b.WAV"}));
+}
+
+void TestDialogs::openFile_ofSeveralTypedWithTheirPaths_givesAll_data()
+{
+    QTest::addColumn<QString>("start");
+    QTest::newRow("from elsewhere") << QDir::homePath();
+    QTest::newRow("in their folder") << m_folder.path();
+}
+
+void TestDialogs::openFile_ofSeveralTypedWithTheirPaths_givesAll()
+{
+    QFETCH(QString, start);
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([this](QFileDialog& dialog) {
+        type(dialog, {m_folder.filePath("a.mp3"), m_folder.filePath("b.WAV")});
+        QTest::keyClick(nameField(dialog), Qt::Key_Return);
+    });
+    const auto answer = dialogs.openFile(&m_owner, request(start, zib::FileDialogRequest::AllowMultiselect));
+    QVERIFY(answer);
+    QCOMPARE(answer->split(QChar(QChar::Null)), (QStringList{m_folder.path(), "a.mp3", "b.WAV"}));
+}
+
+void TestDialogs::openFile_ofSeveralTypedButOneMissing_staysOpen()
+{
+    zib::DesktopDialogs dialogs;
+    bool stayed = false;
+    whenOpen<QFileDialog>([&, this](QFileDialog& dialog) {
+        whenOpen<QMessageBox>([](QMessageBox& box) { box.reject(); });
+        type(dialog, {m_folder.filePath("a.mp3"), m_folder.filePath("none.mp3")});
+        QTest::keyClick(nameField(dialog), Qt::Key_Return);
+        stayed = dialog.isVisible();
+        dialog.reject();
+    });
+    const auto answer =
+        dialogs.openFile(&m_owner, request(QDir::homePath(), zib::FileDialogRequest::AllowMultiselect));
+    QCOMPARE(errorOf(answer), QString("cancelled"));
+    QVERIFY(stayed);
 }
 
 void TestDialogs::openFile_ofSeveralButOne_givesItsPath()
