@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTest>
 
 #include <cmath>
@@ -18,6 +19,13 @@ const qint16* samplesOf(const QByteArray& bytes)
 }
 
 } // namespace
+
+void skipWithout(const QStringList& tools)
+{
+    for (const QString& tool : tools)
+        if (QStandardPaths::findExecutable(tool).isEmpty())
+            QSKIP(qPrintable(tool + " is not installed"));
+}
 
 QByteArray decodedByOthers(const QString& file)
 {

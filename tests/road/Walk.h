@@ -16,6 +16,8 @@ namespace road {
 
 inline const QString kSamples = ZIB_SOURCE_DIR "/data/samples/";
 
+/// Skips the test where one of the tools is not installed; to be the last call of initTestCase.
+void skipWithout(const QStringList& tools);
 /// What another decoder makes of a file, as stereo of 44100 Hz and 16 bits: ffmpeg of an MP3 file, sox of a
 /// WAV file.
 QByteArray decodedByOthers(const QString& file);

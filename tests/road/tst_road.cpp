@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -16,12 +15,7 @@ class TestRoad : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        for (const char* tool : {"Xvfb", "xdotool", "ffmpeg", "sox"})
-            if (QStandardPaths::findExecutable(tool).isEmpty())
-                QSKIP(qPrintable(QString("%1 is not installed").arg(tool)));
-    }
+    void initTestCase() { skipWithout({"Xvfb", "xdotool", "ffmpeg", "sox"}); }
 
     void listToDiscAndBack_byTheKeyboard_isWhatAnotherDecoderHears()
     {

@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -17,12 +16,7 @@ class TestRoadDrive : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        for (const char* tool : {"Xvfb", "xdotool", "ffmpeg", "sox"})
-            if (QStandardPaths::findExecutable(tool).isEmpty())
-                QSKIP(qPrintable(QString("%1 is not installed").arg(tool)));
-    }
+    void initTestCase() { skipWithout({"Xvfb", "xdotool", "ffmpeg", "sox"}); }
 
     void listToDriveAndBack_byTheKeyboard_isWhatAnotherDecoderHears()
     {

@@ -7,7 +7,6 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -60,12 +59,7 @@ class TestRoadEnd : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        for (const char* tool : {"Xvfb", "xdotool", "sox"})
-            if (QStandardPaths::findExecutable(tool).isEmpty())
-                QSKIP(qPrintable(QString("%1 is not installed").arg(tool)));
-    }
+    void initTestCase() { skipWithout({"Xvfb", "xdotool", "sox"}); }
 
     void terminated_whileACommandHangs_endsSoonAndTheNextStartMendsTheDoor()
     {

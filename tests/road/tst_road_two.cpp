@@ -7,7 +7,6 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -80,12 +79,7 @@ class TestRoadTwo : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        for (const char* tool : {"Xvfb", "xdotool", "sox"})
-            if (QStandardPaths::findExecutable(tool).isEmpty())
-                QSKIP(qPrintable(QString("%1 is not installed").arg(tool)));
-    }
+    void initTestCase() { skipWithout({"Xvfb", "xdotool", "sox"}); }
 
     void listsWithTheSameNames_becomeADiscEach()
     {
