@@ -69,6 +69,12 @@ function(zib_folder name)
     set_property(GLOBAL APPEND PROPERTY ZIB_FOLDERS "${name}:${arg_DEPENDS}")
 endfunction()
 
+# zib_late_library(folder includes...): where the headers of a library lie that the folder loads by itself, unlinked.
+function(zib_late_library name)
+    string(REPLACE "/" "_" target "zib_${name}")
+    target_include_directories(${target} SYSTEM PRIVATE ${ARGN})
+endfunction()
+
 # zib_test(name SOURCES ... DEPENDS folders LIBS targets [ENVIRONMENT ...] [LABELS ...] [TIMEOUT seconds])
 #   One Qt Test program of its own process, run off screen.
 function(zib_test name)

@@ -1,6 +1,6 @@
 #include "engines/audio/SndfileReader.h"
 
-#include <sndfile.h>
+#include "engines/audio/SndfileLibrary.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -2,10 +2,9 @@
 
 #include "common/Texts.h"
 #include "engines/play/SampleQueue.h"
+#include "engines/play/SdlLibrary.h"
 
 #include <QByteArray>
-
-#include <SDL.h>
 
 #include <algorithm>
 #include <bit>
@@ -111,6 +110,8 @@ SDL_AudioDeviceID openDevice(int rateHz, int channels, SampleQueue* queue)
     wanted.samples = portionFrames(rateHz);
     wanted.callback = pull;
     wanted.userdata = queue;
+    if (!sdlLibrary.load())
+        return 0;
     nameOurselves();
     SDL_SetAssertionHandler(goOn, nullptr);
     const LentIcon icon;

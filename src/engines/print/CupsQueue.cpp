@@ -1,9 +1,8 @@
 #include "engines/print/CupsQueue.h"
 
-#include <QLocale>
+#include "engines/print/CupsLibrary.h"
 
-#include <cups/cups.h>
-#include <cups/pwg.h>
+#include <QLocale>
 
 #include <algorithm>
 #include <array>
@@ -88,9 +87,9 @@ QSizeF namedSize(const QString& name)
 {
     const QByteArray text = name.toUtf8();
     pwg_media_t* media = nullptr;
-    for (const auto lookUp : {&pwgMediaForPWG, &pwgMediaForLegacy, &pwgMediaForPPD})
+    for (const auto* lookUp : {&pwgMediaForPWG, &pwgMediaForLegacy, &pwgMediaForPPD})
         if (!media && !text.isEmpty())
-            media = lookUp(text.constData());
+            media = (*lookUp)(text.constData());
     return media ? QSizeF(media->width, media->length) * kHundredthMm : QSizeF();
 }
 
@@ -199,6 +198,8 @@ CupsQueue::~CupsQueue()
 
 Outcome<std::shared_ptr<CupsQueue>> CupsQueue::openDefault()
 {
+    if (const QString trouble = cupsLibrary.trouble(); !trouble.isEmpty())
+        return Failure{Failure::Kind::Unsupported, trouble};
     cupsSetPasswordCB2(noPassword, nullptr);
     http_t* http = httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(), 1,
                                 kConnectTimeoutMs, nullptr);
