@@ -4,8 +4,8 @@
 // CD-TEXT of many letters) and drive-verified. FOLDER takes the image, which is removed again. Prints the
 // seconds that the write took, and the megabytes above an idle program at the highest point.
 
-#include "engines/burn/DriveRecorder.h"
-#include "engines/burn/ImageRecorder.h"
+#include "engines/burn/drive/DriveRecorder.h"
+#include "engines/burn/image/ImageRecorder.h"
 #include "memory.h"
 
 #include <QCoreApplication>

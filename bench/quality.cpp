@@ -1,6 +1,6 @@
 #include "quality.h"
 
-#include "engines/audio/RateConverter.h"
+#include "engines/audio/convert/RateConverter.h"
 #include "engines/audio/makers.h"
 
 #include <QByteArray>

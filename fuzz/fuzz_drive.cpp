@@ -1,9 +1,9 @@
 // A drive that answers every command with any bytes, any sense data of both formats and any status: its
 // abilities, its disc and its write page are read. Nothing that the drive did not say is taken for proof.
 
-#include "engines/burn/SenseTable.h"
 #include "engines/burn/compare/DriveText.h"
 #include "engines/burn/mmc/DiscLook.h"
+#include "engines/burn/mmc/SenseTable.h"
 #include "engines/burn/mmc/WritePage.h"
 #include "input.h"
 

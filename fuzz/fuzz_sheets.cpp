@@ -2,10 +2,10 @@
 // other, and reads its files nowhere but where they say; what is not has a reason in words.
 
 #include "common/CdTime.h"
-#include "engines/rip/CueParser.h"
-#include "engines/rip/ImageLayout.h"
-#include "engines/rip/SheetText.h"
-#include "engines/rip/TocParser.h"
+#include "engines/rip/image/ImageLayout.h"
+#include "engines/rip/sheets/CueParser.h"
+#include "engines/rip/sheets/SheetText.h"
+#include "engines/rip/sheets/TocParser.h"
 #include "rules.h"
 
 #include <cstdint>

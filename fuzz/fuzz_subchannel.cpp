@@ -1,7 +1,7 @@
 // The Q sub-channel of any bytes, and drives that answer anything of where a gap lies: a gap is found with
 // few questions, and never reaches beyond the track that it ends.
 
-#include "engines/rip/GapSearch.h"
+#include "engines/rip/drive/GapSearch.h"
 #include "input.h"
 
 using zib::fuzz::check;

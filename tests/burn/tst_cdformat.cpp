@@ -1,6 +1,6 @@
 #include "burn/TrackList.h"
 #include "engines/audio/makers.h"
-#include "engines/burn/TrackSource.h"
+#include "engines/burn/tracks/TrackSource.h"
 #include "engines/burn/WavMaker.h"
 
 #include <QTemporaryDir>

@@ -3,7 +3,7 @@
 #include "burn/frmWrite.h"
 #include "engines/audio/makers.h"
 #include "engines/burn/DiscWriter.h"
-#include "engines/burn/ImageRecorder.h"
+#include "engines/burn/image/ImageRecorder.h"
 #include "engines/burn/WavMaker.h"
 #include "fakes/FakeSeams.h"
 

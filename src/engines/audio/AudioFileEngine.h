@@ -1,7 +1,7 @@
 #pragma once
 
 #include "components/AudioFile.h"
-#include "engines/audio/WriteBehind.h"
+#include "engines/audio/convert/WriteBehind.h"
 
 #include <memory>
 

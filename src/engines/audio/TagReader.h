@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engines/audio/SourceFile.h"
-#include "engines/audio/WavHeader.h"
+#include "engines/audio/wav/WavHeader.h"
 
 #include <QByteArray>
 #include <QString>

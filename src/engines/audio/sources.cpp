@@ -1,10 +1,10 @@
 #include "engines/audio/sources.h"
 
-#include "engines/audio/Mp3LossCount.h"
-#include "engines/audio/Mp3Reader.h"
-#include "engines/audio/ParallelMp3Reader.h"
-#include "engines/audio/SndfileReader.h"
-#include "engines/audio/WavReader.h"
+#include "engines/audio/mp3/Mp3LossCount.h"
+#include "engines/audio/mp3/Mp3Reader.h"
+#include "engines/audio/mp3/ParallelMp3Reader.h"
+#include "engines/audio/wav/SndfileReader.h"
+#include "engines/audio/wav/WavReader.h"
 
 namespace zib {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engines/audio/Mp3Decoder.h"
+#include "engines/audio/mp3/Mp3Decoder.h"
 #include "engines/audio/SampleSource.h"
-#include "engines/audio/WavHeader.h"
+#include "engines/audio/wav/WavHeader.h"
 
 #include <memory>
 #include <optional>

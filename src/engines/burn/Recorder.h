@@ -4,7 +4,7 @@
 #include "common/DiscNames.h"
 #include "common/Outcome.h"
 #include "components/DVDWriterPro.h"
-#include "engines/burn/TrackSource.h"
+#include "engines/burn/tracks/TrackSource.h"
 
 #include <QList>
 #include <QString>

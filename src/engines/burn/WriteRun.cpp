@@ -1,7 +1,7 @@
 #include "engines/burn/WriteRun.h"
 
-#include "engines/burn/DriveWords.h"
-#include "engines/burn/TrackCache.h"
+#include "engines/burn/drive/DriveWords.h"
+#include "engines/burn/tracks/TrackCache.h"
 
 namespace zib {
 

@@ -1,9 +1,9 @@
 #include "engines/burn/makers.h"
 
 #include "engines/burn/DiscWriter.h"
-#include "engines/burn/DriveRecorder.h"
-#include "engines/burn/ImageRecorder.h"
-#include "engines/burn/DriveLedger.h"
+#include "engines/burn/drive/DriveLedger.h"
+#include "engines/burn/drive/DriveRecorder.h"
+#include "engines/burn/image/ImageRecorder.h"
 #include "engines/burn/mmc/DriveLine.h"
 
 #include <algorithm>

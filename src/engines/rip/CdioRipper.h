@@ -1,8 +1,8 @@
 #pragma once
 
 #include "components/CDRipperX.h"
-#include "engines/rip/DeviceShelf.h"
-#include "engines/rip/DiscWatch.h"
+#include "engines/rip/devices/DeviceShelf.h"
+#include "engines/rip/devices/DiscWatch.h"
 #include "engines/rip/RipRun.h"
 
 #include <QTimer>

@@ -2,8 +2,8 @@
 
 #include "EmulatedRecorder.h"
 #include "engines/burn/DiscWriter.h"
-#include "engines/burn/DriveRecorder.h"
-#include "engines/burn/ImageRecorder.h"
+#include "engines/burn/drive/DriveRecorder.h"
+#include "engines/burn/image/ImageRecorder.h"
 #include "engines/burn/WavMaker.h"
 
 #include <QDir>

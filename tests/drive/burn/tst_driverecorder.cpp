@@ -1,7 +1,7 @@
 #include "drive/burn/DiscTruth.h"
 
-#include "engines/burn/DriveLedger.h"
-#include "engines/burn/LibburnSession.h"
+#include "engines/burn/drive/DriveLedger.h"
+#include "engines/burn/drive/LibburnSession.h"
 
 using namespace zib;
 

@@ -3,8 +3,8 @@
 #include "app/frmMain.h"
 #include "common/GenralMacro.h"
 #include "engines/burn/DiscWriter.h"
-#include "engines/burn/DriveRecorder.h"
-#include "engines/burn/ImageRecorder.h"
+#include "engines/burn/drive/DriveRecorder.h"
+#include "engines/burn/image/ImageRecorder.h"
 #include "engines/burn/makers.h"
 #include "fakes/FakeAudioInformation.h"
 

@@ -1,7 +1,7 @@
 #include "EmulatedRecorder.h"
-#include "engines/rip/RipBench.h"
-#include "engines/rip/TrackReader.h"
+#include "engines/rip/drive/TrackReader.h"
 #include "engines/rip/makers.h"
+#include "engines/rip/RipBench.h"
 
 #include <QElapsedTimer>
 #include <QProcess>

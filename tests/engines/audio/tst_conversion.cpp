@@ -1,6 +1,6 @@
 #include "engines/audio/AudioKit.h"
-#include "engines/audio/Ditherer.h"
-#include "engines/audio/RateConverter.h"
+#include "engines/audio/convert/Ditherer.h"
+#include "engines/audio/convert/RateConverter.h"
 #include "engines/audio/makers.h"
 
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 #include "engines/audio/AudioKit.h"
-#include "engines/audio/Mp3Header.h"
 #include "engines/audio/makers.h"
+#include "engines/audio/mp3/Mp3Header.h"
 
 #include <QTemporaryDir>
 #include <QTest>

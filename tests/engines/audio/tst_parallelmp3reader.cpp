@@ -1,7 +1,7 @@
 #include "engines/audio/AudioKit.h"
-#include "engines/audio/Mp3Reader.h"
-#include "engines/audio/ParallelMp3Reader.h"
 #include "engines/audio/makers.h"
+#include "engines/audio/mp3/Mp3Reader.h"
+#include "engines/audio/mp3/ParallelMp3Reader.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -1,5 +1,5 @@
 #include "engines/audio/AudioKit.h"
-#include "engines/audio/SpeakerMix.h"
+#include "engines/audio/convert/SpeakerMix.h"
 #include "engines/audio/makers.h"
 
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "engines/audio/AudioKit.h"
-#include "engines/audio/WavWriter.h"
 #include "engines/audio/makers.h"
+#include "engines/audio/wav/WavWriter.h"
 
 #include <QDateTime>
 #include <QDir>

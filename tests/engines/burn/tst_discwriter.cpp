@@ -1,7 +1,7 @@
 #include "WavMaker.h"
 
 #include "engines/burn/DiscWriter.h"
-#include "engines/burn/ImageRecorder.h"
+#include "engines/burn/image/ImageRecorder.h"
 #include "engines/burn/makers.h"
 
 #include <QDir>

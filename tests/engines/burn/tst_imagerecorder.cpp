@@ -1,8 +1,8 @@
 #include "DiscImage.h"
 #include "WavMaker.h"
 
-#include "engines/burn/CueSheet.h"
-#include "engines/burn/ImageRecorder.h"
+#include "engines/burn/image/CueSheet.h"
+#include "engines/burn/image/ImageRecorder.h"
 #include "common/NativeName.h"
 #include "common/StagedFile.h"
 

@@ -1,4 +1,4 @@
-#include "engines/burn/SenseTable.h"
+#include "engines/burn/mmc/SenseTable.h"
 
 #include <QSet>
 #include <QTest>

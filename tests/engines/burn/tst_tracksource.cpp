@@ -1,6 +1,6 @@
 #include "WavMaker.h"
 
-#include "engines/burn/TrackSource.h"
+#include "engines/burn/tracks/TrackSource.h"
 
 #include <QDir>
 #include <QTemporaryDir>

@@ -1,5 +1,5 @@
+#include "engines/burn/drive/WritePhases.h"
 #include "engines/burn/WriteEvents.h"
-#include "engines/burn/WritePhases.h"
 
 #include <QTest>
 

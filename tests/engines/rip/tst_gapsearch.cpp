@@ -1,5 +1,5 @@
 #include "common/CdTime.h"
-#include "engines/rip/GapSearch.h"
+#include "engines/rip/drive/GapSearch.h"
 
 #include <QTest>
 

@@ -1,9 +1,9 @@
 #include "common/CdTime.h"
-#include "engines/burn/WavMaker.h"
 #include "engines/burn/makers.h"
-#include "engines/rip/CdioDisc.h"
-#include "engines/rip/RipBench.h"
+#include "engines/burn/WavMaker.h"
+#include "engines/rip/drive/CdioDisc.h"
 #include "engines/rip/makers.h"
+#include "engines/rip/RipBench.h"
 
 #include <csignal>
 

@@ -1,6 +1,6 @@
 #include "common/CdTime.h"
 #include "engines/audio/makers.h"
-#include "engines/rip/ImageDisc.h"
+#include "engines/rip/image/ImageDisc.h"
 #include "engines/rip/RipBench.h"
 #include "engines/rip/RipRun.h"
 #include "engines/rip/SheetTable.h"

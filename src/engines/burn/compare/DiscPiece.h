@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/CdTime.h"
-#include "engines/burn/TrackSource.h"
+#include "engines/burn/tracks/TrackSource.h"
 
 #include <QList>
 

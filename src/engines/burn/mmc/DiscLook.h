@@ -2,7 +2,7 @@
 
 #include "common/CdTime.h"
 #include "components/DVDWriterPro.h"
-#include "engines/burn/DiscReadback.h"
+#include "engines/burn/mmc/DiscReadback.h"
 #include "engines/burn/mmc/DriveLine.h"
 
 #include <QList>

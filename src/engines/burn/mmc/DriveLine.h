@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/Outcome.h"
-#include "engines/burn/SenseTable.h"
+#include "engines/burn/mmc/SenseTable.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,0 +1,279 @@
+#include "engines/burn/image/ImageRecorder.h"
+
+#include "common/NativeName.h"
+#include "engines/burn/compare/DiscCheck.h"
+#include "engines/burn/image/CueSheet.h"
+#include "common/StagedFile.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+
+#include <utility>
+
+namespace zib {
+
+namespace {
+
+constexpr CdTime kCapacity = CdTime::fromFrames(80 * 60 * kFramesPerSecond);
+constexpr int kFramesAtATime = 32;
+
+/// A name without extension that no image in @p folder has.
+QString freeStem(const QString& folder)
+{
+    const QString plain = QDateTime::currentDateTime().toString(QStringLiteral("'Disc' yyyy-MM-dd HH.mm.ss"));
+    const auto taken = [&](const QString& stem) {
+        const QDir dir(folder);
+        return pathExists(dir.filePath(stem + QStringLiteral(".bin"))) ||
+               pathExists(dir.filePath(stem + QStringLiteral(".cue"))) ||
+               pathExists(dir.filePath(u'.' + stem + QStringLiteral(".bin.part")));
+    };
+    QString stem = plain;
+    for (int n = 2; taken(stem); ++n)
+        stem = QStringLiteral("%1 (%2)").arg(plain).arg(n);
+    return stem;
+}
+
+/// One write of one image, or its simulation.
+class ImageRun
+{
+public:
+    ImageRun(const BurnJob& job, BurnObserver& observer, QString folder)
+        : m_job(job), m_observer(observer), m_folder(std::move(folder)),
+          m_buffer(kFramesAtATime * kBytesPerFrame, Qt::Uninitialized)
+    {
+    }
+
+    /// Everything but the names.
+    Outcome<> write()
+    {
+        if (auto opened = begin(); !opened)
+            return opened;
+        for (int track = 1; track <= m_job.tracks.size(); ++track)
+            if (auto written = writeTrack(track); !written)
+                return written;
+        m_observer.closingDisc();
+        return m_job.simulate ? endOfWork() : close();
+    }
+    std::optional<BurnError> compare()
+    {
+        m_observer.readingBack();
+        return compareWithFiles(m_bin.currentPath(), piecesOf(m_job.tracks), m_job, m_observer);
+    }
+    Outcome<> giveNames();
+
+private:
+    /// What an unfinished step answers when the user asked to stop.
+    Outcome<> endOfWork() const
+    {
+        if (m_job.isCancelled())
+            return Failure{Failure::Kind::Cancelled};
+        return {};
+    }
+
+    Outcome<> begin();
+    Outcome<> takeName();
+    Outcome<> writeTrack(int track);
+    Outcome<> writeGap();
+    Outcome<> writeSound(int track);
+    Outcome<> put(qint64 bytes);
+    Outcome<> close();
+    Outcome<> readBack() const;
+
+    const BurnJob& m_job;
+    BurnObserver& m_observer;
+    QString m_folder;
+    QString m_stem;
+    StagedFile m_bin;
+    StagedFile m_cue;
+    QList<CueTrack> m_layout;
+    CdTime m_written;
+    QByteArray m_buffer;
+};
+
+Outcome<> ImageRun::begin()
+{
+    if (m_job.simulate)
+        return {};
+    if (!makeFolders(m_folder))
+        return Failure{Failure::Kind::WriteFailed, m_folder};
+    StagedFile::removeLeftOvers(m_folder, QStringLiteral("Disc *"));
+    if (auto created = takeName(); !created)
+        return created;
+    const CdTime inFile = m_job.totalLength() - CdTime::fromFrames(kPregapFrames);
+    return m_bin.reserve(inFile.bytes());
+}
+
+/// Another instance may begin an image in the same second: whoever comes second takes the next name.
+Outcome<> ImageRun::takeName()
+{
+    for (;;) {
+        m_stem = freeStem(m_folder);
+        const auto created = m_bin.create(m_folder, m_stem + QStringLiteral(".bin"));
+        if (created || freeStem(m_folder) == m_stem)
+            return created;
+    }
+}
+
+Outcome<> ImageRun::writeTrack(int track)
+{
+    m_observer.readingTrack(track);
+    CueTrack place{.gap = m_written};
+    if (track > 1)
+        if (auto gap = writeGap(); !gap)
+            return gap;
+    place.start = m_written;
+    m_layout << place;
+    if (auto sound = writeSound(track); !sound)
+        return sound;
+    m_observer.closingTrack(track);
+    return {};
+}
+
+Outcome<> ImageRun::writeGap()
+{
+    m_buffer.fill('\0');
+    for (int frames = kPregapFrames; frames > 0;) {
+        const int now = qMin(frames, kFramesAtATime);
+        if (auto done = put(qint64{now} * kBytesPerFrame); !done)
+            return done;
+        frames -= now;
+    }
+    return {};
+}
+
+Outcome<> ImageRun::writeSound(int track)
+{
+    TrackSource source;
+    if (auto opened = source.open(m_job.tracks[track - 1]); !opened)
+        return opened;
+    for (qint64 done = 0; done < source.size();) {
+        const auto got = source.read(m_buffer.data(), m_buffer.size());
+        if (!got)
+            return got.error();
+        if (auto written = put(*got); !written)
+            return written;
+        done += *got;
+        m_observer.progress(track, done, source.size());
+    }
+    return {};
+}
+
+Outcome<> ImageRun::put(qint64 bytes)
+{
+    m_written = m_written + CdTime::fromFrames(bytes / kBytesPerFrame);
+    if (auto end = endOfWork(); !end || m_job.simulate)
+        return end;
+    return m_bin.write(m_buffer.constData(), bytes);
+}
+
+Outcome<> ImageRun::close()
+{
+    const QByteArray text = cueText(m_stem + QStringLiteral(".bin"), m_layout, m_job.names);
+    if (auto flushed = m_bin.flush(); !flushed)
+        return flushed;
+    if (auto created = m_cue.create(m_folder, m_stem + QStringLiteral(".cue")); !created)
+        return created;
+    if (auto written = m_cue.write(text.constData(), text.size()); !written)
+        return written;
+    if (auto flushed = m_cue.flush(); !flushed)
+        return flushed;
+    if (auto same = readBack(); !same)
+        return same;
+    return endOfWork();
+}
+
+/// Reads the sheet from the storage as a stranger would and compares it with the job.
+Outcome<> ImageRun::readBack() const
+{
+    const Failure differs{Failure::Kind::DeviceError, m_folder};
+    QFile cue;
+    if (!openForReading(cue, m_cue.currentPath()))
+        return differs;
+    const auto content = parseCue(cue.readAll());
+    if (!content || content->tracks.size() != m_job.tracks.size() ||
+        content->names != sheetNames(m_job.names, m_job.tracks.size()))
+        return differs;
+    CdTime at;
+    for (qsizetype i = 0; i < m_job.tracks.size(); ++i) {
+        const CdTime gap = CdTime::fromFrames(i == 0 ? 0 : kPregapFrames);
+        if (content->tracks[i] != CueTrack{at, at + gap})
+            return differs;
+        at = at + gap + m_job.tracks[i].length;
+    }
+    if (fileSize(m_bin.currentPath()) != at.bytes())
+        return differs;
+    return {};
+}
+
+Outcome<> ImageRun::giveNames()
+{
+    if (auto kept = m_bin.keep(); !kept)
+        return kept;
+    if (auto kept = m_cue.keep(); !kept) {
+        m_bin.remove();
+        return kept;
+    }
+    m_observer.remark(QStringLiteral("The disc image: ") +
+                      QDir(m_folder).filePath(m_stem + QStringLiteral(".cue")));
+    return {};
+}
+
+const QString kNotKept =
+    QStringLiteral(" The image was not kept. Look after the drive that holds its folder, then "
+                   "write again.");
+
+/// A storage that does not give back what was written is no matter of discs.
+BurnError errorOf(const Failure& failure)
+{
+    BurnError error = BurnError::from(failure);
+    if (failure.kind == Failure::Kind::DeviceError)
+        error.description =
+            QStringLiteral("Read back, the image in \"%1\" does not show the tracks that were written.")
+                .arg(failure.detail) +
+            kNotKept;
+    return error;
+}
+
+} // namespace
+
+ImageRecorder::ImageRecorder(QString folder) : m_folder(std::move(folder)) {}
+
+QString ImageRecorder::path() const
+{
+    return QStringLiteral("Images");
+}
+
+QString ImageRecorder::maker() const
+{
+    return QStringLiteral("Disc image");
+}
+
+QString ImageRecorder::model() const
+{
+    return QStringLiteral("(CUE and BIN file)");
+}
+
+Outcome<Medium> ImageRecorder::inspect(const InspectionTalk&)
+{
+    return Medium{.status = DVDWriterPro::kBlankDisc, .capacity = kCapacity};
+}
+
+std::optional<BurnError> ImageRecorder::write(const BurnJob& job, BurnObserver& observer)
+{
+    ImageRun run(job, observer, m_folder);
+    if (auto written = run.write(); !written)
+        return errorOf(written.error());
+    if (job.simulate)
+        return std::nullopt;
+    if (auto wrong = run.compare()) {
+        if (wrong->error == BurnErrorCode::kVerify)
+            wrong->description += kNotKept;
+        return wrong;
+    }
+    if (auto named = run.giveNames(); !named)
+        return BurnError::from(named.error());
+    return std::nullopt;
+}
+
+} // namespace zib
