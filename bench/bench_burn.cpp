@@ -2,7 +2,8 @@
 //   bench_burn HOW FOLDER FILE...
 // HOW is one of image, image-uncompared (the comparing is cancelled as it begins), drive, drive-named (with
 // CD-TEXT of many letters) and drive-verified. FOLDER takes the image, which is removed again. Prints the
-// seconds that the write took, and the megabytes above an idle program at the highest point.
+// seconds that the write took, the megabytes above an idle program at the highest point, and how many of the
+// seconds went into comparing.
 
 #include "engines/burn/drive/DriveRecorder.h"
 #include "engines/burn/image/ImageRecorder.h"
@@ -19,6 +20,11 @@ namespace {
 
 using zib::BurnJob;
 
+double secondsOf(const QElapsedTimer& clock)
+{
+    return static_cast<double>(clock.nsecsElapsed()) / 1e9;
+}
+
 /// Hears the end of the writing, and ends there what is not to be measured.
 class Listener final : public zib::BurnObserver
 {
@@ -29,12 +35,19 @@ public:
     void progress(int, qint64, qint64) override {}
     void closingTrack(int) override {}
     void closingDisc() override {}
-    void readingBack() override { cancelled = !m_compares; }
+    void readingBack() override
+    {
+        cancelled = !m_compares;
+        m_clock.start();
+    }
+    void comparing(int, qint64, qint64) override { compared = secondsOf(m_clock); }
 
     std::atomic<bool> cancelled = false;
+    double compared = 0; ///< Seconds until the last news of comparing.
 
 private:
     bool m_compares;
+    QElapsedTimer m_clock;
 };
 
 BurnJob jobOf(const QStringList& files, const QString& how)
@@ -72,8 +85,8 @@ int measure(const QString& how, const QString& folder, const QStringList& files)
     QElapsedTimer clock;
     clock.start();
     const auto error = recorder->write(job, listener);
-    std::printf("%.3f %.1f\n", static_cast<double>(clock.nsecsElapsed()) / 1e9,
-                zib::bench::megabytes("VmHWM:") - idle);
+    std::printf("%.3f %.1f %.3f\n", secondsOf(clock), zib::bench::megabytes("VmHWM:") - idle,
+                listener.compared);
     if (error)
         std::fprintf(stderr, "%s\n", qPrintable(error->description));
     return error ? 1 : 0;

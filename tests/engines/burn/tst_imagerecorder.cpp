@@ -17,6 +17,7 @@
 #include <cdio/disc.h>
 
 #include <functional>
+#include <utility>
 
 #include <sys/resource.h>
 
@@ -39,7 +40,13 @@ struct Listener final : BurnObserver
     }
     void closingTrack(int track) override { note(QString("closing %1").arg(track)); }
     void closingDisc() override { note("closing disc"); }
-    void comparing(int track, qint64 done, qint64 of) override { compared = done == of ? track : compared; }
+    void comparing(int track, qint64 done, qint64 of) override
+    {
+        compared = done == of ? track : compared;
+        if (onCompare)
+            onCompare();
+    }
+    void remark(const QString& text) override { remarks << text; }
     void note(const QString& step)
     {
         if (!last.isEmpty())
@@ -51,9 +58,11 @@ struct Listener final : BurnObserver
     }
 
     QStringList steps;
+    QStringList remarks;
     QString last;
     int compared = 0; ///< The last track that was compared to its end.
     std::function<void(int, qint64)> onProgress;
+    std::function<void()> onCompare;
     std::function<void(const QString&)> onStep;
 };
 
@@ -75,6 +84,16 @@ struct Bench
     QStringList found() const
     {
         return QDir(images()).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+    }
+    /// Flips a bit of the image that is being written.
+    void flipBitOfImage(qint64 byte) const
+    {
+        QFile image(QDir(images()).filePath(found().value(0)));
+        char value = 0;
+        QVERIFY(image.open(QIODevice::ReadWrite) && image.seek(byte));
+        image.read(&value, 1);
+        value = static_cast<char>(value ^ 1);
+        QVERIFY(image.seek(byte) && image.write(&value, 1) == 1);
     }
     QString cue() const { return QDir(images()).filePath(found().value(1)); }
 
@@ -124,6 +143,10 @@ private slots:
     void write_withNames_putsThemIntoTheSheet();
     void write_withOddNames_putsWhatASheetCanHold();
     void write_withAChangedSample_namesItsPlace();
+    void write_withABitFlippedBehindIt_namesItsPlace();
+    void write_withABitFlippedBeforeIt_isRight();
+    void write_cutOffWhileCompared_isAnError();
+    void write_cancelledWhileCompared_isKeptAndSaysSo();
     void write_intoAFolderThatIsNoUtf8_isComparedToo();
     void write_always_tellsItsStepsInOrder();
     void write_twiceInOneSecond_replacesNothing();
@@ -273,6 +296,62 @@ void TestImageRecorder::write_withAChangedSample_namesItsPlace()
     QCOMPARE(error->error, BurnErrorCode::kVerify);
     QVERIFY2(error->description.contains("track 2 at 00:01:00"), qPrintable(error->description));
     QCOMPARE(bench.found(), QStringList());
+}
+
+/// What happens to the beginning of an image while its end is being written.
+void TestImageRecorder::write_withABitFlippedBehindIt_namesItsPlace()
+{
+    Bench bench({588 * 300, 588 * 400});
+    bool done = false;
+    bench.listener.onProgress = [&](int track, qint64) {
+        if (track == 2 && !std::exchange(done, true))
+            bench.flipBitOfImage(100 * 2352 + 7);
+    };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kVerify);
+    QVERIFY2(error->description.contains("track 1 at 00:01:25"), qPrintable(error->description));
+    QVERIFY2(error->description.contains("1 frame differs"), qPrintable(error->description));
+    QCOMPARE(bench.found(), QStringList());
+}
+
+/// The writing goes over it.
+void TestImageRecorder::write_withABitFlippedBeforeIt_isRight()
+{
+    Bench bench({588 * 300, 588 * 400});
+    bool done = false;
+    bench.listener.onProgress = [&](int track, qint64) {
+        if (track == 1 && !std::exchange(done, true))
+            bench.flipBitOfImage(600 * 2352 + 7);
+    };
+    QVERIFY(!bench.write());
+    QVERIFY(done);
+    QCOMPARE(readTrack(bench.cue(), 2), bench.sounds[1]);
+}
+
+void TestImageRecorder::write_cutOffWhileCompared_isAnError()
+{
+    Bench bench({588 * 300, 588 * 1500});
+    bench.listener.onCompare = [&] {
+        QFile::resize(QDir(bench.images()).filePath(bench.found().value(0)), 2'000'000);
+    };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kVerify);
+    QVERIFY2(error->description.contains("cannot be read"), qPrintable(error->description));
+    QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_cancelledWhileCompared_isKeptAndSaysSo()
+{
+    Bench bench({588 * 300, 588 * 1500});
+    bench.listener.onCompare = [&] { bench.cancelled = true; };
+    QVERIFY(!bench.write());
+    QVERIFY(bench.listener.compared < 2);
+    QVERIFY2(bench.listener.remarks.contains("The disc was written, but not compared with its files."),
+             qPrintable(bench.listener.remarks.join('|')));
+    QCOMPARE(bench.found().size(), 2);
+    QCOMPARE(readTrack(bench.cue(), 2), bench.sounds[1]);
 }
 
 void TestImageRecorder::write_intoAFolderThatIsNoUtf8_isComparedToo()

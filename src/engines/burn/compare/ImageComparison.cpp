@@ -1,5 +1,5 @@
 #include "engines/burn/compare/DiscComparison.h"
-#include "engines/burn/compare/ImageSound.h"
+#include "engines/burn/compare/ImageMatch.h"
 
 #include <QThread>
 
@@ -14,9 +14,15 @@ namespace {
 
 /// A minute of sound: long enough to be worth a thread.
 constexpr qint64 kPartFrames = qint64{60} * kFramesPerSecond;
-constexpr int kMostAtOnce = 4;
+/// More get no more out of the memory, and each holds some megabytes of the files.
+constexpr int kMostAtOnce = 3;
 
 using Part = QList<DiscPiece>;
+
+int atOnce()
+{
+    return std::clamp(QThread::idealThreadCount(), 1, kMostAtOnce);
+}
 
 /// The stretches of a disc, in order, in parts of about the same length.
 QList<Part> partsOf(const QList<DiscPiece>& pieces)
@@ -34,14 +40,6 @@ QList<Part> partsOf(const QList<DiscPiece>& pieces)
     return parts;
 }
 
-Outcome<ComparisonResult> comparePart(const QString& image, const Part& part,
-                                      const std::atomic<bool>* cancelled,
-                                      const DiscComparison::Progress& progress)
-{
-    ImageSound sound(image);
-    return DiscComparison(sound, part, cancelled, progress).run(0);
-}
-
 /// Adds what a later part brought.
 void add(ComparisonResult& whole, const ComparisonResult& part)
 {
@@ -54,6 +52,39 @@ void add(ComparisonResult& whole, const ComparisonResult& part)
     whole.firstTrack = part.firstTrack;
     whole.firstPlace = part.firstPlace;
     whole.inPregap = part.inPregap;
+}
+
+/// The rest of a part, from that frame of that piece on.
+Part restOf(const Part& part, qsizetype piece, qint64 frame)
+{
+    Part rest = part.mid(piece);
+    DiscPiece& first = rest.first();
+    first.start += frame;
+    first.first += frame;
+    first.length = CdTime::fromFrames(first.length.frames() - frame);
+    return rest;
+}
+
+/// Looks quickly for as long as all is well; from there on closely.
+Outcome<ComparisonResult> comparePart(const QString& image, const Part& part,
+                                      const std::atomic<bool>* cancelled,
+                                      const DiscComparison::Progress& progress)
+{
+    ImageSound sound(image);
+    ImageMatch match(sound, part);
+    ComparisonResult result;
+    for (qsizetype i = 0; i < part.size(); ++i) {
+        const qint64 same = match.framesOf(part[i], cancelled, progress);
+        result.comparedFrames += same;
+        if (same == part[i].length.frames())
+            continue;
+        const auto rest = DiscComparison(sound, restOf(part, i, same), cancelled, progress).run(0);
+        if (!rest)
+            return rest.error();
+        add(result, *rest);
+        break;
+    }
+    return result;
 }
 
 /// Which of the parts was the first to differ is told by their order.
@@ -95,7 +126,7 @@ Outcome<ComparisonResult> compareImage(const QString& image, const QList<DiscPie
         }
     };
     std::vector<std::future<void>> others;
-    for (int i = std::clamp(QThread::idealThreadCount(), 1, kMostAtOnce); i > 1; --i)
+    for (qsizetype i = std::min<qsizetype>(parts.size(), atOnce()); i > 1; --i)
         others.push_back(std::async(
             std::launch::async, work, [](qsizetype) {}, [](int, qint64, qint64) {}));
     qsizetype told = 0;

@@ -6,6 +6,8 @@
 
 namespace zib {
 
+class FileView;
+
 /// The sound of a disc image: frames one behind the other from the file's first byte on.
 class ImageSound final : public DiscSamples
 {
@@ -14,6 +16,8 @@ public:
 
     Outcome<> read(qint64 frame, int count, char* buffer) override;
     qint64 leadOut() const override { return m_frames; }
+    /// Shows whole frames without a copy.  @returns as FileView::show.
+    bool show(FileView& view, qint64 frame, qint64 count) const;
 
 private:
     QFile m_file;

@@ -1,6 +1,7 @@
 #include "engines/burn/tracks/TrackSource.h"
 
 #include "common/NativeName.h"
+#include "engines/burn/tracks/FileView.h"
 
 #include <QtEndian>
 
@@ -266,10 +267,7 @@ Outcome<> TrackSource::open(const BurnTrack& track)
     m_track = track;
     m_done = 0;
     m_file = openToRead(track.path);
-    struct stat s
-    {
-    };
-    if (m_file < 0 || fstat(m_file, &s) != 0 || !stampOf(s).sameContent(track.stamp))
+    if (m_file < 0 || !isUnchanged())
         return unreadableFile(m_track.name);
     posix_fadvise(m_file, track.dataOffset, track.dataBytes, POSIX_FADV_SEQUENTIAL);
     return {};
@@ -291,13 +289,22 @@ Outcome<qint64> TrackSource::read(char* buffer, qint64 size)
     }
     std::memset(buffer + sound, 0, static_cast<size_t>(wanted - sound));
     m_done += wanted;
+    if (sound > 0 && m_done >= m_track.dataBytes && !isUnchanged())
+        return unreadableFile(m_track.name);
+    return wanted;
+}
+
+bool TrackSource::show(FileView& view, qint64 offset, qint64 size) const
+{
+    return view.show(m_file, m_track.dataOffset + offset, size);
+}
+
+bool TrackSource::isUnchanged() const
+{
     struct stat s
     {
     };
-    if (sound > 0 && m_done >= m_track.dataBytes &&
-        (fstat(m_file, &s) != 0 || !stampOf(s).sameContent(m_track.stamp)))
-        return unreadableFile(m_track.name);
-    return wanted;
+    return fstat(m_file, &s) == 0 && stampOf(s).sameContent(m_track.stamp);
 }
 
 } // namespace zib

@@ -8,6 +8,8 @@
 
 namespace zib {
 
+class FileView;
+
 /// One track as a recorder takes it: where its samples stand in a file, in CD format.
 struct BurnTrack
 {
@@ -45,6 +47,11 @@ public:
     Outcome<qint64> read(char* buffer, qint64 size);
     /// The next byte to be read, counted from the track's beginning; at most size().
     void seek(qint64 offset) { m_done = offset; }
+    /// Shows so many bytes of the samples from @p offset of the track on, as they stand in the file and
+    /// without a copy; the silence behind them is in no file.  @returns as FileView::show.
+    bool show(FileView& view, qint64 offset, qint64 size) const;
+    /// Whether the file's content is what it was when the track was found.
+    bool isUnchanged() const;
     /// Bytes of the whole track on the disc.
     qint64 size() const { return m_track.length.bytes(); }
 
