@@ -14,6 +14,7 @@
 #include "platform/DesktopDialogs.h"
 #include "platform/DesktopFolderPicker.h"
 #include "platform/DesktopShell.h"
+#include "platform/HeadStart.h"
 #include "platform/IniQueue.h"
 #include "platform/LogindInhibitor.h"
 #include "platform/ProgramFolder.h"
@@ -47,11 +48,13 @@ zib::Components engines()
 
 int main(int argc, char* argv[])
 {
+    zib::HeadStart headStart;
     QApplication application(argc, argv);
+    headStart.applicationIsThere();
     zib::QuitSignals quit;
     QApplication::setApplicationName(zib::kApplicationTitle);
     QGuiApplication::setDesktopFileName(QStringLiteral("zibcdburner"));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/zibcdburner.svg")));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/drawn/zibcdburner.drawn")));
 
     zib::IniFile disk;
     zib::IniQueue ini(disk);
@@ -61,6 +64,7 @@ int main(int argc, char* argv[])
     zib::LogindInhibitor inhibitor;
     zib::BoxMessages messages;
     zib::DesktopDialogs dialogs;
+    headStart.awaitFonts();
     const zib::ProgramFolder place = zib::findProgramFolder();
     zib::setApplicationFolder(place.path);
     if (!place.trouble.isEmpty())

@@ -1,0 +1,39 @@
+#include "platform/HeadStart.h"
+
+#include <QFontDatabase>
+#include <QImageReader>
+#include <QtTest>
+
+class TestHeadStart : public QObject
+{
+    Q_OBJECT
+private slots:
+    void withoutApplication_endsAtOnce();
+    void fonts_areThere_onceAwaited();
+    void unawaited_endsWithTheProgram();
+};
+
+/// Where the toolkit ends the program, or the caller never comes so far.
+void TestHeadStart::withoutApplication_endsAtOnce()
+{
+    const zib::HeadStart none;
+}
+
+void TestHeadStart::fonts_areThere_onceAwaited()
+{
+    zib::HeadStart headStart;
+    headStart.applicationIsThere();
+    headStart.awaitFonts();
+    headStart.awaitFonts();
+    QVERIFY(QFontMetrics(QFont()).height() > 0);
+    QVERIFY(QImageReader::supportedImageFormats().contains("png"));
+}
+
+void TestHeadStart::unawaited_endsWithTheProgram()
+{
+    zib::HeadStart headStart;
+    headStart.applicationIsThere();
+}
+
+QTEST_MAIN(TestHeadStart)
+#include "tst_headstart.moc"
