@@ -6,9 +6,6 @@
 
 namespace zib {
 
-/// One left and one right sample.
-constexpr int kBytesPerPair = 4;
-
 /// The sound of a disc or an image, frame by frame, as a player would get it. Calls block; one thread.
 class DiscSamples
 {

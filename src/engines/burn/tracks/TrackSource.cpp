@@ -18,7 +18,6 @@ namespace zib {
 
 namespace {
 
-constexpr qint64 kBytesPerPair = 4;
 /// A file with more chunks is made to keep its reader busy.
 constexpr int kMostChunks = 10'000;
 /// So many chunks behind an empty one must lead to the end of the file to make it believable.

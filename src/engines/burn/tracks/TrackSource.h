@@ -10,6 +10,9 @@ namespace zib {
 
 class FileView;
 
+/// One left and one right sample.
+inline constexpr int kBytesPerPair = 4;
+
 /// One track as a recorder takes it: where its samples stand in a file, in CD format.
 struct BurnTrack
 {
