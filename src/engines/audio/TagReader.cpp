@@ -90,7 +90,7 @@ QString shown(const QString& whole)
     return line.trimmed();
 }
 
-qint64 id3v2Bytes(const QByteArray& head)
+qint64 toldBytes(const QByteArray& head)
 {
     if (head.size() < 10 || !head.startsWith("ID3"))
         return 0;
@@ -101,7 +101,7 @@ qint64 id3v2Bytes(const QByteArray& head)
 // The tag alone is handed to the library, as a file in memory.
 Tag readId3v2At(const SourceFile& file, qint64 offset, qint64 most)
 {
-    const qint64 told = id3v2Bytes(file.bytes(offset, 10));
+    const qint64 told = toldBytes(file.bytes(offset, 10));
     if (told == 0)
         return {};
     teachPlainText();
