@@ -79,12 +79,14 @@ ClosedWrites::Write ClosedWrites::take(const DVDWriterPro* writer)
     return taken;
 }
 
+/// There is no window any more that shows the remark: where an image lies, or that a disc was not compared.
 void ClosedWrites::completed(const DVDWriterPro* writer)
 {
     const Write write = take(writer);
     if (!write.writer->testWrite())
         write.writer->finish(false);
-    tell([this](QWidget* owner) { m_messages.information(owner, WriteTexts::kCompleted); });
+    const QString text = WriteTexts::kCompleted + (write.remark.isEmpty() ? QString() : u'\n' + write.remark);
+    tell([this, text](QWidget* owner) { m_messages.information(owner, text); });
 }
 
 /// A cancelled write that left nothing behind is what the user asked for.

@@ -180,16 +180,20 @@ void frmWrite::cmdExit_Click()
     close();
 }
 
+/// Whatever had the focus, it goes to Cancel and never by itself to Exit, which would end a write by a key.
 void frmWrite::EnableControls(bool enable)
 {
     const bool cancelWasNext = ui->cmdCancel->hasFocus();
+    const bool exitWasNext = ui->cmdExit->hasFocus();
     if (!enable)
-        ui->cmdCancel->setEnabled(true); // before the others, so that it inherits their focus and not Exit
+        ui->cmdCancel->setEnabled(true); // before the others, so that it inherits their focus
     for (QWidget* control :
          std::initializer_list<QWidget*>{ui->cboDevices, ui->cboWriteSpeed, ui->cmdWrite, ui->cmdOptions})
         control->setEnabled(enable);
     if (enable && cancelWasNext)
         ui->cmdWrite->setFocus();
+    if (!enable && !exitWasNext && ui->cmdExit->hasFocus())
+        ui->cmdCancel->setFocus();
     ui->cmdCancel->setEnabled(!enable);
     IsIdle = enable;
 }

@@ -81,6 +81,7 @@ void frmWrite::ListDevices()
 void frmWrite::ListWriteSpeeds()
 {
     const QPointer<frmWrite> self(this);
+    const bool writeWasNext = ui->cmdWrite->hasFocus();
     beginAsking(WriteTexts::kAskingDrive);
     ui->cmdWrite->setEnabled(false);
     ui->cboWriteSpeed->setEnabled(false);
@@ -91,6 +92,8 @@ void frmWrite::ListWriteSpeeds()
         return cboDevices_Click();
     ui->cmdWrite->setEnabled(ui->cboDevices->isEnabled());
     ui->cboWriteSpeed->setEnabled(ui->cboDevices->isEnabled());
+    if (writeWasNext)
+        ui->cmdWrite->setFocus();
     ui->cboWriteSpeed->clear();
     ui->cboWriteSpeed->addItem(WriteTexts::kDefaultSpeed, 0);
     for (const zib::WriteSpeed& speed : speeds)

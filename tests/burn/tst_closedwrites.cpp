@@ -43,6 +43,14 @@ private slots:
         QCOMPARE(desk.said(), QStringList{"i: Writing is completed."});
         QCOMPARE(desk.messages.owners.value(0).data(), &desk.window);
     }
+    void completed_tellsWhatTheWindowWouldHaveNoted()
+    {
+        Desk desk;
+        emit desk.writer->Remark("The disc was written, but not compared with its files.");
+        emit desk.writer->WriteCompleted();
+        QCOMPARE(desk.said(), QStringList{"i: Writing is completed.\nThe disc was written, but not compared "
+                                          "with its files."});
+    }
     void cancelled_tellsTheDiscsState_andNothingWithoutOne()
     {
         Desk desk;

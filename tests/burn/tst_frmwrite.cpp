@@ -151,6 +151,8 @@ private slots:
     void error_ofAnyKind_isTold();
     void states_always_enableTheirControls();
     void focus_whileWriting_isOnCancel();
+    void focus_onOptionsAsWritingBegins_goesToCancel();
+    void focus_whenAnotherDriveIsAsked_staysOnStart();
     void escape_always_doesNothing();
     void exit_whenIdle_closes();
     void exit_onEnter_closesAndWritesNothing();
@@ -818,6 +820,36 @@ void TestFrmWrite::focus_whileWriting_isOnCancel()
     QVERIFY(!desk.writer->calls.contains("cancel"));
     desk.click("cmdCancel");
     QTRY_VERIFY(desk.control<QPushButton>("cmdWrite")->hasFocus());
+}
+
+/// A letter of the keyboard starts the write while the focus stands on Options.
+void TestFrmWrite::focus_onOptionsAsWritingBegins_goesToCancel()
+{
+    Desk desk;
+    QVERIFY(desk.open());
+    desk.window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(desk.window.data()));
+    desk.control<QPushButton>("cmdOptions")->setFocus();
+    desk.control<QPushButton>("cmdWrite")->click();
+    QVERIFY(desk.writer->running);
+    QVERIFY(desk.control<QPushButton>("cmdCancel")->hasFocus());
+    QTest::keyClick(desk.window.data(), Qt::Key_Return);
+    QVERIFY(desk.window->isVisible());
+    QVERIFY(!desk.writer->calls.contains("cancel"));
+}
+
+void TestFrmWrite::focus_whenAnotherDriveIsAsked_staysOnStart()
+{
+    Desk desk;
+    QVERIFY(desk.open());
+    desk.window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(desk.window.data()));
+    QTRY_VERIFY(desk.control<QPushButton>("cmdWrite")->hasFocus());
+    auto* drives = desk.control<QComboBox>("cboDevices");
+    emit drives->activated(drives->currentIndex());
+    emit drives->activated(drives->currentIndex());
+    QTRY_VERIFY(desk.control<QPushButton>("cmdWrite")->isEnabled());
+    QVERIFY(desk.control<QPushButton>("cmdWrite")->hasFocus());
 }
 
 void TestFrmWrite::escape_always_doesNothing()
