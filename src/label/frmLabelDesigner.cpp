@@ -2,7 +2,6 @@
 #include "ui_frmLabelDesigner.h"
 
 #include "common/Messages.h"
-#include "common/Twips.h"
 #include "common/Windows.h"
 #include "label/LabelControls.h"
 #include "label/LabelDialogs.h"
@@ -15,26 +14,9 @@
 #include <QShortcut>
 #include <QTimer>
 
-#include <algorithm>
-
 using LabelMaker::LabelDocument;
 
 namespace {
-
-constexpr int kNothing = -2;
-constexpr int kTitle = -1;
-constexpr int kNarrowestEditorTwips = 750;
-constexpr int kCaretRoom = 8;             ///< Pixels.
-constexpr int kLightestTextOnWhite = 190; ///< Lightness, of 255.
-
-/// The editor's colours: the label's own on white, or on black where white would hide them.
-QPalette editorColors(const QWidget* editor, const QColor& text)
-{
-    QPalette colors = editor->palette();
-    colors.setColor(QPalette::Text, text);
-    colors.setColor(QPalette::Base, text.lightness() > kLightestTextOnWhite ? Qt::black : Qt::white);
-    return colors;
-}
 
 /// What the label says of a table that it cannot hold; nothing when it holds all.
 QString fitText(QSize area)
@@ -166,35 +148,9 @@ void frmLabelDesigner::keyPressEvent(QKeyEvent* event)
         QDialog::keyPressEvent(event);
 }
 
-bool frmLabelDesigner::focusNextPrevChild(bool next)
-{
-    const bool editing = EditTarget != kNothing && focusWidget() == ui->txtCursor;
-    return (editing && editNext(next)) || QDialog::focusNextPrevChild(next);
-}
-
 void frmLabelDesigner::Form_Click()
 {
     EndCellEdit();
-}
-
-void frmLabelDesigner::cdTitle_Click()
-{
-    edit(kTitle);
-}
-
-void frmLabelDesigner::labels_Click(int n)
-{
-    edit(n);
-}
-
-/// The editor grows with its text, as the label will.
-void frmLabelDesigner::txtCursor_Change()
-{
-    const int text = ui->txtCursor->fontMetrics().horizontalAdvance(ui->txtCursor->text());
-    const int wanted = zib::wholePixels(LabelDocument.PaddingLeft) + text + kCaretRoom;
-    const int room = ui->Picture1->width() - ui->txtCursor->x();
-    ui->txtCursor->resize(std::clamp(wanted, ui->txtCursor->width(), std::max(room, ui->txtCursor->width())),
-                          ui->txtCursor->height());
 }
 
 void frmLabelDesigner::Title_Click()
@@ -257,94 +213,4 @@ void frmLabelDesigner::showFit()
     ui->lblFit->setText(text);
     ui->lblFit->setVisible(!text.isEmpty());
     ui->cmdFit->setVisible(zib::layout::tighterRows(labelArea()).has_value());
-}
-
-/// The text before or behind another; nothing at either end.
-int frmLabelDesigner::neighbourOf(int target, bool forward) const
-{
-    int next = target;
-    const QRect area = ui->Picture1->rect();
-    do {
-        next = next == kTitle ? (forward ? 1 : kNothing)
-                              : (next == 1 && !forward ? kTitle : next + (forward ? 1 : -1));
-    } while (m_surface->label(next) && !area.intersects(m_surface->label(next)->geometry()));
-    return next == kTitle || m_surface->label(next) ? next : kNothing;
-}
-
-/// Moves the editor to the neighbouring text that is on the label, and leaves it at either end. @returns
-/// whether the focus is where it belongs.
-bool frmLabelDesigner::editNext(bool forward)
-{
-    const int target = neighbourOf(EditTarget, forward);
-    if (target == kNothing) {
-        EndCellEdit();
-        return forward; // the hidden editor has handed the focus on already
-    }
-    edit(target);
-    return true;
-}
-
-void frmLabelDesigner::edit(int target)
-{
-    EndCellEdit();
-    EditTarget = target;
-    BeginCellEdit(targetLabel());
-}
-
-zib::TextControl* frmLabelDesigner::targetLabel() const
-{
-    return EditTarget == kTitle ? m_surface->title() : m_surface->label(EditTarget);
-}
-
-/// In pixels. Beyond the label nobody would see it, so there it is moved and narrowed into it.
-QRect frmLabelDesigner::editorPlace(const zib::TextControl* label) const
-{
-    const qint32 padding = LabelDocument.PaddingLeft;
-    const int wanted = zib::twipsFromPixels(label->width()) + padding + 30;
-    const int width =
-        std::min(zib::wholePixels(std::max(wanted, kNarrowestEditorTwips)), ui->Picture1->width());
-    const int height = std::min(label->height(), ui->Picture1->height());
-    const int left = zib::wholePixels(label->item().left - padding + 15);
-    const int top = zib::wholePixels(label->item().top - LabelDocument.PaddingTop + 15);
-    const int narrowest = std::min(width, zib::wholePixels(kNarrowestEditorTwips));
-    const int shownLeft = std::clamp(left, 0, ui->Picture1->width() - narrowest);
-    return {shownLeft, std::clamp(top, 0, ui->Picture1->height() - height),
-            std::min(width, ui->Picture1->width() - shownLeft), height};
-}
-
-void frmLabelDesigner::BeginCellEdit(const zib::TextControl* label)
-{
-    QLineEdit* editor = ui->txtCursor;
-    editor->setFont(label->font());
-    editor->setPalette(editorColors(editor, label->item().color));
-    editor->setText(label->text());
-    editor->setGeometry(editorPlace(label));
-    editor->raise();
-    editor->show();
-    editor->setFocus();
-    editor->selectAll();
-    ui->scrollArea->ensureWidgetVisible(editor);
-}
-
-void frmLabelDesigner::EndCellEdit()
-{
-    if (zib::TextControl* label = targetLabel()) {
-        const QString text = ui->txtCursor->text();
-        label->setCaption(text.isEmpty() ? LabelMaker::kTenBlanks : text);
-    }
-    // A cell's new text stays in its label only; a title is kept in the document.
-    if (EditTarget == kTitle) {
-        LabelMaker::Document document = LabelDocument;
-        document.TitleText = m_surface->title()->text();
-        LabelMaker::setLabelDocument(document);
-        m_surface->title()->setCaption(LabelDocument.TitleText); // As much of it as the document holds.
-    }
-    hideEditor();
-}
-
-/// Hiding the editor hands the focus on, which must not be taken for a step to the next text.
-void frmLabelDesigner::hideEditor()
-{
-    EditTarget = kNothing;
-    ui->txtCursor->hide();
 }

@@ -50,6 +50,9 @@ protected:
     bool focusNextPrevChild(bool next) override;
 
 private:
+    static constexpr int kNothing = -2;
+    static constexpr int kTitle = -1;
+
     void connectControls();
     void Form_Load(const QList<zib::CompilationRow>& rows);
     void Form_Click();
@@ -76,5 +79,5 @@ private:
     std::unique_ptr<Ui::frmLabelDesigner> ui;
     const zib::Services m_services;
     std::unique_ptr<zib::LabelSurface> m_surface;
-    int EditTarget = -2; ///< -2 is nothing, -1 the title, a positive number that member of labels.
+    int EditTarget = kNothing; ///< Or kTitle; a positive number is that member of labels.
 };
