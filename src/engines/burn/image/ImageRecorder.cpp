@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <future>
 #include <utility>
 
 namespace zib {
@@ -89,6 +90,7 @@ private:
     QList<CueTrack> m_layout;
     CdTime m_written;
     QByteArray m_buffer;
+    std::future<Outcome<>> m_flushed; ///< Whether the image is on the storage; last, for its end is awaited.
 };
 
 Outcome<> ImageRun::begin()
@@ -170,8 +172,7 @@ Outcome<> ImageRun::put(qint64 bytes)
 Outcome<> ImageRun::close()
 {
     const QByteArray text = cueText(m_stem + QStringLiteral(".bin"), m_layout, m_job.names);
-    if (auto flushed = m_bin.flush(); !flushed)
-        return flushed;
+    m_flushed = std::async([this] { return m_bin.flush(); });
     if (auto created = m_cue.create(m_folder, m_stem + QStringLiteral(".cue")); !created)
         return created;
     if (auto written = m_cue.write(text.constData(), text.size()); !written)
@@ -208,6 +209,8 @@ Outcome<> ImageRun::readBack() const
 
 Outcome<> ImageRun::giveNames()
 {
+    if (auto flushed = m_flushed.get(); !flushed)
+        return flushed;
     if (auto kept = m_bin.keep(); !kept)
         return kept;
     if (auto kept = m_cue.keep(); !kept) {
