@@ -85,6 +85,7 @@ function(zib_test name)
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 300)
     endif()
+    math(EXPR arg_TIMEOUT "${arg_TIMEOUT} * ${ZIB_PATIENCE}")
     add_executable(${name} ${arg_SOURCES})
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/tests)
     target_compile_definitions(${name} PRIVATE ZIB_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
