@@ -146,6 +146,8 @@ private slots:
     void write_withABitFlippedBehindIt_namesItsPlace();
     void write_withABitFlippedBeforeIt_isRight();
     void write_cutOffWhileCompared_isAnError();
+    void write_intoAFolderThatGoesWhileCompared_saysSo();
+    void write_ofAFileThatGoesWhileCompared_keepsTheImage();
     void write_cancelledWhileCompared_isKeptAndSaysSo();
     void write_intoAFolderThatIsNoUtf8_isComparedToo();
     void write_always_tellsItsStepsInOrder();
@@ -340,6 +342,36 @@ void TestImageRecorder::write_cutOffWhileCompared_isAnError()
     QCOMPARE(error->error, BurnErrorCode::kVerify);
     QVERIFY2(error->description.contains("cannot be read"), qPrintable(error->description));
     QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_intoAFolderThatGoesWhileCompared_saysSo()
+{
+    Bench bench({588 * 300, 588 * 1500});
+    bench.listener.onCompare = [&] {
+        bench.flipBitOfImage(2352 * 1500); // the files that are open yet go on to be read
+        QDir(bench.images()).removeRecursively();
+        bench.listener.onCompare = nullptr;
+    };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kStorage);
+    QVERIFY2(error->description.contains("went away while it was compared"), qPrintable(error->description));
+    QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_ofAFileThatGoesWhileCompared_keepsTheImage()
+{
+    Bench bench({588 * 300, 588 * 1500});
+    bench.listener.onStep = [&](const QString& step) {
+        if (step == "closing disc")
+            QFile::remove(bench.job.tracks[1].path);
+    };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kSourceFile);
+    QCOMPARE(bench.found().size(), 2);
+    QVERIFY2(error->description.endsWith(" The disc image: " + bench.cue()), qPrintable(error->description));
+    QCOMPARE(readTrack(bench.cue(), 2), bench.sounds[1]);
 }
 
 void TestImageRecorder::write_cancelledWhileCompared_isKeptAndSaysSo()

@@ -62,6 +62,9 @@ public:
         return compareWithFiles(m_bin.currentPath(), piecesOf(m_job.tracks), m_job, m_observer);
     }
     Outcome<> giveNames();
+    /// Whether the image still lies where it was written.
+    bool isThere() const { return pathExists(m_bin.currentPath()); }
+    QString sheet() const { return QDir(m_folder).filePath(m_stem + QStringLiteral(".cue")); }
 
 private:
     /// What an unfinished step answers when the user asked to stop.
@@ -217,14 +220,12 @@ Outcome<> ImageRun::giveNames()
         m_bin.remove();
         return kept;
     }
-    m_observer.remark(QStringLiteral("The disc image: ") +
-                      QDir(m_folder).filePath(m_stem + QStringLiteral(".cue")));
+    m_observer.remark(QStringLiteral("The disc image: ") + sheet());
     return {};
 }
 
-const QString kNotKept =
-    QStringLiteral(" The image was not kept. Look after the drive that holds its folder, then "
-                   "write again.");
+const QString kAgain = QStringLiteral(" Look after the drive that holds its folder, then write again.");
+const QString kNotKept = QStringLiteral(" The image was not kept.") + kAgain;
 
 /// A storage that does not give back what was written is no matter of discs.
 BurnError errorOf(const Failure& failure)
@@ -236,6 +237,19 @@ BurnError errorOf(const Failure& failure)
                 .arg(failure.detail) +
             kNotKept;
     return error;
+}
+
+/// What the comparing found wrong. An image whose files went away meanwhile is kept: it may well be right.
+BurnError errorOf(BurnError wrong, ImageRun& run)
+{
+    if (!run.isThere())
+        return {.error = BurnErrorCode::kStorage,
+                .description =
+                    QStringLiteral("The image \"%1\" went away while it was compared.").arg(run.sheet()) +
+                    kAgain};
+    const bool kept = wrong.error != BurnErrorCode::kVerify && run.giveNames();
+    wrong.description += kept ? QStringLiteral(" The disc image: ") + run.sheet() : kNotKept;
+    return wrong;
 }
 
 } // namespace
@@ -269,11 +283,8 @@ std::optional<BurnError> ImageRecorder::write(const BurnJob& job, BurnObserver& 
         return errorOf(written.error());
     if (job.simulate)
         return std::nullopt;
-    if (auto wrong = run.compare()) {
-        if (wrong->error == BurnErrorCode::kVerify)
-            wrong->description += kNotKept;
-        return wrong;
-    }
+    if (const auto wrong = run.compare())
+        return errorOf(*wrong, run);
     if (auto named = run.giveNames(); !named)
         return BurnError::from(named.error());
     return std::nullopt;
