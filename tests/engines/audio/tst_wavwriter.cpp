@@ -1,3 +1,4 @@
+#include "engines/audio/convert/Ditherer.h"
 #include "engines/audio/AudioKit.h"
 #include "engines/audio/makers.h"
 #include "engines/audio/wav/WavWriter.h"
@@ -208,8 +209,16 @@ private slots:
         QCOMPARE(kit::contentOf(path), QByteArray("before"));
         QCOMPARE(filesIn(folder.path()), (QStringList{"a.wav", "source.wav"}));
     }
+    void status_onAFullDisc_isNegativeAtCloseAtTheLatest_data()
+    {
+        QTest::addColumn<AudioBlock>("second");
+        const QList<qint16> narrow = kit::music16(44100, 2, 44100);
+        QTest::newRow("written as it is") << AudioBlock(narrow);
+        QTest::newRow("rounded first") << AudioBlock(widened({narrow.constData(), size_t(narrow.size())}));
+    }
     void status_onAFullDisc_isNegativeAtCloseAtTheLatest()
     {
+        QFETCH(AudioBlock, second);
         const QTemporaryDir folder;
         const auto writer = makeAudioFile();
         writer->setOutputFormat(44100, 2, 16);
@@ -218,7 +227,7 @@ private slots:
             QCOMPARE(writer->create(folder.filePath("a.wav")), 0);
             writer->setInputFormat(44100, 2);
             for (int i = 0; i < 50; ++i) // goes on after the failure without harm and without waiting
-                writer->writeBlock(AudioBlock(kit::music16(44100, 2, 44100)));
+                writer->writeBlock(second);
             writer->close();
         }
         QVERIFY(writer->status() < 0);
@@ -226,6 +235,22 @@ private slots:
         QCOMPARE(writer->create(folder.filePath("b.wav")), 0);
         writer->close();
         QCOMPARE(writer->status(), 0);
+    }
+    void droppedInTheMiddle_leavesNothing()
+    {
+        const QTemporaryDir folder;
+        const QList<qint16> narrow = kit::music16(44100, 2, 44100);
+        const AudioBlock second(widened({narrow.constData(), size_t(narrow.size())}));
+        for (const bool discarded : {true, false}) {
+            const auto writer = makeAudioFile();
+            QCOMPARE(writer->create(folder.filePath("a.wav")), 0);
+            writer->setInputFormat(44100, 2);
+            for (int i = 0; i < 20; ++i)
+                writer->writeBlock(second);
+            if (discarded)
+                writer->discard();
+        }
+        QVERIFY(filesIn(folder.path()).isEmpty());
     }
     void append_beyondTheFormatsLimit_fails()
     {

@@ -3,6 +3,7 @@
 #include "engines/audio/unsetsamples.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zib {
 
@@ -12,6 +13,16 @@ template <typename Sample>
 std::span<const Sample> spanOf(const QList<Sample>& samples)
 {
     return {samples.constData(), static_cast<size_t>(samples.size())};
+}
+
+/// The same in both ears.
+QList<qint16> doubled(const QList<qint16>& samples)
+{
+    QList<qint16> both = unsetSamples<qint16>(samples.size() * 2);
+    qint16* out = both.data();
+    for (qsizetype i = 0; i < samples.size(); ++i)
+        out[2 * i] = out[2 * i + 1] = samples[i];
+    return both;
 }
 
 } // namespace
@@ -54,6 +65,9 @@ void WriteBehind::work()
         emitWide(spanOf(m_converter->finish()));
     if (m_converter && m_converter->failed())
         m_failed = true;
+    m_rounded.close();
+    if (m_writing.joinable())
+        m_writing.join();
 }
 
 // After a failure blocks are still taken, so that nobody waits for room.
@@ -62,15 +76,15 @@ void WriteBehind::take(const AudioBlock& block)
     if (m_failed)
         return;
     if (const auto* narrow = block.narrow())
-        takeNarrow(spanOf(*narrow));
+        takeNarrow(*narrow);
     else
         takeWide(spanOf(*block.wide()));
 }
 
-void WriteBehind::takeNarrow(std::span<const qint16> samples)
+void WriteBehind::takeNarrow(const QList<qint16>& samples)
 {
     if (converts() || m_input.channels > m_channels)
-        takeWide(spanOf(widened(samples)));
+        takeWide(spanOf(widened(spanOf(samples))));
     else
         emitNarrow(samples);
 }
@@ -86,22 +100,30 @@ void WriteBehind::takeWide(std::span<const float> samples)
         emitWide(samples);
 }
 
+// Rounding and writing take about as long as each other, so what is rounded is written beside it.
 void WriteBehind::emitWide(std::span<const float> samples)
 {
-    emitNarrow(spanOf(m_ditherer.round(samples)));
+    if (!m_writing.joinable())
+        m_writing = std::thread([this] {
+            for (QList<qint16> rounded; m_rounded.pop(rounded);)
+                append(rounded);
+        });
+    emitNarrow(m_ditherer.round(samples));
 }
 
-void WriteBehind::emitNarrow(std::span<const qint16> samples)
+void WriteBehind::emitNarrow(QList<qint16> samples)
 {
-    QList<qint16> doubled;
-    if (m_output.channels > m_channels) {
-        doubled = unsetSamples<qint16>(static_cast<qsizetype>(samples.size()) * 2);
-        qint16* out = doubled.data();
-        for (size_t i = 0; i < samples.size(); ++i)
-            out[2 * i] = out[2 * i + 1] = samples[i];
-        samples = spanOf(doubled);
-    }
-    if (!m_writer->append(samples))
+    if (m_output.channels > m_channels)
+        samples = doubled(samples);
+    if (m_writing.joinable())
+        m_rounded.push(std::move(samples));
+    else
+        append(samples);
+}
+
+void WriteBehind::append(const QList<qint16>& samples)
+{
+    if (!m_failed && !m_writer->append(spanOf(samples)))
         m_failed = true;
 }
 

@@ -21,7 +21,8 @@ struct SoundFormat
     bool operator==(const SoundFormat&) const = default;
 };
 
-/// Brings blocks to another format and into a file, on a thread of its own.
+/// Brings blocks to another format and into a file, on a thread of its own; where samples are rounded, they
+/// are written on another one.
 class WriteBehind
 {
 public:
@@ -39,10 +40,11 @@ public:
 private:
     void work();
     void take(const AudioBlock& block);
-    void takeNarrow(std::span<const qint16> samples);
+    void takeNarrow(const QList<qint16>& samples);
     void takeWide(std::span<const float> samples);
     void emitWide(std::span<const float> samples);
-    void emitNarrow(std::span<const qint16> samples);
+    void emitNarrow(QList<qint16> samples);
+    void append(const QList<qint16>& samples);
     QList<float> mono(std::span<const float> samples) const;
     bool converts() const { return m_input.rateHz != m_output.rateHz; }
 
@@ -53,7 +55,9 @@ private:
     std::unique_ptr<RateConverter> m_converter;
     Ditherer m_ditherer;
     BoundedQueue<AudioBlock> m_blocks{8};
+    BoundedQueue<QList<qint16>> m_rounded{4};
     std::atomic<bool> m_failed = false;
+    std::thread m_writing;
     std::thread m_thread; // last: it uses everything above
 };
 
