@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
+#include <QRegularExpression>
 
 #include <cerrno>
 #include <cstring>
@@ -30,6 +31,19 @@ QString recordOf(const QString& folder)
 bool mayWrite(const QString& folder)
 {
     return ::access(nativeName(folder).constData(), W_OK | X_OK) == 0;
+}
+
+/// The folders of installed programs in the file system's standard hierarchy: what changes lies elsewhere.
+bool isSystemFolder(const QString& folder)
+{
+    static const QRegularExpression installed(QStringLiteral("^/usr/(local/)?(s?bin|lib(|32|64|exec))(/|$)"));
+    return installed.match(folder).hasMatch();
+}
+
+/// Root may write everywhere, but a copy that is installed for all accounts keeps nothing of one of them.
+bool isPortable(const QString& executableFolder)
+{
+    return !isSystemFolder(executableFolder) && mayWrite(executableFolder);
 }
 
 QByteArray homeFolder()
@@ -149,7 +163,7 @@ QString userProgramFolder()
 
 ProgramFolder findProgramFolder(const QString& executableFolder, const QString& userFolder)
 {
-    if (mayWrite(executableFolder))
+    if (isPortable(executableFolder))
         return {executableFolder};
     if (const int error = makeReady(userFolder, executableFolder); error != 0)
         return {isFolder(userFolder) ? userFolder : executableFolder, troubleWith(userFolder, error)};

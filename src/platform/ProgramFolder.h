@@ -12,8 +12,9 @@ struct ProgramFolder
 };
 
 /// Decides where that folder is. Where the executable's own folder may be written, it is that one, and
-/// nothing is touched. Where not, it is the user's own, which is made when it is missing and gets the data
-/// files; those that an update of the program brings anew replace the old ones, unless the user changed them.
+/// nothing is touched. Where not, and for root too where the program is installed in /usr, it is the user's
+/// own, which is made when it is missing and gets the data files; those that an update of the program brings
+/// anew replace the old ones, unless the user changed them.
 ProgramFolder findProgramFolder();
 /// The same for other folders than this program's.
 ProgramFolder findProgramFolder(const QString& executableFolder, const QString& userFolder);

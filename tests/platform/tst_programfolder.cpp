@@ -21,6 +21,8 @@ class TestProgramFolder : public QObject
 private slots:
     void init();
     void executableFolder_thatMayBeWritten_isIt();
+    void installedFolder_isNeverIt_evenForRoot_data();
+    void installedFolder_isNeverIt_evenForRoot();
     void userFolder_atTheFirstStart_getsTheDataFiles();
     void userFolder_ofAnOddName_isMade();
     void userFolder_afterAnUpdate_getsTheNewFiles();
@@ -133,6 +135,26 @@ void TestProgramFolder::executableFolder_thatMayBeWritten_isIt()
     QCOMPARE(found.trouble, QString());
     QCOMPARE(QDir(m_home).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
     QCOMPARE(QDir(m_program).entryList(QDir::Files | QDir::Hidden).size(), 3);
+}
+
+void TestProgramFolder::installedFolder_isNeverIt_evenForRoot_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<bool>("installed");
+    for (const char* folder : {"/usr/bin", "/usr/lib", "/usr/local/lib", "/usr/local/bin"})
+        QTest::newRow(folder) << folder << true;
+    for (const char* folder : {"/usr/src", "/var/lib", "/opt"})
+        QTest::newRow(folder) << folder << false;
+}
+
+void TestProgramFolder::installedFolder_isNeverIt_evenForRoot()
+{
+    QFETCH(QString, folder);
+    QFETCH(bool, installed);
+    if (::access(qPrintable(folder), W_OK) != 0)
+        QSKIP("This account may not write there anyway");
+    const QString user = m_folder->filePath("ZibCDBurner");
+    QCOMPARE(zib::findProgramFolder(folder, user).path, installed ? user : folder);
 }
 
 void TestProgramFolder::userFolder_atTheFirstStart_getsTheDataFiles()
