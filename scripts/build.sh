@@ -15,6 +15,19 @@ plain_steps() {
     return 0
 }
 
+# need_build_folder: everything is built below this folder, so it must be this account's.
+need_build_folder() {
+    mkdir -p build 2> /dev/null && [[ -z $(find build -maxdepth 1 ! -writable -print -quit) ]] && return 0
+    cat >&2 <<END
+Everything is built in the folder "build" in here, which this account may not write:
+
+    $PWD/build
+
+Copy the sources into a folder of your own, or remove a "build" that another account made, and start $0 there.
+END
+    return 1
+}
+
 # configure_preset NAME: only when it was never done, or otherwise; the builder sees changed lists itself.
 configure_preset() {
     local ninja=build/$1/build.ninja log=build/$1-configure.log

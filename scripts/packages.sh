@@ -77,11 +77,18 @@ apt_install() {
     while [[ $1 != -- ]]; do as+=("$1"); shift; done
     shift
     log=$(mktemp)
-    "${as[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
-        -o APT::Status-Fd=1 "$@" 2>&1 | apt_progress "$log" || status=$?
+    "${as[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends --fix-broken \
+        -o DPkg::Lock::Timeout=300 -o APT::Status-Fd=1 "$@" 2>&1 | apt_progress "$log" || status=$?
     ((status == 0)) || cat "$log" >&2
     rm -f "$log"
     return "$status"
+}
+
+# finish_interrupted AS...: what an installation that was broken off left half done; apt refuses to go on from there.
+finish_interrupted() {
+    [[ -n $(ls -A /var/lib/dpkg/updates 2> /dev/null) ]] || return 0
+    echo "Finishing an installation that was interrupted."
+    "$@" env DEBIAN_FRONTEND=noninteractive dpkg --configure -a > /dev/null 2>&1 || true # what it lacks comes now
 }
 
 # may_install: this account is root or becomes it by sudo, asking for a password only at a terminal.
@@ -127,6 +134,7 @@ install_packages() {
     fi
     ((EUID == 0)) || as=(sudo)
     echo "Installing ${#missing[@]} missing packages: ${missing[*]}"
+    finish_interrupted "${as[@]}"
     "${as[@]}" apt-get update -qq > /dev/null
     mapfile -t missing < <(missing_packages "$@")
     apt_install "${as[@]}" -- "${missing[@]}"
