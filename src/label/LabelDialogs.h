@@ -28,11 +28,17 @@ inline qint16 wholePoints(const QFont& font)
     return narrowed<qint16>(roundHalfEven(font.pointSizeF())).value_or(std::numeric_limits<qint16>::max());
 }
 
-/// Makes a window no larger than its screen has room for, its frame included.
-inline void fitToScreen(QWidget* window)
+/// The largest that a window can be on its screen, without its frame.
+inline QSize roomFor(const QWidget* window)
 {
     constexpr int kFrame = 40; ///< Pixels that a desktop's frames take.
-    window->resize(window->size().boundedTo(window->screen()->availableSize() - QSize(0, kFrame)));
+    return window->screen()->availableSize() - QSize(0, kFrame);
+}
+
+/// Makes a window no larger than its screen has room for.
+inline void fitToScreen(QWidget* window)
+{
+    window->resize(window->size().boundedTo(roomFor(window)));
 }
 
 /// Fills a frame with a colour.

@@ -6,12 +6,16 @@
 #include "common/Twips.h"
 #include "common/Windows.h"
 #include "label/CalibrationPage.h"
+#include "label/LabelDialogs.h"
 #include "label/LabelPainter.h"
 #include "label/LabelPrint.h"
 #include "label/LabelSurface.h"
 
 #include <QMouseEvent>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QShortcut>
+#include <QVBoxLayout>
 
 namespace {
 
@@ -24,13 +28,45 @@ frmPreview::frmPreview(const zib::Services& services, QSize labelArea, QWidget* 
     : QDialog(parent), ui(std::make_unique<Ui::frmPreview>()), m_services(services), m_labelArea(labelArea)
 {
     ui->setupUi(this);
-    m_surface = std::make_unique<zib::LabelSurface>(this, labelArea);
+    m_surface = std::make_unique<zib::LabelSurface>(madeGround(), labelArea);
     m_surface->setImage(standing);
     connectControls();
     Form_Load();
 }
 
 frmPreview::~frmPreview() = default;
+
+/// @returns what the label lies on: the window, at the label's size. Where the screen has no room for that it
+/// is a page that scrolls in the window.
+QWidget* frmPreview::madeGround()
+{
+    const QSize label{zib::wholePixels(m_labelArea.width()), zib::wholePixels(m_labelArea.height())};
+    if (label.boundedTo(zib::roomFor(this)) != label)
+        return madePage(label);
+    setFixedSize(label);
+    return this;
+}
+
+QWidget* frmPreview::madePage(QSize label)
+{
+    auto* page = new QWidget;
+    for (QWidget* control : findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        control->setParent(page);
+    page->setFixedSize(label);
+    auto* scroller = new QScrollArea;
+    scroller->setObjectName(QStringLiteral("scrollArea"));
+    scroller->setAccessibleName(accessibleName());
+    scroller->setFrameShape(QFrame::NoFrame);
+    scroller->setWidget(page);
+    auto* rows = new QVBoxLayout(this);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->addWidget(scroller);
+    const int bar = scroller->verticalScrollBar()->sizeHint().width();
+    setMaximumSize(label + QSize(bar, bar));
+    resize(maximumSize());
+    zib::fitToScreen(this);
+    return page;
+}
 
 void frmPreview::connectControls()
 {
@@ -42,7 +78,6 @@ void frmPreview::connectControls()
 
 void frmPreview::Form_Load()
 {
-    setFixedSize(zib::wholePixels(m_labelArea.width()), zib::wholePixels(m_labelArea.height()));
     m_loaded = m_surface->RedrawLabel();
     if (!m_loaded)
         return;
@@ -91,6 +126,7 @@ void frmPreview::tell(const zib::Outcome<QString>& sent)
     if (sent) {
         const QString words = QStringLiteral("Sent to %1").arg(*sent);
         setWindowTitle(QStringLiteral("%1 - %2").arg(words, zib::kApplicationTitle));
+        setAccessibleName(words); // A reader hears this name, not the title.
         emit Sent(*sent);
     } else if (sent.error().kind != zib::Failure::Kind::Cancelled) {
         m_services.messages.critical(this, sent.error().detail);

@@ -17,8 +17,9 @@ namespace zib {
 class LabelSurface;
 }
 
-/// The label alone, at the size of the designer's label area. It prints itself once, a second after loading,
-/// and closes on a double-click. Ctrl+Shift+P prints the calibration page and opens its dialog.
+/// The label alone, at the size of the designer's label area; on a smaller screen it scrolls. It prints
+/// itself once, a second after loading, and closes on a double-click. Ctrl+Shift+P prints the calibration
+/// page and opens its dialog.
 class frmPreview final : public QDialog
 {
     Q_OBJECT
@@ -40,6 +41,8 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
+    QWidget* madeGround();
+    QWidget* madePage(QSize label);
     void connectControls();
     void Form_Load();
     void Form_DblClick();

@@ -6,7 +6,11 @@
 #include "label/LabelSettings.h"
 #include "platform/IniFile.h"
 
+#include <QApplication>
 #include <QLabel>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -31,7 +35,10 @@ struct Desk : zib::FakeDesk
 /// The preview on a desk, its timer ready to be hurried.
 struct Preview
 {
-    explicit Preview(const Desk& desk) : window(desk.services, {8250, 8250}) { window.show(); }
+    explicit Preview(const Desk& desk, QSize area = {8250, 8250}) : window(desk.services, area)
+    {
+        window.show();
+    }
     QTimer* timer() const { return window.findChild<QTimer*>("Timer1"); }
     QWidget* find(const QString& name) const { return window.findChild<QWidget*>(name); }
     void hurry() const { timer()->start(0); }
@@ -66,6 +73,25 @@ private slots:
         QCOMPARE(preview.timer()->interval(), 1000);
         QVERIFY(preview.timer()->isActive());
         QVERIFY(desk.tray.jobs.isEmpty());
+    }
+    void load_onAScreenTooSmall_scrollsAndStillClosesAndPrints()
+    {
+        const Desk desk;
+        const QSize screen = QGuiApplication::primaryScreen()->availableSize();
+        const QSize area = 15 * QSize(screen.width() / 2, screen.height() + 50);
+        Preview preview(desk, area);
+        QVERIFY(preview.window.height() < screen.height());
+        auto* scroller = preview.window.findChild<QScrollArea*>();
+        QVERIFY(scroller);
+        QCOMPARE(scroller->widget()->size(), area / 15);
+        QVERIFY(!scroller->horizontalScrollBar()->isVisible()); // Wide enough, so only the height scrolls.
+        QTRY_COMPARE(QApplication::focusWidget(), scroller);
+        QTest::keyClick(scroller, Qt::Key_PageDown);
+        QVERIFY(scroller->verticalScrollBar()->value() > 0);
+        preview.hurry();
+        QTRY_COMPARE(desk.tray.jobs.size(), 1);
+        QTest::mouseDClick(scroller->viewport(), Qt::LeftButton);
+        QVERIFY(!preview.window.isVisible());
     }
     void load_ofATitleOfBlanks_showsItSo()
     {
@@ -128,6 +154,7 @@ private slots:
         QTRY_COMPARE(sent.count(), 1);
         QCOMPARE(sent[0][0].toString(), QString("paper"));
         QCOMPARE(preview.window.windowTitle(), QString("Sent to paper - Zib CD Burner"));
+        QCOMPARE(preview.window.accessibleName(), QString("Sent to paper"));
         QVERIFY(desk.messages.shown.isEmpty());
     }
     void printing_onPaperThatIsTooSmall_isAskedFirst_data()
