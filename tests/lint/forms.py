@@ -38,6 +38,12 @@ def deaf_buttons_of(form):
             if flag.get("autoDefault") == "false" and not (name == "cmdCancel" and flag.get("enabled") == "false")]
 
 
+def muted_labels_of(form):
+    """Labels whose texts no screen reader hears: a name of their own stands before the text, and its changes."""
+    labels = [w for w in ElementTree.parse(form).getroot().iter("widget") if w.get("name", "").startswith("lbl")]
+    return [w.get("name") for w in labels if any(p.get("name") == "accessibleName" for p in w.findall("property"))]
+
+
 def roster_of(form):
     path = root / "docs" / "controls" / (form.stem + ".csv")
     if not path.exists():
@@ -62,6 +68,8 @@ def main():
             faults.append(f"{form.name}: wires events; that belongs into connectControls")
         for name in deaf_buttons_of(form):
             faults.append(f"{form.name}: Enter on {name} presses another button")
+        for name in muted_labels_of(form):
+            faults.append(f"{form.name}: {name} has another accessible name than its text")
         for row in roster:
             name, kind = row[0].strip(), row[1].strip()
             if len(row) > 2 and row[2].strip():
