@@ -32,6 +32,8 @@ public:
 
     /// Ends the program on the system's word: nothing is asked or told any more.
     void hurry();
+    /// Whether that was asked for, by whomever.
+    bool isHurried() const { return m_hurried; }
     /// The desktop session is going to end. While a disc is written the user is asked, where that is allowed,
     /// and may keep the session; otherwise the session waits until the drive is free.
     void sessionEnds(QSessionManager& session);

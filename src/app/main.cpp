@@ -73,14 +73,17 @@ int main(int argc, char* argv[])
 
     const zib::Components components = engines();
     zib::WindowBook windows(messages, dialogs, components);
-    frmMain window(windows.services());
-    windows.setMainWindow(&window);
     zib::ProgramEnd end(windows, {zib::drivesInUseAnswer, zib::unlockDrivesInUse});
     QObject::connect(&quit, &zib::QuitSignals::raised, &end, &zib::ProgramEnd::hurry);
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &end, &zib::ProgramEnd::sessionEnds,
                      Qt::DirectConnection);
-    window.show();
-    const int result = QApplication::exec();
+    frmMain window(windows.services());
+    windows.setMainWindow(&window);
+    int result = 0;
+    if (!end.isHurried()) { // Asked to end while the splash window was shown.
+        window.show();
+        result = QApplication::exec();
+    }
     ini.finish(); // While a failure can still be told.
     end.leave(result);
     return result;

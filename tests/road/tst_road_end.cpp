@@ -61,6 +61,21 @@ class TestRoadEnd : public QObject
 private slots:
     void initTestCase() { skipWithout({"Xvfb", "xdotool", "sox"}); }
 
+    /// Which comes before the main window has begun to work.
+    void terminated_whileTheSplashWindowShows_endsAtOnce()
+    {
+        const Screen screen;
+        const QTemporaryDir home;
+        QProcess run;
+        start(run, screen, copiedProgram(home.path()));
+        screen.waitForWindow("^Zib CD Burner$");
+        ::kill(static_cast<pid_t>(run.processId()), SIGTERM);
+        const bool ended = run.waitForFinished(20000);
+        run.kill();
+        QVERIFY(ended);
+        QCOMPARE(run.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(run.exitCode(), 0);
+    }
     void terminated_whileACommandHangs_endsSoonAndTheNextStartMendsTheDoor()
     {
         Writing writing("WRITE_10 nth=8 delay=forever");
