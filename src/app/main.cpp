@@ -84,6 +84,7 @@ int main(int argc, char* argv[])
         window.show();
         result = QApplication::exec();
     }
+    headStart.finish();
     ini.finish(); // While a failure can still be told.
     end.leave(result);
     return result;

@@ -8,6 +8,8 @@
 #include <QGuiApplication>
 #include <QImageReader>
 
+#include <utility>
+
 namespace zib {
 
 namespace {
@@ -48,13 +50,18 @@ void HeadStart::awaitFonts()
         m_fonts.join();
 }
 
-HeadStart::~HeadStart()
+void HeadStart::finish()
 {
-    if (!m_isThere)
+    if (!std::exchange(m_isThere, true))
         m_application.set_value(false);
     for (std::thread* thread : {&m_fonts, &m_formats, &m_bus})
         if (thread->joinable())
             thread->join();
+}
+
+HeadStart::~HeadStart()
+{
+    finish();
 }
 
 } // namespace zib

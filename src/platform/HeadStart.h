@@ -19,6 +19,8 @@ public:
     void applicationIsThere();
     /// Waits for the fonts; before the first text is measured.
     void awaitFonts();
+    /// Waits for all of it; before the application object goes.
+    void finish();
     ~HeadStart();
     Q_DISABLE_COPY_MOVE(HeadStart)
 

@@ -10,7 +10,7 @@ class TestHeadStart : public QObject
 private slots:
     void withoutApplication_endsAtOnce();
     void fonts_areThere_onceAwaited();
-    void unawaited_endsWithTheProgram();
+    void unawaited_endsWhenFinished();
 };
 
 /// Where the toolkit ends the program, or the caller never comes so far.
@@ -29,10 +29,14 @@ void TestHeadStart::fonts_areThere_onceAwaited()
     QVERIFY(QImageReader::supportedImageFormats().contains("png"));
 }
 
-void TestHeadStart::unawaited_endsWithTheProgram()
+void TestHeadStart::unawaited_endsWhenFinished()
 {
     zib::HeadStart headStart;
     headStart.applicationIsThere();
+    headStart.finish();
+    headStart.finish();
+    zib::HeadStart another;
+    another.applicationIsThere();
 }
 
 QTEST_MAIN(TestHeadStart)
