@@ -14,7 +14,7 @@ namespace zib {
 
 /// Questions to files and folders, which may stand in a place that is slow or hangs for ever. They are
 /// answered one after the other on a thread, so no window waits for them: an answer that is there within a
-/// moment is taken at once, a later one when it comes, from the event loop.
+/// moment is taken at once, a later one from the event loop. Who cannot go on without asks a Worker.
 ///
 /// Everything but the questions themselves belongs to the thread that made the object. A question owns what
 /// it uses (shared pointers, copies), is let go of on the thread, and need not end: what hangs is left

@@ -34,8 +34,8 @@ private:
     std::unique_ptr<QObject> m_sleeper;
 };
 
-/// One thread that does one thing after the other. What hangs in it beyond all bounds is left behind rather
-/// than waited for, so tasks own everything they touch (shared pointers, copies).
+/// One thread that does one thing after the other, for engines and for windows that take no input meanwhile.
+/// What hangs in it is left behind in the end, so tasks own everything they touch (shared pointers, copies).
 class Worker
 {
 public:

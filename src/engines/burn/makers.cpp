@@ -1,5 +1,6 @@
 #include "engines/burn/makers.h"
 
+#include "common/OwnThread.h"
 #include "engines/burn/DiscWriter.h"
 #include "engines/burn/drive/DriveLedger.h"
 #include "engines/burn/drive/DriveRecorder.h"
@@ -11,7 +12,6 @@
 #include <cstdlib>
 #include <functional>
 #include <future>
-#include <thread>
 #include <vector>
 
 namespace zib {
@@ -24,13 +24,10 @@ std::vector<bool> visited(std::chrono::milliseconds patience, const std::functio
 {
     std::vector<std::future<void>> visits;
     for (const QString& path : DriveLedger::paths()) {
-        auto done = std::make_shared<std::promise<void>>();
-        visits.push_back(done->get_future());
-        std::thread([path, done, visit] {
+        visits.push_back(onOwnThread([path, visit] {
             if (const auto line = DriveLine::open(path, DriveLine::Hold::Shared); line)
                 visit(**line);
-            done->set_value();
-        }).detach();
+        }));
     }
     const auto end = std::chrono::steady_clock::now() + patience;
     std::vector<bool> ended;

@@ -1,5 +1,6 @@
 #include "engines/play/SdlDevice.h"
 
+#include "common/OwnThread.h"
 #include "common/Texts.h"
 #include "engines/play/SampleQueue.h"
 #include "engines/play/SdlLibrary.h"
@@ -11,7 +12,6 @@
 #include <chrono>
 #include <future>
 #include <mutex>
-#include <thread>
 #include <utility>
 
 namespace zib {
@@ -35,15 +35,13 @@ std::timed_mutex& sdlDoor()
 template <typename Job>
 bool runBounded(Job job)
 {
-    std::packaged_task<void()> task([job = std::move(job)] {
+    const auto ended = onOwnThread([job = std::move(job)] {
         if (!sdlDoor().try_lock_for(kLongestWait))
             return;
         const std::lock_guard inside(sdlDoor(), std::adopt_lock);
         job();
         SDL_TLSCleanup(); // what SDL keeps for a thread that is not its own
     });
-    auto ended = task.get_future();
-    std::thread(std::move(task)).detach();
     return ended.wait_for(kLongestWait) == std::future_status::ready;
 }
 

@@ -1,12 +1,12 @@
 #include "engines/rip/CdioRipper.h"
 
 #include "common/CdTime.h"
-#include "engines/rip/Within.h"
+#include "common/OwnThread.h"
 
 #include <QPointer>
 
 #include <chrono>
-#include <thread>
+#include <future>
 #include <utility>
 
 namespace zib {
@@ -41,10 +41,7 @@ int statusOf(const Failure& why)
 /// Takes the file of an extraction away, whose storage may hang.
 void abandon(const std::shared_ptr<RipRun>& run, std::chrono::milliseconds patience)
 {
-    Within(patience).answer<bool>([run] {
-        run->abandon();
-        return true;
-    });
+    onOwnThread([run] { run->abandon(); }).wait_for(patience);
 }
 
 } // namespace
@@ -159,7 +156,7 @@ bool CdioRipper::selectDevice(int device)
 void CdioRipper::watch(const RipDevice& device)
 {
     if (m_watch)
-        std::thread([old = std::shared_ptr<DiscWatch>(std::move(m_watch))] {}).detach();
+        onOwnThread([old = std::shared_ptr<DiscWatch>(std::move(m_watch))] {});
     m_watch = std::make_unique<DiscWatch>(device, m_makeSound);
 }
 
@@ -269,10 +266,10 @@ bool CdioRipper::canTake(const RipTask& task)
 {
     if (m_targetHangs)
         return true;
-    const auto can = Within(kPatience).answer<bool>(
+    auto can = onOwnThread(
         [path = task.path, frames = task.toc.frames] { return RipFile::canBeMade(path, frames); });
-    m_targetHangs = !can;
-    return can.value_or(true);
+    m_targetHangs = can.wait_for(kPatience) != std::future_status::ready;
+    return m_targetHangs || can.get();
 }
 
 bool CdioRipper::start()

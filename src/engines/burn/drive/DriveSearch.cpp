@@ -1,3 +1,4 @@
+#include "common/OwnThread.h"
 #include "engines/burn/drive/DriveLedger.h"
 #include "engines/burn/drive/DriveRecorder.h"
 #include "engines/burn/mmc/DriveLine.h"
@@ -116,10 +117,7 @@ Found look(const QString& path, std::chrono::steady_clock::time_point until)
 /// Looks at one drive on a thread of its own, which is left behind when the drive does not answer in time.
 std::future<Found> lookAside(const QString& path, std::chrono::steady_clock::time_point until)
 {
-    auto promise = std::make_shared<std::promise<Found>>();
-    std::future<Found> found = promise->get_future();
-    std::thread([path, promise, until] { promise->set_value(look(path, until)); }).detach();
-    return found;
+    return onOwnThread([path, until] { return look(path, until); });
 }
 
 Found search(const QString& path, std::future<Found>& looking, std::chrono::steady_clock::time_point until)
