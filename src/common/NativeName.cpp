@@ -173,11 +173,6 @@ bool isFolder(const QString& path)
     return info && S_ISDIR(info->st_mode);
 }
 
-bool nameIsTaken(const QString& path)
-{
-    return !path.contains(QChar::Null) && exists(nativeName(path));
-}
-
 qint64 freeBytes(const QString& folder)
 {
     struct statvfs info = {};

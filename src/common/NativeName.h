@@ -35,8 +35,6 @@ bool pathExists(const QString& path);
 bool isFile(const QString& path);
 /// Whether @p path names a folder, its links followed.
 bool isFolder(const QString& path);
-/// Whether anything bears this name, a link to nothing included.
-bool nameIsTaken(const QString& path);
 /// @returns the bytes that an account may still put into a folder's file system, or -1.
 qint64 freeBytes(const QString& folder);
 /// @returns the bytes a file holds, or -1.

@@ -5,7 +5,6 @@
 #include <QDir>
 
 #include <cerrno>
-#include <cstdio>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -136,17 +135,7 @@ Outcome<> StagedFile::keep()
 
 Outcome<> StagedFile::keepInPlaceOf(const NameBearer& seen)
 {
-    return named(giveName(nativeName(m_hiddenPath), nativeName(m_path), seen));
-}
-
-Outcome<> StagedFile::keepReplacing()
-{
-    return named(::rename(nativeName(m_hiddenPath).constData(), nativeName(m_path).constData()) == 0);
-}
-
-Outcome<> StagedFile::named(bool renamed)
-{
-    if (!renamed)
+    if (!giveName(nativeName(m_hiddenPath), nativeName(m_path), seen))
         return storageFailure();
     m_kept = true;
     flushFolder(m_folder);

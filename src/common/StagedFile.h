@@ -30,9 +30,6 @@ public:
     /// Gives the file its name if who bears it is still what was @p seen: nobody, or the one file that may be
     /// replaced. Look with bearerOf when the user is asked.
     Outcome<> keepInPlaceOf(const NameBearer& seen);
-    /// Gives the file its name, in place of a file that may bear it; that one keeps its whole content until
-    /// then.
-    Outcome<> keepReplacing();
     /// Takes the name away for good: the file can be opened by currentPath for as long as this object lives,
     /// and nothing of it is left after that, not even when the program is killed.
     void makeNameless();
@@ -49,7 +46,6 @@ public:
 
 private:
     Failure storageFailure() const;
-    Outcome<> named(bool renamed);
     void close();
 
     QString m_folder;

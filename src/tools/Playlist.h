@@ -41,7 +41,6 @@ public:
     bool contains(const QString& path) const { return m_paths.contains(path); }
     /// Adds a row behind the others; it shows after showWaiting().
     void append(const PlaylistRow& row);
-    qsizetype waitingRows() const { return m_waiting.size(); }
     void showWaiting();
     /// Removes the ticked rows.  @returns whether there were any.
     bool removeTicked();

@@ -44,31 +44,6 @@ private slots:
         QCOMPARE(content(folder.filePath("Track1.wav")), QByteArray("old"));
     }
 
-    void keepReplacing_whenTheNameIsTaken_takesItsPlace()
-    {
-        QTemporaryDir folder;
-        put(folder.filePath("Track1.wav"), "old");
-        StagedFile file;
-        QVERIFY(bool(file.create(folder.path(), "Track1.wav")));
-        QVERIFY(bool(file.write("new", 3)));
-        QCOMPARE(content(folder.filePath("Track1.wav")), QByteArray("old"));
-        QVERIFY(bool(file.keepReplacing()));
-        QCOMPARE(content(folder.filePath("Track1.wav")), QByteArray("new"));
-        QCOMPARE(entries(folder.path()), QStringList("Track1.wav"));
-    }
-
-    void keepReplacing_ofAFolder_failsAndLeavesNothing()
-    {
-        QTemporaryDir folder;
-        QVERIFY(QDir(folder.path()).mkdir("Track1.wav"));
-        {
-            StagedFile file;
-            QVERIFY(bool(file.create(folder.path(), "Track1.wav")));
-            QVERIFY(!file.keepReplacing());
-        }
-        QCOMPARE(entries(folder.path()), QStringList("Track1.wav"));
-    }
-
     void dropped_withoutKeep_leavesNothing()
     {
         QTemporaryDir folder;

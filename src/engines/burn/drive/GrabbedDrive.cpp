@@ -58,11 +58,11 @@ std::vector<int> openDescriptors(dev_t device)
     return found;
 }
 
-void giveBack(burn_drive_info* info, int eject)
+void giveBack(burn_drive_info* info)
 {
     if (!info)
         return;
-    burn_drive_release(info->drive, eject);
+    burn_drive_release(info->drive, 0);
     burn_drive_info_free(info);
 }
 
@@ -99,7 +99,7 @@ void serve(const std::shared_ptr<Call>& call, const std::function<void(burn_driv
     if (!left)
         return;
     const LibburnSession session;
-    giveBack(call->info, 0);
+    giveBack(call->info);
     call->hanging.reset();
 }
 
@@ -139,7 +139,7 @@ GrabbedDrive::GrabbedDrive(LibburnSession& session, const QString& path, int pat
 
 GrabbedDrive::~GrabbedDrive()
 {
-    release(0);
+    release();
 }
 
 namespace {
@@ -228,22 +228,17 @@ void GrabbedDrive::cutWhatIsLeft() const
         cut(openDescriptors(m_device));
 }
 
-void GrabbedDrive::release(int eject)
+void GrabbedDrive::release()
 {
     if (!m_info)
         return;
-    const auto letGo = [eject](burn_drive_info*& info) {
-        giveBack(info, eject);
+    const auto letGo = [](burn_drive_info*& info) {
+        giveBack(info);
         info = nullptr;
     };
     bounded(letGo);
     m_info = nullptr;
     cutWhatIsLeft();
-}
-
-void GrabbedDrive::releaseEjecting()
-{
-    release(1);
 }
 
 void GrabbedDrive::unlockAside() const
@@ -258,7 +253,7 @@ void GrabbedDrive::leaveWriting(const LibraryThread& thread, std::shared_ptr<voi
         while (thread.isRunning() || burn_drive_get_status(info->drive, nullptr) != BURN_DRIVE_IDLE)
             std::this_thread::sleep_for(kJanitorPoll);
         const LibburnSession session;
-        giveBack(info, 0);
+        giveBack(info);
         kept.reset();
         hanging.reset();
     }).detach();

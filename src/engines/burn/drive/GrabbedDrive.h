@@ -49,8 +49,6 @@ public:
     void leaveWriting(const LibraryThread& thread, std::shared_ptr<void> inUse);
     /// Unlocks the door past the library, which does not come to its end; takes no time.
     void unlockAside() const;
-    /// Gives the drive back now and hands its disc out.
-    void releaseEjecting();
     /// What takes the drive out of the library's hands: called, from any thread, whatever the library sends
     /// from then on reaches nobody, and it counts the drive as lost. Outlives this object.
     std::function<void()> knife() const;
@@ -58,7 +56,7 @@ public:
 private:
     bool grab();
     void cutWhatIsLeft() const;
-    void release(int eject);
+    void release();
     bool bounded(const std::function<void(burn::burn_drive_info*&)>& call);
 
     QString m_path;

@@ -226,12 +226,6 @@ bool DiscWatch::takeChange()
     return std::exchange(m_shared->swapped, false);
 }
 
-bool DiscWatch::isAsking() const
-{
-    const std::lock_guard lock(m_shared->mutex);
-    return m_shared->asking;
-}
-
 void DiscWatch::extract(const std::shared_ptr<RipRun>& run, int speed)
 {
     m_worker.post([shared = m_shared, run, speed] { shared->extract(*run, speed); });

@@ -49,8 +49,6 @@ public:
     void poll();
     /// Whether the disc was changed for another since the last call.
     bool takeChange();
-    /// Whether the thread is in the drive at the moment.
-    bool isAsking() const;
     /// Copies tracks once the thread is free.  @param speed as CdioDisc::setReadSpeed takes it.
     void extract(const std::shared_ptr<RipRun>& run, int speed);
 
