@@ -322,6 +322,70 @@ private slots:
         QVERIFY(information->open(path));
         QCOMPARE(information->channels(), channels);
     }
+    void speakerShares_ofEachPlace_areItsShares_data()
+    {
+        QTest::addColumn<quint32>("speaker");
+        QTest::addColumn<float>("left");
+        QTest::addColumn<float>("right");
+        const float half = std::sqrt(0.5F); // of the power
+        const auto row = [](const char* name, quint32 speaker, float left, float right) {
+            QTest::newRow(name) << speaker << left << right;
+        };
+        row("front left", 0x1, 1, 0);
+        row("front right", 0x2, 0, 1);
+        row("front centre", 0x4, half, half);
+        row("low frequencies", 0x8, 0, 0);
+        row("back left", 0x10, half, 0);
+        row("back right", 0x20, 0, half);
+        row("front left of centre", 0x40, 1, 0);
+        row("front right of centre", 0x80, 0, 1);
+        row("back centre", 0x100, 0.5F, 0.5F);
+        row("side left", 0x200, half, 0);
+        row("side right", 0x400, 0, half);
+        row("top centre", 0x800, 0.5F, 0.5F);
+        row("top front left", 0x1000, half, 0);
+        row("top front centre", 0x2000, 0.5F, 0.5F);
+        row("top front right", 0x4000, 0, half);
+        row("top back left", 0x8000, 0.5F, 0);
+        row("top back centre", 0x10000, 0.5F, 0.5F);
+        row("top back right", 0x20000, 0, 0.5F);
+        row("a place without a name", 0x40000, 0, 0);
+    }
+    void speakerShares_ofEachPlace_areItsShares()
+    {
+        QFETCH(quint32, speaker);
+        std::vector<float> left;
+        std::vector<float> right;
+        speakerShares(1, speaker, left, right);
+        QTEST(left.at(0), "left");
+        QTEST(right.at(0), "right");
+    }
+    void speakerShares_withoutAMask_areTheUsualPlaces_data()
+    {
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<quint32>("usual");
+        QTest::newRow("one") << 1 << 0x4U;
+        QTest::newRow("two") << 2 << 0x3U;
+        QTest::newRow("three fronts") << 3 << 0x7U;
+        QTest::newRow("quadraphonic") << 4 << 0x33U;
+        QTest::newRow("5.0") << 5 << 0x37U;
+        QTest::newRow("5.1") << 6 << 0x3FU;
+        QTest::newRow("6.1") << 7 << 0x70FU;
+        QTest::newRow("7.1") << 8 << 0x63FU;
+    }
+    void speakerShares_withoutAMask_areTheUsualPlaces()
+    {
+        QFETCH(int, channels);
+        QFETCH(quint32, usual);
+        std::vector<float> left;
+        std::vector<float> right;
+        std::vector<float> expectedLeft;
+        std::vector<float> expectedRight;
+        speakerShares(channels, 0, left, right);
+        speakerShares(channels, usual, expectedLeft, expectedRight);
+        QCOMPARE(left, expectedLeft);
+        QCOMPARE(right, expectedRight);
+    }
     void surround_isWhatAnotherProgramMixes()
     {
         const QString path =
