@@ -479,6 +479,36 @@ QList<SheetRow> tocs()
     };
 }
 
+/// Each kind of data track that a TOC file can name, in a file that holds just its sectors, and one byte
+/// less.
+QList<SheetRow> tocModes()
+{
+    QList<SheetRow> rows;
+    for (const auto& [mode, size] : QList<std::pair<QByteArray, int>>{{"MODE0", 2336},
+                                                                      {"MODE1", 2048},
+                                                                      {"MODE1_RAW", 2352},
+                                                                      {"MODE2", 2336},
+                                                                      {"MODE2_FORM1", 2048},
+                                                                      {"MODE2_FORM2", 2324},
+                                                                      {"MODE2_FORM_MIX", 2336},
+                                                                      {"MODE2_RAW", 2352},
+                                                                      {"MODE1_RAW RW", 2448},
+                                                                      {"MODE1 RW_RAW", 2144}}) {
+        SheetRow row{.name = "TOC: " + mode,
+                     .sheet = "CD_ROM\nTRACK " + mode +
+                              "\nDATAFILE \"d.bin\" 00:00:30\nTRACK AUDIO\nFILE \"disc.wav\" 0\n",
+                     .tracks = {{}, disc()},
+                     .sheetName = "disc.toc",
+                     .files = {{"d.bin", data(30, size)}, {"disc.wav", cdWav(disc())}}};
+        rows << row;
+        row.name += ", a byte missing";
+        row.files[0].second.chop(1);
+        row.remark = "the file d.bin is too short";
+        rows << row;
+    }
+    return rows;
+}
+
 /// Sheets that tell no disc.
 QList<SheetRow> damaged()
 {
@@ -552,7 +582,7 @@ QList<SheetRow> damaged()
 
 QList<SheetRow> sheetTable()
 {
-    return texts() + names() + layouts() + dataTracks() + files() + tocs() + damaged();
+    return texts() + names() + layouts() + dataTracks() + files() + tocs() + tocModes() + damaged();
 }
 
 } // namespace zib
