@@ -53,10 +53,12 @@ private slots:
     void openFile_ofAnAnswerTooLong_fails();
     void openFile_ofAMissingFile_staysOpen();
     void openFile_again_startsWhereTheLastWas();
+    void openAndSaveBox_areOfTheirKind();
     void saveFile_ofAnyName_givesItAsTyped_data();
     void saveFile_ofAnyName_givesItAsTyped();
     void saveFile_deepInTheTree_givesTheWholePath();
     void saveFile_inAMissingFolder_saysSoAndStaysOpen();
+    void colorAndFontBox_givenATitle_bearIt();
     void color_chosen_isTheAnswer();
     void color_cancelled_isACancel();
     void font_chosen_isTheAnswer();
@@ -418,6 +420,24 @@ void TestDialogs::openFile_again_startsWhereTheLastWas()
     QCOMPARE(folder, m_folder.path());
 }
 
+void TestDialogs::openAndSaveBox_areOfTheirKind()
+{
+    zib::DesktopDialogs dialogs;
+    QList<QFileDialog::AcceptMode> modes;
+    QStringList filters;
+    const auto note = [&](QFileDialog& dialog) {
+        modes << dialog.acceptMode();
+        filters << dialog.nameFilters().value(0);
+        dialog.reject();
+    };
+    whenOpen<QFileDialog>(note);
+    QVERIFY(!dialogs.openFile(&m_owner, request(m_folder.path())));
+    whenOpen<QFileDialog>(note);
+    QVERIFY(!dialogs.saveFile(&m_owner, request(m_folder.path())));
+    QCOMPARE(modes, (QList{QFileDialog::AcceptOpen, QFileDialog::AcceptSave}));
+    QCOMPARE(filters, QStringList(2, "Sound Files(*.mp3;*.wav) (*.mp3 *.wav)"));
+}
+
 void TestDialogs::saveFile_ofAnyName_givesItAsTyped_data()
 {
     QTest::addColumn<QString>("name");
@@ -467,6 +487,21 @@ void TestDialogs::saveFile_inAMissingFolder_saysSoAndStaysOpen()
         QString("cancelled"));
     QVERIFY(open);
     QCOMPARE(said, "This folder does not exist:\n" + m_folder.filePath("none"));
+}
+
+void TestDialogs::colorAndFontBox_givenATitle_bearIt()
+{
+    zib::DesktopDialogs dialogs;
+    QStringList titles;
+    const auto note = [&titles](QDialog& dialog) {
+        titles << dialog.windowTitle();
+        dialog.reject();
+    };
+    whenOpen<QColorDialog>(note);
+    QVERIFY(!dialogs.chooseColor(&m_owner, "A Color", Qt::red));
+    whenOpen<QFontDialog>(note);
+    QVERIFY(!dialogs.chooseFont(&m_owner, "A Font", m_owner.font()));
+    QCOMPARE(titles, (QStringList{"A Color", "A Font"}));
 }
 
 void TestDialogs::color_chosen_isTheAnswer()

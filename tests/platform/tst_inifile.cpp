@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <thread>
 #include <vector>
@@ -16,6 +17,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <fcntl.h>
+#include <grp.h>
 #include <unistd.h>
 
 /// The INI service against the file system: what a write replaces, keeps, follows and leaves alone.
@@ -38,6 +40,7 @@ private slots:
     void write_inAReadOnlyFolder_goesOverTheOldContents();
     void write_inAReadOnlyFolderOnAFullDisk_leavesTheOldContents();
     void write_toAnothersFileInASharedFolder_goesOverItsContents();
+    void write_toAnothersFile_keepsOnlyTheRightsThatItMayGive();
     void write_toAFileItMayNotRead_leavesIt();
     void write_onAFullDisk_leavesTheOldFile();
     void write_toWhatIsNoFile_isRefusedAtOnce_data();
@@ -77,6 +80,27 @@ struct AsNobody
             qFatal("Cannot become root again");
     }
     bool wasRoot;
+};
+
+/// While this lives the process is in no group but its own.
+class WithoutGroups
+{
+public:
+    WithoutGroups() : m_groups(static_cast<size_t>(std::max(::getgroups(0, nullptr), 0)))
+    {
+        if (::getgroups(static_cast<int>(m_groups.size()), m_groups.data()) < 0 ||
+            ::setgroups(0, nullptr) != 0)
+            qFatal("Cannot leave the groups");
+    }
+    ~WithoutGroups()
+    {
+        if (::setgroups(m_groups.size(), m_groups.data()) != 0)
+            qFatal("Cannot join the groups again");
+    }
+    Q_DISABLE_COPY_MOVE(WithoutGroups)
+
+private:
+    std::vector<gid_t> m_groups;
 };
 
 mode_t modeOf(const QString& path)
@@ -286,6 +310,24 @@ void TestIniFile::write_toAnothersFileInASharedFolder_goesOverItsContents()
     QCOMPARE(::chmod(qPrintable(m_folder->path()), 0755), 0);
     QCOMPARE(get(), QByteArray("[s]\nk=1\n"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+}
+
+/// A program that runs as its owner, or whose group is its folder's, would do so as somebody else.
+void TestIniFile::write_toAnothersFile_keepsOnlyTheRightsThatItMayGive()
+{
+    if (::geteuid() != 0)
+        QSKIP("Needs a file of another account, which only root can make.");
+    put("[s]\nk=0\n");
+    QCOMPARE(::chmod(qPrintable(m_path), 06757), 0);
+    QCOMPARE(::chmod(qPrintable(m_folder->path()), 0777), 0);
+    {
+        const WithoutGroups noGroups; // Else the file's group could be given to the new one.
+        const AsNobody nobody;
+        QVERIFY(write("k", "1"));
+    }
+    QCOMPARE(::chmod(qPrintable(m_folder->path()), 0755), 0);
+    QCOMPARE(get(), QByteArray("[s]\nk=1\n"));
+    QCOMPARE(modeOf(m_path), mode_t{0757});
 }
 
 void TestIniFile::write_toAFileItMayNotRead_leavesIt()
