@@ -166,6 +166,58 @@ private slots:
         QCOMPARE(tracks[0].gap, 0);
     }
 
+    void flags_ofEachTrack_areItsOwn_data()
+    {
+        QTest::addColumn<QByteArray>("sheetName");
+        QTest::addColumn<QByteArray>("sheet");
+        QTest::newRow("TOC") << QByteArray("disc.toc")
+                             << QByteArray("CD_DA\nTRACK AUDIO\nNO COPY\nPRE_EMPHASIS\nFILE \"disc.bin\" 0 "
+                                           "00:00:40\nTRACK AUDIO\nCOPY\nNO PRE_EMPHASIS\nFILE \"disc.bin\" "
+                                           "00:00:40 00:00:40\nTRACK AUDIO\nFILE \"disc.bin\" 00:01:05\n");
+        QTest::newRow("CUE") << QByteArray("disc.cue")
+                             << QByteArray("FILE \"disc.bin\" BINARY\n  TRACK 01 AUDIO\n    FLAGS PRE\n"
+                                           "    INDEX 01 00:00:00\n  TRACK 02 AUDIO\n    FLAGS DCP\n"
+                                           "    INDEX 01 00:00:40\n  TRACK 03 AUDIO\n"
+                                           "    INDEX 01 00:01:05\n");
+    }
+    void flags_ofEachTrack_areItsOwn()
+    {
+        QFETCH(QByteArray, sheetName);
+        QFETCH(QByteArray, sheet);
+        const SheetBench bench(
+            {.sheet = sheet, .sheetName = sheetName, .files = {{"disc.bin", discSound(120, 1)}}});
+        const auto opened = ImageDisc::open(bench.sheet, {});
+        QVERIFY(bool(opened));
+        QList<bool> copies;
+        QList<bool> emphases;
+        for (const TocTrack& track : (*opened)->tracks()) {
+            copies << track.copyPermitted;
+            emphases << track.preemphasis;
+        }
+        QCOMPARE(copies, (QList{false, true, false}));
+        QCOMPARE(emphases, (QList{true, false, false}));
+    }
+
+    /// A track that is all gap would vanish if its silence were left out.
+    void silence_asLongAsItsTrack_isCopied()
+    {
+        const SheetBench bench(
+            {.sheet = "FILE \"disc.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n"
+                      "  TRACK 02 AUDIO\n    INDEX 00 00:00:10\n    INDEX 01 00:00:20\n",
+             .files = {{"disc.bin", QByteArray(20 * kBytesPerFrame, '\0') + discSound(20, 1)}}});
+        const auto opened = ImageDisc::open(bench.sheet, {});
+        QVERIFY(bool(opened));
+        TocTrack first = (*opened)->tracks()[0];
+        for (const auto& [start, expected] : QList<std::pair<int, int>>{{0, 10}, {9, 1}, {10, 10}}) {
+            first.start = start;
+            first.frames = 20 - start;
+            RipRun run({RipTask{1, bench.target(1), first}});
+            run.run(opened->get());
+            QCOMPARE(wavSamples(bench.target(1)).size(), expected * kBytesPerFrame);
+            QFile::remove(bench.target(1));
+        }
+    }
+
     void names_inShiftJis_areToldByTheirKana()
     {
         const QByteArray sheet = QByteArray::fromHex("5449544C45202282B382AD82E722") +
