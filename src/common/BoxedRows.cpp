@@ -3,6 +3,8 @@
 #include <QAbstractItemView>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QStyledItemDelegate>
 
 namespace zib {
 
@@ -20,10 +22,33 @@ bool isTicked(const QModelIndex& box)
     return box.data(Qt::CheckStateRole).toInt() == Qt::Checked;
 }
 
+/// Frames the boxes of a dark list in its text's colour: styles draw them darker still, and nobody sees them.
+class BoxFrames final : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        QStyledItemDelegate::paint(painter, option, index);
+        constexpr int kDark = 128;
+        if (option.palette.color(QPalette::Base).lightness() >= kDark ||
+            !index.data(Qt::CheckStateRole).isValid())
+            return;
+        QStyleOptionViewItem item = option;
+        initStyleOption(&item, index);
+        const QRect box =
+            item.widget->style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &item, item.widget);
+        painter->setPen(option.palette.color(QPalette::PlaceholderText));
+        painter->drawRect(box.adjusted(0, 0, -1, -1));
+    }
+};
+
 } // namespace
 
 BoxedRows::BoxedRows(QAbstractItemView* view, DoubleClick doubleClick) : QObject(view), m_view(view)
 {
+    view->setItemDelegate(new BoxFrames(view));
     view->installEventFilter(this);
     if (doubleClick == DoubleClick::IsTheOwners)
         return;

@@ -96,6 +96,21 @@ class TestBoxedRows : public QObject
     }
 
 private slots:
+    void box_inADarkList_isSeen_data() { kinds(); }
+    void box_inADarkList_isSeen()
+    {
+        QFETCH(QString, kind);
+        const List list(kind);
+        QPalette dark(QColor(53, 53, 53));
+        dark.setColor(QPalette::Base, QColor(35, 35, 35));
+        list.view->setPalette(dark);
+        const QImage seen = list.view->viewport()->grab().toImage();
+        const QPoint middle = list.box(1);
+        int lightest = 0;
+        for (int x = std::max(0, middle.x() - 12); x < middle.x(); ++x)
+            lightest = std::max(lightest, seen.pixelColor(x, middle.y()).lightness());
+        QVERIFY2(lightest > 90, qPrintable(QString::number(lightest)));
+    }
     void space_ticksTheRow_whereverItWasClicked_data() { kinds(); }
     void space_ticksTheRow_whereverItWasClicked()
     {
