@@ -40,6 +40,8 @@ QPalette darkColours()
     colours.setColor(QPalette::Highlight, QColor(42, 130, 218));
     colours.setColor(QPalette::HighlightedText, Qt::black);
     colours.setColor(QPalette::Link, QColor(90, 170, 250));
+    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+        colours.setColor(QPalette::Disabled, role, QColor(130, 130, 130));
     return colours;
 }
 

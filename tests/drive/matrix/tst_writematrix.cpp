@@ -93,8 +93,10 @@ QList<Cell> product(bool trackAtOnce)
     simulated.testMode = true;
     QList<Cell> cells;
     for (const CellResult& result : Matrix(2).play({undisturbed, simulated})) {
-        if (!result.wrong.isEmpty())
+        if (!result.wrong.isEmpty()) {
+            std::printf("undisturbed, %s: %s\n", qPrintable(result.cell.name()), qPrintable(result.wrong));
             return {};
+        }
         cells << allCells(result.census, result.cell.testMode, trackAtOnce);
     }
     return cells;
