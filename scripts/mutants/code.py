@@ -9,6 +9,7 @@ TOKENS = re.compile(
 NOT_CODE = ("Q_", "using ", "namespace", "static_assert", "case ")
 BODY_ENDS = re.compile(r"(\)|\]|\b(const|noexcept|override|final|mutable|else|do|try)|->\s*[\w:<>,\s*&]+)$")
 EDGE = re.compile(r"[,;?]|(?<!:):(?!:)|(?<![=<>!])=(?!=)")  # where a value ends that no bracket ends
+BRANCH = re.compile(r"\b(case\b[^?]*|default\s*):$")
 KEYWORD_OF = {"namespace": "namespace", "extern": "namespace", "class": "class", "struct": "class", "union": "class",
               "enum": "values"}
 
@@ -79,7 +80,7 @@ class Code:
             return "statements" if within or (before == "}" and parent.kind in ("namespace", "class")) else "values"
         if BODY_ENDS.search(head):
             return "branches" if self.opens_switch(brace) else "statements"
-        if within and head.endswith(":"):
+        if within and BRANCH.search(head):
             return "statements"
         word = re.search(r"\b(namespace|extern|enum|class|struct|union)\b", head)
         return KEYWORD_OF[word[1]] if word and "=" not in head else "values"
