@@ -81,6 +81,7 @@ private slots:
         qputenv("SDL_AUDIODRIVER", "no-such-driver");
         const auto player = zib::makeAudioPlayer();
         QSignalSpy finished(player.get(), &AudioPlayer::PlaybackFinished);
+        QCOMPARE(player->position(), 0);
         player->setFormat(44100, 2);
         QVERIFY(player->open() < 0);
         QVERIFY(player->status() < 0);
