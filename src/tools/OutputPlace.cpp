@@ -8,7 +8,7 @@
 #include <QFileInfo>
 
 #include <cerrno>
-#include <stdlib.h>
+#include <cstdlib>
 #include <system_error>
 
 #include <fcntl.h>
@@ -52,9 +52,7 @@ int makeFolders(const QString& path)
         if (::stat(name.constData(), &found) == 0) {
             if (!S_ISDIR(found.st_mode))
                 return ENOTDIR;
-        } else if (errno != ENOENT) {
-            return errno;
-        } else if (::mkdir(name.constData(), 0777) != 0 && errno != EEXIST) {
+        } else if (errno != ENOENT || (::mkdir(name.constData(), 0777) != 0 && errno != EEXIST)) {
             return errno;
         }
         if (end < 0)
