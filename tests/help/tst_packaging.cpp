@@ -55,8 +55,9 @@ void TestPackaging::install_intoAPrefixWithBlanks_isWhole()
     QVERIFY(QFile::exists(prefix + "/share/icons/hicolor/scalable/apps/zibcdburner.svg"));
     QVERIFY(QFile::exists(prefix + "/share/mime/packages/zibcdburner.xml"));
     for (const char* const file :
-         {"metainfo/zibcdburner.metainfo.xml", "man/man1/zibcdburner.1.gz", "doc/zibcdburner/copyright",
-          "doc/zibcdburner/changelog.gz", "icons/hicolor/scalable/mimetypes/application-x-zib-project.svg"})
+         {"metainfo/example.zibcdburner.ZibCDBurner.metainfo.xml", "man/man1/zibcdburner.1.gz",
+          "doc/zibcdburner/copyright", "doc/zibcdburner/changelog.gz",
+          "icons/hicolor/scalable/mimetypes/application-x-zib-project.svg"})
         QVERIFY2(QFile::exists(prefix + "/share/" + file), file);
     QCOMPARE(QFileInfo(prefix + "/bin/zibcdburner").canonicalFilePath(), program.canonicalFilePath());
 }
@@ -67,7 +68,8 @@ void TestPackaging::release_hasOneNumber()
                             .match(QString::fromUtf8(contents(ZIB_SOURCE_DIR "/CHANGELOG.md")));
     QVERIFY(newest.hasMatch());
     const QString made = ZIB_BINARY_DIR "/packaging/";
-    const QString metadata = QString::fromUtf8(contents(made + "zibcdburner.metainfo.xml"));
+    const QString metadata =
+        QString::fromUtf8(contents(made + "example.zibcdburner.ZibCDBurner.metainfo.xml"));
     QVERIFY(
         metadata.contains(QString("version=\"%1\" date=\"%2\"").arg(newest.captured(1), newest.captured(2))));
     QVERIFY(contents(made + "changelog").startsWith("zibcdburner (" + newest.captured(1).toUtf8() + ") "));
