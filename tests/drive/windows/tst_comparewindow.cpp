@@ -149,7 +149,7 @@ void TestCompareWindow::discThatGoes_isSaidNotToBeCompared()
 void TestCompareWindow::cancel_whileComparing_leavesACompletedDisc()
 {
     CompareRoad road;
-    road.recorder.addFault("READ_CD times=forever delay=60");
+    road.recorder.addFault("READ_CD times=forever delay=150");
     const auto written = road.write(WindowRoad::Recorder::Drive, [](QWidget* window, const QString& status) {
         if (status == "Comparing Track #2 ... ")
             demo::press(window, "cmdCancel");
