@@ -71,12 +71,15 @@ void TestTrackSource::findTrack_inOneFile_answers_data()
     QTest::newRow("format behind the samples") << riff(data + formatChunk()) << qint64{20} << qint64{4000};
     QTest::newRow("two formats") << riff(formatChunk() + formatChunk(1, 1) + data) << qint64{68}
                                  << qint64{4000};
-    QTest::newRow("no block size") << riff(chunk("fmt ", formatChunk().mid(8).replace(12, 2, little16(0))) +
-                                           data)
-                                   << qint64{44} << qint64{4000};
-    QTest::newRow("16 bits in four bytes")
-        << riff(chunk("fmt ", formatChunk().mid(8).replace(12, 2, little16(8))) + data) << qint64{-1}
-        << qint64{0};
+    const auto ofBlock = [&](int bytes) {
+        return riff(chunk("fmt ", formatChunk().mid(8).replace(12, 2, little16(bytes))) + data);
+    };
+    QTest::newRow("no block size") << ofBlock(0) << qint64{44} << qint64{4000};
+    QTest::newRow("16 bits in four bytes") << ofBlock(8) << qint64{-1} << qint64{0};
+    QTest::newRow("16 bits in three bytes") << ofBlock(6) << qint64{-1} << qint64{0};
+    QTest::newRow("16 bits in eight bytes") << ofBlock(16) << qint64{-1} << qint64{0};
+    QTest::newRow("a block wider than any sample") << ofBlock(18) << qint64{44} << qint64{4000};
+    QTest::newRow("an odd block") << ofBlock(5) << qint64{44} << qint64{4000};
     QTest::newRow("mono") << riff(formatChunk(1, 1) + data) << qint64{-1} << qint64{0};
     QTest::newRow("48000 Hz") << riff(formatChunk(1, 2, 48000) + data) << qint64{-1} << qint64{0};
     QTest::newRow("24 bits") << riff(formatChunk(1, 2, 44100, 24) + data) << qint64{-1} << qint64{0};
