@@ -85,8 +85,9 @@ void ClosedWrites::completed(const DVDWriterPro* writer)
     const Write write = take(writer);
     if (!write.writer->testWrite())
         write.writer->finish(false);
-    const QString text = WriteTexts::kCompleted + (write.remark.isEmpty() ? QString() : u'\n' + write.remark);
-    tell([this, text](QWidget* owner) { m_messages.information(owner, text); });
+    tell([this, remark = write.remark](QWidget* owner) {
+        m_messages.information(owner, WriteTexts::kCompleted, remark);
+    });
 }
 
 /// A cancelled write that left nothing behind is what the user asked for.

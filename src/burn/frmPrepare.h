@@ -52,8 +52,8 @@ private:
 
     std::unique_ptr<Ui::frmPrepare> ui;
     const zib::Services m_services;
-    const std::shared_ptr<AudioInformation>
-        m_information; // while a question is asked, these are the thread's
+    // While a question is asked, these are the thread's.
+    const std::shared_ptr<AudioInformation> m_information;
     const std::shared_ptr<AudioFile> m_fileReader;
     const std::shared_ptr<AudioFile> m_fileWriter;
     QTimer m_timer{this};

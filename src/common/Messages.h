@@ -20,7 +20,8 @@ public:
 
     virtual ~Messages() = default;
     /// Refusals and guidance: information icon, OK.
-    virtual void information(QWidget* owner, const QString& text) = 0;
+    /// @param remark stands below the text, as a paragraph of its own.
+    virtual void information(QWidget* owner, const QString& text, const QString& remark = {}) = 0;
     /// Failures: critical icon, OK.
     virtual void critical(QWidget* owner, const QString& text, const QString& title = kApplicationTitle) = 0;
     /// A box without an icon, OK.

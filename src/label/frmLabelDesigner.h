@@ -68,6 +68,8 @@ private:
     void cmdClose_Click();
     void showFit();
     bool editNext(bool forward);
+    static int behind(int target);
+    static int before(int target);
     int neighbourOf(int target, bool forward) const;
     void edit(int target);
     zib::TextControl* targetLabel() const;

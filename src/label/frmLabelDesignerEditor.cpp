@@ -29,6 +29,18 @@ QPalette editorColors(const QWidget* editor, const QColor& text)
 
 } // namespace
 
+int frmLabelDesigner::behind(int target)
+{
+    return target == kTitle ? 1 : target + 1;
+}
+
+int frmLabelDesigner::before(int target)
+{
+    if (target == kTitle)
+        return kNothing;
+    return target == 1 ? kTitle : target - 1;
+}
+
 bool frmLabelDesigner::focusNextPrevChild(bool next)
 {
     const bool editing = EditTarget != kNothing && focusWidget() == ui->txtCursor;
@@ -55,15 +67,13 @@ void frmLabelDesigner::txtCursor_Change()
                           ui->txtCursor->height());
 }
 
-/// The text before or behind another; nothing at either end.
+/// The text before or behind another that is on the label; nothing at either end.
 int frmLabelDesigner::neighbourOf(int target, bool forward) const
 {
-    int next = target;
     const QRect area = ui->Picture1->rect();
-    do {
-        next = next == kTitle ? (forward ? 1 : kNothing)
-                              : (next == 1 && !forward ? kTitle : next + (forward ? 1 : -1));
-    } while (m_surface->label(next) && !area.intersects(m_surface->label(next)->geometry()));
+    int next = forward ? behind(target) : before(target);
+    while (m_surface->label(next) && !area.intersects(m_surface->label(next)->geometry()))
+        next = forward ? behind(next) : before(next);
     return next == kTitle || m_surface->label(next) ? next : kNothing;
 }
 

@@ -34,18 +34,21 @@ void dressUp(QMessageBox& box)
         label->setPixmap(picture);
     if (auto* text = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
         text->setAlignment(Qt::AlignVCenter | Qt::AlignLeft);
+    if (auto* remark = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
+        remark->setTextFormat(Qt::PlainText);
 }
 
 } // namespace
 
 QMessageBox::StandardButton showBox(QWidget* owner, QMessageBox::Icon icon, const QString& title,
                                     const QString& text, QMessageBox::StandardButtons buttons,
-                                    QMessageBox::StandardButton preset)
+                                    QMessageBox::StandardButton preset, const QString& remark)
 {
     QMessageBox box(icon, title, QString(), buttons, owner ? owner : QApplication::activeWindow());
     box.setObjectName(QStringLiteral("zibMessageBox"));
     box.setTextFormat(Qt::PlainText);
     box.setText(text);
+    box.setInformativeText(remark);
     box.setDefaultButton(preset);
     dressUp(box);
     return static_cast<QMessageBox::StandardButton>(box.exec());

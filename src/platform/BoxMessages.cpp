@@ -20,9 +20,10 @@ QMessageBox::StandardButton buttonOf(Messages::Answer answer)
 
 } // namespace
 
-void BoxMessages::information(QWidget* owner, const QString& text)
+void BoxMessages::information(QWidget* owner, const QString& text, const QString& remark)
 {
-    showBox(owner, QMessageBox::Information, kApplicationTitle, text);
+    showBox(owner, QMessageBox::Information, kApplicationTitle, text, QMessageBox::Ok, QMessageBox::NoButton,
+            remark);
 }
 
 void BoxMessages::critical(QWidget* owner, const QString& text, const QString& title)

@@ -8,7 +8,7 @@ namespace zib {
 class BoxMessages final : public Messages
 {
 public:
-    void information(QWidget* owner, const QString& text) override;
+    void information(QWidget* owner, const QString& text, const QString& remark = {}) override;
     void critical(QWidget* owner, const QString& text, const QString& title = kApplicationTitle) override;
     void plain(QWidget* owner, const QString& text) override;
     Answer askYesNoCancel(QWidget* owner, const QString& text, Answer preset = Answer::Yes) override;

@@ -12,9 +12,9 @@ void ScriptedMessages::remember(QWidget* owner, const QString& line)
         onShow(line);
 }
 
-void ScriptedMessages::information(QWidget* owner, const QString& text)
+void ScriptedMessages::information(QWidget* owner, const QString& text, const QString& remark)
 {
-    remember(owner, "i: " + text);
+    remember(owner, "i: " + text + (remark.isEmpty() ? QString() : '\n' + remark));
 }
 
 void ScriptedMessages::critical(QWidget* owner, const QString& text, const QString& title)

@@ -22,11 +22,11 @@
 namespace zib {
 
 /// Message boxes that answer themselves and are remembered as "i: text", "c: text", "p: text" or "q: text";
-/// a critical box with a title of its own as "c[title]: text".
+/// a critical box with a title of its own as "c[title]: text". A remark is the next line.
 class ScriptedMessages final : public Messages
 {
 public:
-    void information(QWidget* owner, const QString& text) override;
+    void information(QWidget* owner, const QString& text, const QString& remark = {}) override;
     void critical(QWidget* owner, const QString& text, const QString& title = kApplicationTitle) override;
     void plain(QWidget* owner, const QString& text) override;
     Answer askYesNoCancel(QWidget* owner, const QString& text, Answer preset = Answer::Yes) override;

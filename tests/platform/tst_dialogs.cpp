@@ -36,6 +36,7 @@ private slots:
     void box_ofAKind_hasItsIconTitleAndButtons();
     void box_withATitleOfItsOwn_showsIt();
     void box_withMarkup_showsItAsText();
+    void box_withARemark_keepsItsTextAndShowsBothAsText();
     void box_withoutAnOwner_belongsToTheActiveWindow();
     void question_answeredOrClosed_givesTheAnswer_data();
     void question_answeredOrClosed_givesTheAnswer();
@@ -211,6 +212,25 @@ void TestDialogs::box_withMarkup_showsItAsText()
         box.accept();
     });
     messages.information(&m_owner, "<b>a.mp3</b>");
+    QCOMPARE(format, Qt::PlainText);
+}
+
+void TestDialogs::box_withARemark_keepsItsTextAndShowsBothAsText()
+{
+    zib::BoxMessages messages;
+    QString text;
+    QString below;
+    Qt::TextFormat format = Qt::AutoText;
+    whenOpen<QMessageBox>([&](QMessageBox& box) {
+        text = box.text();
+        below = box.informativeText();
+        if (const auto* label = box.findChild<QLabel*>("qt_msgbox_informativelabel"))
+            format = label->isVisible() ? label->textFormat() : Qt::AutoText;
+        box.accept();
+    });
+    messages.information(&m_owner, "Writing is completed.", "The disc image: /<b>x</b>/Disc.cue");
+    QCOMPARE(text, QString("Writing is completed."));
+    QCOMPARE(below, QString("The disc image: /<b>x</b>/Disc.cue"));
     QCOMPARE(format, Qt::PlainText);
 }
 

@@ -80,10 +80,11 @@ bool FileView::covers(const void* place) const
 }
 
 /// Zeros in place of the file, so that whoever looks can go on. Called within a signal: system calls only.
-void FileView::tear()
+/// @returns false where the system has no room even for them.
+bool FileView::tear()
 {
     m_torn = 1;
-    ::mmap(m_pages, m_length, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+    return ::mmap(m_pages, m_length, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED;
 }
 
 /// Stays for good: other threads may look while one has ended.
@@ -100,10 +101,8 @@ void FileView::install()
 void FileView::fault(int signal, siginfo_t* info, void*)
 {
     for (FileView* view = t_views; view && info->si_code > 0; view = view->m_next)
-        if (view->covers(info->si_addr)) {
-            view->tear();
+        if (view->covers(info->si_addr) && view->tear())
             return;
-        }
     ::sigaction(signal, &g_before, nullptr);
     if (info->si_code <= 0)
         ::raise(signal);

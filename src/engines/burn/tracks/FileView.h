@@ -31,7 +31,7 @@ public:
 private:
     void close();
     bool covers(const void* place) const;
-    void tear();
+    bool tear();
     static void install();
     static void fault(int signal, siginfo_t* info, void* context);
 
