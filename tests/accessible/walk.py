@@ -103,9 +103,8 @@ class PrintServer:
                              "</Location>\n<Policy default>\n<Limit All>\n</Limit>\n</Policy>\n")
         self.process = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", "cupsd", "-f", "-c", os.path.join(self.folder, "server"),
                                          "-s", os.path.join(self.folder, "files")])
-        wait_for("the print server", lambda: self.told("lpstat", "-e"))
-        self.told("lpadmin", "-p", "walk", "-v", "file:/dev/null", "-m", "raw", "-E")
-        self.told("lpadmin", "-d", "walk")
+        wait_for("the print server", lambda: self.told("lpadmin", "-p", "walk", "-v", "file:/dev/null", "-m", "raw", "-E"))
+        wait_for("the default printer", lambda: self.told("lpadmin", "-d", "walk"))
 
     def write(self, name, text):
         with open(os.path.join(self.folder, name), "w", encoding="utf-8") as file:
@@ -301,6 +300,14 @@ def watch_job(program, title, seconds=PATIENCE):
     return looked
 
 
+def on_show(window):
+    """What a window is called and what it reads, for whoever looks for the reason of a failure."""
+    try:
+        return window.get_name(), [i.get_name() for i in below(window) if i.get_role_name() == "label"]
+    except GLib.Error:
+        return window.get_name(), []
+
+
 def box_of(program):
     return next((w for w in program.windows() if w.get_role_name() == "alert"), None)
 
@@ -357,7 +364,7 @@ def main():
         program = walk_splash(program)
         walk(program)
     except NothingCame as waited:
-        fail("the walk", f"nothing came of {waited}; there are {[w.get_name() for w in program.windows()]}")
+        fail("the walk", f"nothing came of {waited}; there are {[on_show(w) for w in program.windows()]}")
     finally:
         program.end()
         printing.end()
