@@ -213,6 +213,18 @@ private slots:
         wav.replace(40, 4, number(told, 4));
         QCOMPARE(lossOf(wav), AudioLoss());
     }
+    /// Where each byte is a frame, none of them goes by rounding.
+    void wav_ofOneByteFrames_thatIsWhole_losesNothing_data() { wav_thatIsWhole_losesNothing_data(); }
+    void wav_ofOneByteFrames_thatIsWhole_losesNothing()
+    {
+        QFETCH(quint64, told);
+        const QByteArray sound(4000, 'a');
+        QByteArray wav =
+            kit::riff(kit::chunk("fmt ", kit::format(1, 1, 8000, 8)) + kit::chunk("data", sound));
+        QCOMPARE(lossOf(wav.chopped(1)), (AudioLoss{3999, 1}));
+        wav.replace(wav.size() - 4004, 4, number(told, 4));
+        QCOMPARE(lossOf(wav), AudioLoss());
+    }
     void wav_thatIsShorterThanItSays_losesTheRest()
     {
         const QByteArray wav = kit::wav16(kit::music16(10'000, 2, 44100), 2, 44100);

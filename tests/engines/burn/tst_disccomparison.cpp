@@ -1,5 +1,6 @@
 #include "WavMaker.h"
 
+#include "engines/burn/compare/DiscCheck.h"
 #include "engines/burn/compare/DiscComparison.h"
 #include "engines/burn/compare/ImageMatch.h"
 #include "engines/burn/compare/ReadOffset.h"
@@ -28,6 +29,7 @@ public:
     QHash<qint64, int> unreadable; ///< So often a frame refuses.
     QHash<qint64, int> wrong;      ///< So often a frame comes with a flipped bit.
     qint64 goneAt = -1;
+    Failure::Kind gone = Failure::Kind::DeviceGone; ///< Why nothing is read at goneAt.
     int reads = 0;
 
     Outcome<> read(qint64 frame, int count, char* buffer) override
@@ -37,7 +39,7 @@ public:
             return Failure{Failure::Kind::BadValue};
         for (qint64 at = frame; at < frame + count; ++at)
             if (at == goneAt)
-                return Failure{Failure::Kind::DeviceGone};
+                return Failure{gone, "Drive 1"};
             else if (unreadable.value(at) > 0 && unreadable[at]--)
                 return Failure{Failure::Kind::UnreadableFile};
         std::memcpy(buffer, bytes.constData() + frame * kBytesPerFrame,
@@ -107,6 +109,19 @@ class TestDiscComparison : public QObject
         m_told.clear();
         return comparison.run(offset);
     }
+    /// What is told of the disc when it was written just now; nothing when it is as it should be.
+    QString wordsOf(MemoryDisc& disc)
+    {
+        struct Silent final : BurnObserver
+        {
+            void readingTrack(int) override {}
+            void progress(int, qint64, qint64) override {}
+            void closingTrack(int) override {}
+            void closingDisc() override {}
+        } observer;
+        const auto error = compareWithFiles(disc, piecesOf(m_tracks), 0, {}, observer);
+        return error ? QString("%1: %2").arg(error->error).arg(error->description) : QString();
+    }
     QList<QList<qint64>> m_told;
     QString image() const { return m_folder.filePath("image.bin"); }
     Outcome<ComparisonResult> comparedImage(const DiscComparison::Progress& progress = [](int, qint64,
@@ -127,6 +142,10 @@ private slots:
     void frameThatReadsAtLast_isNoDifference();
     void frameThatNeverReads_isNamed();
     void manyWrongFrames_areNotReadAgainForEver();
+    void words_countEachKindOfFault_data();
+    void words_countEachKindOfFault();
+    void words_ofADiscThatIsNoMoreThere_sayWhy_data();
+    void words_ofADiscThatIsNoMoreThere_sayWhy();
     void discThatEndsEarly_isNoMatch();
     void discThatCannotBeRead_isGivenUp();
     void image_isComparedInPartsAsAWhole();
@@ -277,6 +296,67 @@ void TestDiscComparison::manyWrongFrames_areNotReadAgainForEver()
     const auto result = compared();
     QCOMPARE(result->differingFrames, frames);
     QVERIFY2(m_disc.reads < frames + frames / 24 + 4 * 301, QByteArray::number(m_disc.reads));
+}
+
+void TestDiscComparison::words_countEachKindOfFault_data()
+{
+    QTest::addColumn<QList<int>>("wrong");
+    QTest::addColumn<QList<int>>("unreadable");
+    QTest::addColumn<QString>("words");
+    const QString begin =
+        "8: The disc was written, but it is not what the files hold: the first difference is "
+        "in %1 (minutes:seconds:frames); of 750 frames of 1/75 second, %2.";
+    const auto row = [&begin](const char* name, const QList<int>& wrong, const QList<int>& unreadable,
+                              const char* place, const char* counts) {
+        QTest::newRow(name) << wrong << unreadable << (place ? begin.arg(place, counts) : QString());
+    };
+    row("none", {}, {}, nullptr, nullptr);
+    row("one differs", {77}, {}, "track 1 at 00:01:02", "1 frame differs");
+    row("two differ", {77, 90}, {}, "track 1 at 00:01:02", "2 frames differ");
+    row("one unreadable", {}, {78}, "track 1 at 00:01:03", "1 frame cannot be read");
+    row("two unreadable", {}, {78, 90}, "track 1 at 00:01:03", "2 frames cannot be read");
+    row("both", {91, 92, 93}, {90}, "track 1 at 00:01:15", "3 frames differ, 1 frame cannot be read");
+    row("in the pause", {310}, {}, "the pause before track 2 at 00:00:10", "1 frame differs");
+}
+
+void TestDiscComparison::words_countEachKindOfFault()
+{
+    QFETCH(QList<int>, wrong);
+    QFETCH(QList<int>, unreadable);
+    record({sound(588 * 300, 1), sound(588 * 300, 2)});
+    for (const int frame : wrong)
+        m_disc.wrong.insert(frame, 100);
+    for (const int frame : unreadable)
+        m_disc.unreadable.insert(frame, 100);
+    QTEST(wordsOf(m_disc), "words");
+}
+
+void TestDiscComparison::words_ofADiscThatIsNoMoreThere_sayWhy_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QString>("why");
+    const auto row = [](const char* name, Failure::Kind kind, const char* code, const char* why) {
+        QTest::newRow(name) << static_cast<int>(kind) << code << why;
+    };
+    row("taken out", Failure::Kind::NoMedium, "7", "It was taken out of the drive.");
+    row("changed", Failure::Kind::WrongMedium, "7", "The disc in the drive was changed.");
+    row("drive gone", Failure::Kind::DeviceGone, "4", "The drive \"Drive 1\" does not answer any more.");
+    row("no sound", Failure::Kind::Unsupported, "10", "The drive refuses to read sound.");
+    row("in use", Failure::Kind::Busy, "6",
+        "Another program is using \"Drive 1\". Close that program and write again.");
+}
+
+void TestDiscComparison::words_ofADiscThatIsNoMoreThere_sayWhy()
+{
+    QFETCH(int, kind);
+    QFETCH(QString, code);
+    QFETCH(QString, why);
+    record({sound(588 * 300, 1)});
+    m_disc.goneAt = 200;
+    m_disc.gone = static_cast<Failure::Kind>(kind);
+    QCOMPARE(wordsOf(m_disc), code + ": The disc was written, but it could not be compared with its files. " +
+                                  why + " Listen to it before you throw it away.");
 }
 
 void TestDiscComparison::discThatEndsEarly_isNoMatch()

@@ -418,6 +418,7 @@ QList<SheetRow> tocs()
         row("all in one line", QByteArray(waves).replace("\n", " "), twoParts(), wav),
         row("AUDIOFILE", QByteArray(waves).replace("FILE", "AUDIOFILE"), twoParts(), wav),
         row("comments", "// one\n" + QByteArray(waves).replace("\nTRACK", " // two\nTRACK"), twoParts(), wav),
+        row("single slashes", QByteArray(waves).replace("\n", " a/b / "), twoParts(), wav),
         row("raw, high byte first", QByteArray(waves).replace(".wav", ".bin"), twoParts(), big),
         row("raw, SWAP", QByteArray(waves).replace(".wav\"", ".bin\" SWAP"), twoParts()),
         row("raw of the other order", QByteArray(waves).replace(".wav", ".bin"), twoParts()),
