@@ -48,7 +48,8 @@ class Change:
 def lines_since(root, revision):
     """The lines that were changed after a revision, as a set of (path, number)."""
     found, path = set(), None
-    differences = subprocess.run(["git", "diff", "-U0", revision, "--", "src"], cwd=root, check=True,
+    differences = subprocess.run(["git", "diff", "-U0", "--no-ext-diff", "--no-color", "--src-prefix=a/",
+                                  "--dst-prefix=b/", revision, "--", "src"], cwd=root, check=True,
                                  capture_output=True, text=True).stdout
     for line in differences.splitlines():
         if line.startswith("+++ b/"):

@@ -4,6 +4,7 @@ import re
 import sys
 import time
 from concurrent.futures import ThreadPoolExecutor
+from dataclasses import dataclass
 
 from mutants.house import House
 from mutants.switches import Switched
@@ -14,9 +15,21 @@ AT_ONCE = 2  # more make tests late that watch the clock
 FAR = 4  # a test of another folder has to be so many times quicker than one of the same to go first
 
 
+@dataclass
+class Verdict:
+    """What came of a change: who noticed it, or how many of the tests that might have were played."""
+    noticed: str = ""
+    played: int = 0
+    able: int = 0
+
+    def __str__(self):
+        few = f", PLAYED AGAINST {self.played} OF {self.able} TESTS" if self.played < self.able else ""
+        return self.noticed or ("SURVIVED" if self.able else "NOT REACHED") + few
+
+
 class Game:
-    def __init__(self, root, files, all_tests):
-        self.house, self.files, self.all_tests = House(root), files, all_tests
+    def __init__(self, root, files, all_tests, seconds):
+        self.house, self.files, self.all_tests, self.seconds = House(root), files, all_tests, seconds
         self.sources, self.switched, self.alone, self.tests = {}, [], [], []
 
     # Building
@@ -36,8 +49,9 @@ class Game:
 
     def make_tests(self):
         """The slow ones start programs of the tree besides their own, so they need it all."""
-        programs = {test.program.relative_to(self.house.build) for test in self.tests}
-        return self.house.make(*([] if self.all_tests else programs))
+        if self.all_tests:
+            return self.house.make()
+        return self.house.make(*{test.program.relative_to(self.house.build) for test in self.tests})
 
     def texts(self):
         return {path: source.text() for path, source in self.sources.items()}
@@ -80,11 +94,9 @@ class Game:
         print(f"Looked at {len(self.tests)} tests in {time.monotonic() - start:.0f} s.", flush=True)
 
     def parts(self, test, numbers, seconds):
-        """A test, or its functions when it is long; nothing of what fails as it is."""
-        if seconds <= LONG and not self.passes(test, numbers):
-            return []
-        if max(seconds, test.seconds) <= LONG or test.functions() == [test]:
-            return [test] if test.seconds or self.passes(test, numbers) else []
+        """A test, or its functions when it is long or fails; nothing of what fails as it is."""
+        if seconds <= LONG and test.look(numbers) and test.seconds <= LONG:
+            return [test]
         return [part for part in test.functions() if self.passes(part, numbers)]
 
     @staticmethod
@@ -101,9 +113,19 @@ class Game:
         return sorted(tests, key=lambda test: test.seconds * (1 if path.startswith(f"{test.folder}/") else FAR))
 
     def play(self, change):
-        """The name of a test that notices a change; nothing when none does."""
-        able = [test for test in self.tests if change.number in test.reached]
-        return next((test.name for test in self.in_order(change, able) if test.fails_with(change.number)), "")
+        """What comes of a change."""
+        return self.played(change, [test for test in self.tests if change.number in test.reached], change.number)
+
+    def played(self, change, able, number):
+        """Plays the tests that are able to notice, until one does or the time for one change is over."""
+        seconds = 0
+        for count, test in enumerate(self.in_order(change, able)):
+            if seconds > self.seconds:
+                return Verdict(played=count, able=len(able))
+            if test.fails_with(number):
+                return Verdict(test.name)
+            seconds += test.seconds
+        return Verdict(played=len(able), able=len(able))
 
     def needs_own_build(self, change):
         """Whether the switch may not have shown it all: none, or in what the compiler can compute without it."""
@@ -119,6 +141,6 @@ class Game:
             if self.house.make_libraries() or self.make_tests():
                 return None
             able = [test for test in self.tests if test.program.stat().st_mtime_ns != before[test.program]]
-            return next((test.name for test in self.in_order(change, able) if test.fails_with(0)), "")
+            return self.played(change, able, 0)
         finally:
             self.house.write(change.path, self.sources[change.path].text())

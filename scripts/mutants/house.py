@@ -62,7 +62,8 @@ class House:
 
     def make(self, *targets):
         """Builds as much as can be built. Returns what the compiler said where it could not, or nothing."""
-        result = run(["ninja", "-C", self.build, "-k", "0", "-j", str(os.cpu_count()), *targets])
+        result = run(["setpriv", "--pdeathsig", "TERM", "ninja", "-C", self.build, "-k", "0",
+                      "-j", str(os.cpu_count()), *targets])
         return "\n".join(re.findall(r"^FAILED: .*?(?=^\[\d+/\d+\]|\Z)", result.stdout, re.S | re.M)) or (
             result.stdout if result.returncode else "")
 

@@ -12,9 +12,28 @@ from pathlib import Path
 
 SLOW = {"drive", "road", "print", "pace"}
 BLIND = {"lint", "help"}  # these look at texts, not at what the program does
-BOUNDS = ["prlimit", "--data=4294967296", "--core=0"]  # a change may ask for memory without end
+# A change may ask for memory without end, and must not outlive whoever plays it.
+BOUNDS = ["setpriv", "--pdeathsig", "KILL", "prlimit", "--data=4294967296", "--core=0"]
+MIRRORED = {"drive/burn": "engines/burn", "drive/matrix": "engines/burn", "drive/rip": "engines/rip",
+            "print": "engines/print"}  # folders of tests that are not named after theirs of src
 LONG = 2.0  # seconds; a longer test is taken function by function
 SHORTEST_PATIENCE = 10  # seconds; a test that takes longer, and five times as long as ever, hangs
+
+
+RUNNING = set()  # the programs that play just now
+
+
+def end(process):
+    """With whatever it has started."""
+    try:
+        os.killpg(process.pid, signal.SIGKILL)
+    except ProcessLookupError:
+        pass
+
+
+def end_all():
+    for process in list(RUNNING):
+        end(process)
 
 
 @dataclass
@@ -41,21 +60,15 @@ class Test:
             process = subprocess.Popen([*BOUNDS, *self.command], cwd=self.place, stdout=output, stderr=output,
                                        stdin=subprocess.DEVNULL, start_new_session=True,
                                        env={**os.environ, **self.variables, **variables})
+            RUNNING.add(process)
             try:
                 return process.wait(patience) == 0
             except subprocess.TimeoutExpired:
                 return False
             finally:
-                self.end(process)
-
-    @staticmethod
-    def end(process):
-        """With whatever it has started."""
-        try:
-            os.killpg(process.pid, signal.SIGKILL)
-        except ProcessLookupError:
-            pass
-        process.wait()
+                end(process)
+                process.wait()
+                RUNNING.discard(process)
 
     def look(self, changes):
         """Runs once with no change alive: notes the time and which changes are reached. Whether it passes."""
@@ -97,5 +110,7 @@ def listed_tests(build):
         if not labels & BLIND:
             command = entry.get("command") or [f"{place}/{entry['name']}"]  # CTest hides what is not yet built
             folder = os.path.relpath(place, f"{build}/tests")
+            folder = MIRRORED.get(folder, folder)
             variables = dict(one.split("=", 1) for one in properties.get("ENVIRONMENT", []) if "=" in one)
-            yield Test(entry["name"], command, place, variables, labels, Path(command[0]), folder)
+            own = next((word for word in command if word.startswith(f"{build}/")), command[0])  # may be a script's
+            yield Test(entry["name"], command, place, variables, labels, Path(own), folder)
