@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -36,6 +37,7 @@ private slots:
     void tip_withoutAFile_ignoresNextTip();
     void tip_ofOneLine_staysOnNextTip();
     void tip_thatLooksLikeMarkup_isShownAsItIs();
+    void tip_inADarkTheme_hasTheColoursOfAPage();
     void tip_ofMillionsOfLetters_showsItsBeginning();
     void tip_ofAnEmptyFile_showsNothing();
     void tip_openedAgain_readsTheFileAgain();
@@ -307,6 +309,23 @@ void TestSmallWindows::tip_thatLooksLikeMarkup_isShownAsItIs()
     const frmTip window;
     QCOMPARE(tipOf(window), QString("<b>Bold</b>&amp;"));
     QCOMPARE(window.findChild<QLabel*>("lblTipText")->textFormat(), Qt::PlainText);
+}
+
+void TestSmallWindows::tip_inADarkTheme_hasTheColoursOfAPage()
+{
+    Desk desk;
+    desk.writeTips("one\n");
+    const frmTip window;
+    const auto* scroller = window.findChild<QScrollArea*>("scrTip");
+    for (const QWidget* page : {window.findChild<QWidget*>("fraTip"), scroller->viewport(),
+                                window.findChild<QWidget*>("scrTipContents")})
+        QCOMPARE(page->backgroundRole(), QPalette::Base);
+    for (const QWidget* words :
+         {window.findChild<QWidget*>("fraTip"), scroller->viewport(),
+          window.findChild<QWidget*>("lblHeading"), window.findChild<QWidget*>("lblTipText")})
+        QCOMPARE(words->foregroundRole(), QPalette::Text);
+    QVERIFY(window.findChild<QLabel*>("lblHeading")->font().bold());
+    QVERIFY(!window.findChild<QLabel*>("imgTip")->pixmap().isNull());
 }
 
 void TestSmallWindows::tip_ofMillionsOfLetters_showsItsBeginning()

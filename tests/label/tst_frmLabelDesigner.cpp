@@ -355,6 +355,7 @@ private slots:
         Desk desk;
         desk.designer.showSent("Laser");
         QCOMPARE(desk.find<QLabel>("lblState")->text(), QString("Sent to Laser"));
+        QCOMPARE(desk.find<QLabel>("lblState")->toolTip(), QString("Sent to Laser"));
         desk.click("cmdPrint");
         QCOMPARE(desk.find<QLabel>("lblState")->text(), QString());
     }

@@ -84,6 +84,7 @@ private slots:
         auto* scroller = preview.window.findChild<QScrollArea*>();
         QVERIFY(scroller);
         QCOMPARE(scroller->widget()->size(), area / 15);
+        QCOMPARE(scroller->frameShape(), QFrame::NoFrame);
         QVERIFY(!scroller->horizontalScrollBar()->isVisible()); // Wide enough, so only the height scrolls.
         QTRY_COMPARE(QApplication::focusWidget(), scroller);
         QTest::keyClick(scroller, Qt::Key_PageDown);

@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFontDialog>
+#include <QHeaderView>
 #include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
@@ -321,8 +322,11 @@ void TestDialogs::openFile_listsCapitalsToo()
 {
     zib::DesktopDialogs dialogs;
     QStringList names;
+    QList<int> modes;
     whenOpen<QFileDialog>([&](QFileDialog& dialog) {
         const auto* list = dialog.findChild<QTreeView*>("treeView");
+        for (int column = 0; column < list->header()->count(); ++column)
+            modes << list->header()->sectionResizeMode(column);
         const auto shown = [&] {
             names.clear();
             for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
@@ -336,6 +340,8 @@ void TestDialogs::openFile_listsCapitalsToo()
     });
     (void)dialogs.openFile(&m_owner, request(m_folder.path()));
     QCOMPARE(names, (QStringList{"SONG.MP3", "a.mp3", "b.WAV"}));
+    QCOMPARE(modes, (QList<int>{QHeaderView::Stretch, QHeaderView::ResizeToContents,
+                                QHeaderView::ResizeToContents, QHeaderView::ResizeToContents}));
 }
 
 void TestDialogs::openFile_ofSeveral_givesFolderAndNames()

@@ -166,6 +166,22 @@ private slots:
         QCOMPARE(d.list()->columnCount(), 5);
     }
 
+    void columns_haveRoomForTheirWidestText()
+    {
+        RipDesk d;
+        d.open();
+        const QStringList widest{"[x] 99", "Track99.wav", "00:00:00", "Audio", "Protected"};
+        for (int column = 0; column < widest.size(); ++column) {
+            const int room = d.list()->columnWidth(column);
+            const int needed = d.list()->fontMetrics().horizontalAdvance(widest[column]);
+            QVERIFY2(room >= needed, qPrintable(widest[column]));
+            if (column != 1) // the names take what is left
+                QCOMPARE(room - needed,
+                         d.list()->columnWidth(0) - d.list()->fontMetrics().horizontalAdvance("[x] 99"));
+        }
+        QVERIFY(d.list()->columnWidth(1) > d.list()->columnWidth(2));
+    }
+
     void trackNames_areNotPadded()
     {
         FakeReader many;

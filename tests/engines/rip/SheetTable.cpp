@@ -434,6 +434,9 @@ QList<SheetRow> tocs()
             "CD_DA\nTRACK AUDIO\nFILE \"disc.wav\" 0 600\nTRACK AUDIO\nFILE \"disc.wav\" 0\n",
             {disc().left(2400).leftJustified(2 * kBytesPerFrame, '\0'), disc()}, wav),
         row("offset", "CD_DA\nTRACK AUDIO\nFILE \"disc.bin\" #23520 0 00:00:40\n", {part(10, 40)}, big),
+        row("offset of nothing", "CD_DA\nTRACK AUDIO\nFILE \"disc.bin\" #0 0 00:00:40\n", {part(0, 40)}, big),
+        row("99 tracks", QByteArray("TRACK AUDIO\nSILENCE 00:00:01\n").repeated(99),
+            QList<QByteArray>(99, silence(1)), {}),
         row("silence", "CD_DA\nTRACK AUDIO\nSILENCE 00:00:10\nFILE \"disc.wav\" 0\nSILENCE 588\n",
             {silence(10) + disc() + silence(1)}, wav),
         row("PREGAP",
@@ -501,6 +504,9 @@ QList<SheetRow> tocModes()
                      .tracks = {{}, disc()},
                      .sheetName = "disc.toc",
                      .files = {{"d.bin", data(30, size)}, {"disc.wav", cdWav(disc())}}};
+        rows << row;
+        row.name += ", from its first byte";
+        row.sheet.replace("\" 00", "\" #0 00");
         rows << row;
         row.name += ", a byte missing";
         row.files[0].second.chop(1);
@@ -574,6 +580,10 @@ QList<SheetRow> damaged()
         row("TOC: from a program", "TRACK AUDIO\nFIFO \"pipe\" 1000\n",
             "the sheet takes its sound from a running program", "disc.toc"),
         row("TOC: outside a track", "FILE \"disc.bin\" 0\n", "line 1 of the sheet is damaged", "disc.toc"),
+        row("TOC: longer than any disc", "TRACK AUDIO\nSILENCE 9999:00:00\n",
+            "the sheet is longer than any disc", "disc.toc"),
+        row("TOC: 100 tracks", QByteArray("TRACK AUDIO\nSILENCE 00:00:01\n").repeated(100),
+            "the sheet has more than 99 tracks", "disc.toc"),
         row("TOC: a block without end", "CD_TEXT { LANGUAGE 0 {\nTITLE \"x\"\n", "the sheet has no tracks",
             "disc.toc"),
     };
