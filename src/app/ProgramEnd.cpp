@@ -37,6 +37,7 @@ void ProgramEnd::hurry()
 {
     m_hurried = true;
     m_windows.closedWrites().hurry(kHurry, m_drives.answer);
+    m_windows.abandonPreparing();
     QApplication::closeAllWindows();
     QCoreApplication::quit();
 }

@@ -61,6 +61,7 @@ void WindowBook::showOptions(QWidget* owner)
 QStringList WindowBook::showPrepare(QWidget* owner, const QList<CompilationRow>& rows)
 {
     frmPrepare window(m_services, rows, owner);
+    m_prepare = &window;
     window.exec();
     return window.trackFiles();
 }
@@ -75,6 +76,12 @@ void WindowBook::showWrite(QWidget* owner, const QStringList& trackFiles, const 
 bool WindowBook::isWriting() const
 {
     return !m_closedWrites.isEmpty() || (m_write && m_write->isWriting());
+}
+
+void WindowBook::abandonPreparing()
+{
+    if (m_prepare)
+        m_prepare->abandon();
 }
 
 void WindowBook::keepWriting(std::unique_ptr<DVDWriterPro> writer)

@@ -7,6 +7,7 @@
 #include <QPointer>
 
 class frmMain;
+class frmPrepare;
 class frmWrite;
 
 namespace zib {
@@ -26,6 +27,8 @@ public:
     ClosedWrites& closedWrites() { return m_closedWrites; }
     /// Whether a disc is being written, behind a window or behind none.
     bool isWriting() const;
+    /// The program ends: has the preparing window, which its user cannot close, close.
+    void abandonPreparing();
 
     void showSplash(QWidget* owner) override;
     void showTip(QWidget* owner) override;
@@ -48,6 +51,7 @@ public:
 private:
     Services m_services;
     QPointer<frmMain> m_main;
+    QPointer<frmPrepare> m_prepare;
     QPointer<frmWrite> m_write;
     ClosedWrites m_closedWrites;
 };

@@ -234,8 +234,11 @@ void frmMain::WriteFiles()
     }
     if (m_list.count() > kMostTracks)
         m_services.messages.information(this, kTooManyTracks.arg(kMostTracks).arg(m_list.count()));
+    if (m_closed) // behind the box, at the program's end
+        return;
     const QStringList tracks = m_services.windows.showPrepare(this, m_list.rows());
-    m_services.windows.showWrite(this, tracks, discNames());
+    if (!m_closed)
+        m_services.windows.showWrite(this, tracks, discNames());
 }
 
 /// What goes onto the disc beside the sound: the list's titles and artists, and the saved project's name.

@@ -81,11 +81,11 @@ void BlockPump::run(const std::shared_ptr<Belt>& belt, AudioFile& reader, AudioF
     belt->put(0);
 }
 
-qint64 BlockPump::next(QObject* owner)
+qint64 BlockPump::next(QObject* owner, const std::function<bool()>& goOn)
 {
     const QPointer<QObject> guard(owner);
     qint64 samples = 0;
-    while (guard && !m_belt->take(samples))
+    while (guard && goOn() && !m_belt->take(samples))
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     return guard ? samples : 0;
 }

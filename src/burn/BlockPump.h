@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 
+#include <functional>
 #include <memory>
 
 class AudioFile;
@@ -26,8 +27,8 @@ public:
 
     /// Waits for the next block to be passed and serves the window's events meanwhile.
     /// @returns its samples; 0 when there are no more, when the writer failed, or when an event destroyed @p
-    /// owner.
-    qint64 next(QObject* owner);
+    /// owner or made @p goOn false.
+    qint64 next(QObject* owner, const std::function<bool()>& goOn);
 
 private:
     struct Belt;

@@ -51,15 +51,23 @@ void frmPrepare::Timer1_Timer()
 {
     m_timer.stop();
     PrepareTracks();
-    if (const QString damage = m_damaged.text(); !damage.isEmpty())
+    if (const QString damage = m_damaged.text(); !damage.isEmpty() && !m_abandoned)
         m_services.messages.information(this, damage);
     m_done = true;
-    accept();
+    if (!m_abandoned)
+        accept();
+}
+
+void frmPrepare::abandon()
+{
+    m_abandoned = true;
+    m_timer.stop();
+    close();
 }
 
 void frmPrepare::reject()
 {
-    if (m_done)
+    if (m_done || m_abandoned)
         QDialog::reject();
 }
 
@@ -72,7 +80,7 @@ void frmPrepare::PrepareTracks()
         return;
     m_conversions = *conversions;
     const auto awake = zib::stayAwake(QStringLiteral("Tracks are being prepared for a disc"));
-    for (qsizetype row = 0; row < m_list.size(); ++row)
+    for (qsizetype row = 0; row < m_list.size() && !m_abandoned; ++row)
         prepareRow(row);
 }
 
@@ -139,12 +147,12 @@ bool frmPrepare::convertBlocks()
     const qint64 channels = std::max(m_fileReader->samplesPerUnit(), 1);
     zib::BlockPump pump(m_worker, m_fileReader, m_fileWriter, *blockLength);
     qint64 position = 0;
-    while (const qint64 samples = pump.next(this)) {
+    while (const qint64 samples = pump.next(this, [this] { return !m_abandoned; })) {
         position = std::min(position + samples / channels, length);
         showProgress(length > 0 ? static_cast<double>(position) / static_cast<double>(length) : 1);
         QCoreApplication::processEvents();
     }
-    return m_fileReader->status() >= 0 && m_fileWriter->status() >= 0 && position > 0;
+    return !m_abandoned && m_fileReader->status() >= 0 && m_fileWriter->status() >= 0 && position > 0;
 }
 
 void frmPrepare::showProgress(double fraction)
@@ -155,9 +163,11 @@ void frmPrepare::showProgress(double fraction)
     ui->lblPer->setText(QStringLiteral("%1%").arg(percent));
 }
 
-/// Asks on the thread and serves the window meanwhile.  @param question owns what it uses.
+/// Asks on the thread and serves the window meanwhile.  @param question owns what it uses.  @returns an empty
+/// answer once the window was abandoned.
 template <typename Answer, typename Question>
 Answer frmPrepare::ask(Question question)
 {
-    return m_worker.askOpenly<Answer>(this, std::move(question), [] { return true; }).value_or(Answer{});
+    return m_worker.askOpenly<Answer>(this, std::move(question), [this] { return !m_abandoned; })
+        .value_or(Answer{});
 }

@@ -32,8 +32,11 @@ public:
     /// there.
     const QStringList& trackFiles() const { return m_list.entries(); }
 
+    /// The program ends: nothing more is asked, begun or told, and what was begun goes.
+    void abandon();
+
 public slots:
-    /// The work cannot be left: closing counts only after it.
+    /// The work cannot be left by its user: closing counts only after it.
     void reject() override;
 
 private:
@@ -62,5 +65,6 @@ private:
     qint16 m_conversions = 0; ///< Conversions to come in all.
     qint16 m_finished = 0;    ///< Conversions done.
     bool m_done = false;
+    bool m_abandoned = false;
     zib::Worker m_worker;
 };

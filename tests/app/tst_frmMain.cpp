@@ -440,6 +440,26 @@ private slots:
         QCOMPARE(desk.desk.windows.rows.at(2).time, QString("01:00:00"));
         QCOMPARE(desk.desk.windows.trackFiles, desk.desk.windows.preparedFiles);
     }
+    void write_whileTheProgramEnds_opensNoFurtherWindow_data()
+    {
+        QTest::addColumn<int>("files");
+        QTest::addColumn<QStringList>("shown");
+        QTest::newRow("during the preparation") << 3 << QStringList{"prepare"};
+        QTest::newRow("at the box before it") << 100 << QStringList();
+    }
+    void write_whileTheProgramEnds_opensNoFurtherWindow()
+    {
+        QFETCH(int, files);
+        Desk desk;
+        QStringList sounds;
+        for (int i = 0; i < files; ++i)
+            sounds << desk.sound(QString("%1.wav").arg(i));
+        desk.add(sounds);
+        desk.desk.messages.onShow = [&desk](const QString&) { desk.window().close(); };
+        desk.desk.windows.onShow = [&desk](const QString&) { desk.window().close(); };
+        desk.trigger("Toolbar1_write");
+        QTEST(desk.desk.windows.shown, "shown");
+    }
     void write_ofNamedTracks_passesTheirNamesOn()
     {
         Desk desk;

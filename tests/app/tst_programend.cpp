@@ -1,5 +1,8 @@
 #include "app/ProgramEnd.h"
 #include "app/WindowBook.h"
+#include "common/GenralMacro.h"
+#include "fakes/FakeAudioFile.h"
+#include "fakes/FakeAudioInformation.h"
 #include "fakes/FakeDVDWriterPro.h"
 #include "fakes/FakeSeams.h"
 
@@ -8,6 +11,7 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 
 using namespace zib;
@@ -124,6 +128,37 @@ private slots:
         QVERIFY2(taken.elapsed() < 15'000, qPrintable(QString::number(taken.elapsed())));
         QCOMPARE(desk.unlocked, QList<std::chrono::milliseconds>{2s});
         QCOMPARE(desk.desk.messages.shown, QStringList());
+    }
+
+    void hurry_whileTracksArePrepared_closesTheWindowThatItsUserCannotClose()
+    {
+        Desk desk;
+        delete desk.writer;
+        setApplicationFolder(desk.folder.path());
+        FakeAudioShelf shelf;
+        shelf.sounds.insert("/music/a.mp3", FakeAudioShelf::ramp(200'000, 8000, 1));
+        shelf.onRead = [] { QThread::msleep(100); };
+        desk.desk.components.makeInformation = [&] { return std::make_unique<FakeAudioInformation>(shelf); };
+        desk.desk.components.makeFile = [&] { return std::make_unique<FakeAudioFile>(shelf); };
+        CompilationRow row;
+        row.fileName = "a.mp3";
+        row.location = "/music/";
+        WindowBook book{desk.desk.messages, desk.desk.dialogs, desk.desk.components};
+        ProgramEnd end{book, {.answer = [] { return true; }, .unlock = [](auto) { return false; }}};
+        bool closed = false;
+        QTimer ending;
+        QObject::connect(&ending, &QTimer::timeout, &ending, [&] {
+            QWidget* window = QApplication::activeModalWidget();
+            if (!window || shelf.noted().filter("create ").isEmpty())
+                return;
+            ending.stop();
+            end.hurry();
+            closed = !window->isVisible();
+        });
+        ending.start(10);
+        book.showPrepare(nullptr, {row});
+        QVERIFY(closed);
+        QCOMPARE(shelf.written.keys(), QStringList());
     }
 
     void leave_byTheUser_givesADriveItsTime()

@@ -7,8 +7,10 @@
 #include <QDir>
 #include <QLabel>
 #include <QProgressBar>
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <array>
 #include <limits>
@@ -154,6 +156,8 @@ private slots:
     void prepare_moreThan16BitsCanCount_convertsNothing();
     void prepare_whenTempCannotBeMade_saysSoOnceAndEnds();
     void close_whileWorking_isNotPossible();
+    void abandon_whileASourceHangs_endsAtOnceAndLeavesNothing();
+    void abandon_beforeTheFirstTick_beginsNothing();
     void work_whileItLasts_keepsTheSystemAwake();
     void form_always_offersNoWayOut();
     void aLongFileName_endsInAnEllipsisAndStaysWhole();
@@ -404,6 +408,45 @@ void TestFrmPrepare::work_whileItLasts_keepsTheSystemAwake()
     QTRY_VERIFY_WITH_TIMEOUT(!desk.window->isVisible(), 60'000);
     QCOMPARE(held, QSet<QString>{"Tracks are being prepared for a disc"});
     QCOMPARE(*desk.desk.inhibitor.held, QStringList());
+}
+
+void TestFrmPrepare::abandon_whileASourceHangs_endsAtOnceAndLeavesNothing()
+{
+    Desk desk;
+    desk.add("a.mp3", Desk::mono(2));
+    desk.add("b.mp3", Desk::mono(1));
+    QSemaphore reading;
+    QSemaphore goOn;
+    desk.shelf.onRead = [&] {
+        reading.release();
+        goOn.acquire();
+    };
+    QTimer ending;
+    QObject::connect(&ending, &QTimer::timeout, &ending, [&] {
+        if (reading.available() > 0)
+            desk.window->abandon();
+    });
+    ending.start(10);
+    QVERIFY(desk.run());
+    ending.stop();
+    QCOMPARE(desk.shelf.noted().filter("open ").size(), 1);
+    goOn.release(100);
+    desk.window.reset();
+    QCOMPARE(desk.shelf.noted().filter("open "), QStringList{"open /music/a.mp3"});
+    QCOMPARE(desk.shelf.written.keys(), QStringList());
+    QCOMPARE(desk.desk.messages.shown, QStringList());
+    QCOMPARE(*desk.desk.inhibitor.held, QStringList());
+}
+
+void TestFrmPrepare::abandon_beforeTheFirstTick_beginsNothing()
+{
+    Desk desk;
+    desk.add("a.mp3", Desk::mono(1));
+    desk.open();
+    desk.window->abandon();
+    QVERIFY(!desk.window->isVisible());
+    QTest::qWait(200);
+    QCOMPARE(desk.shelf.noted().filter("open "), QStringList());
 }
 
 void TestFrmPrepare::close_whileWorking_isNotPossible()
