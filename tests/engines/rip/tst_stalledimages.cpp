@@ -3,6 +3,7 @@
 #include "engines/rip/StallingPlace.h"
 #include "engines/rip/makers.h"
 #include "fakes/FakeSeams.h"
+#include "fakes/Heartbeat.h"
 #include "tools/frmRip.h"
 
 #include <QAbstractButton>
@@ -13,31 +14,6 @@
 using namespace zib;
 
 namespace {
-
-/// The longest time that the event loop of the windows stood still.
-class Heartbeat
-{
-public:
-    Heartbeat()
-    {
-        m_beat.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&m_beat, &QTimer::timeout, [this] { note(); });
-        m_sinceLast.start();
-        m_beat.start(5);
-    }
-    qint64 longestMs()
-    {
-        note();
-        return m_longest;
-    }
-
-private:
-    void note() { m_longest = qMax(m_longest, m_sinceLast.restart()); }
-
-    QTimer m_beat;
-    QElapsedTimer m_sinceLast;
-    qint64 m_longest = 0;
-};
 
 /// The ripper's window on a folder with two images.
 struct StallBench
