@@ -1,6 +1,8 @@
 #include "engines/audio/AudioKit.h"
 #include "engines/audio/makers.h"
 #include "engines/play/makers.h"
+#include "engines/rip/RipBench.h"
+#include "engines/rip/makers.h"
 #include "fakes/DiskPlayer.h"
 #include "fakes/FakeCDRipperX.h"
 #include "fakes/FakeSeams.h"
@@ -296,6 +298,26 @@ private slots:
         hangingplace::letGo();
         QTRY_COMPARE_WITH_TIMEOUT(ends.size(), 1, kPatienceMs);
         QCOMPARE(bench.player->openings(), 1);
+    }
+
+    void ripper_stoppedWhileTheStorageTakesItsTime_leavesNothing()
+    {
+        Bench bench;
+        zib::RipBench rip(zib::makeRipper(bench.folder.path()));
+        zib::kit::write(bench.folder.filePath("disc.cue"),
+                        "FILE \"disc.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n");
+        zib::kit::write(bench.folder.filePath("disc.bin"), zib::discSound(400, 1));
+        QVERIFY(rip.takeDisc("disc"));
+        QVERIFY(rip.ripper->addTrack(1, bench.place() + "/track.wav"));
+        hangingplace::hangAt("fsync", 1);
+        QVERIFY(rip.ripper->start());
+        QVERIFY(Bench::hangs());
+        watch("stopping", [&] { rip.ripper->abort(); });
+        hangingplace::letGo();
+        const QDir place(bench.place());
+        QTRY_COMPARE_WITH_TIMEOUT(place.entryList(QDir::Files | QDir::Hidden), QStringList(), kPatienceMs);
+        QTest::qWait(300);
+        QCOMPARE(place.entryList(QDir::Files | QDir::Hidden), QStringList());
     }
 
     void player_fileThatIsOnlySlow_isHeardWhole()

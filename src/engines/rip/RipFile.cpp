@@ -92,7 +92,7 @@ Outcome<> RipFile::write(const char* frame)
     return m_file->write(frame, kBytesPerFrame);
 }
 
-Outcome<> RipFile::finish()
+Outcome<> RipFile::finish(const std::atomic<bool>& stopped)
 {
     const std::lock_guard lock(m_mutex);
     if (!m_file)
@@ -100,6 +100,8 @@ Outcome<> RipFile::finish()
     auto done = m_file->write(m_behind.constData(), m_behind.size());
     if (done)
         done = m_file->flush();
+    if (done && stopped)
+        done = kCancelled;
     if (done && !(done = m_file->keepInPlaceOf(m_seen)) && errno == EEXIST)
         done = taken();
     m_file.reset();

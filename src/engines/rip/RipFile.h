@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -28,8 +29,9 @@ public:
                     const std::optional<NameBearer>& seen);
     /// One frame of 2352 bytes.
     Outcome<> write(const char* frame);
-    /// Gives the file its name, in place of the one that may be replaced; fails when another has it.
-    Outcome<> finish();
+    /// Gives the file its name once it is on the storage, in place of the one that may be replaced; fails
+    /// when another has it.  @param stopped set while the storage takes its time: the file is not kept.
+    Outcome<> finish(const std::atomic<bool>& stopped);
     /// Whether the last file failed because another bore its name that may not be replaced; the worker's.
     bool wasTaken() const { return m_taken; }
     /// Drops the file under way.

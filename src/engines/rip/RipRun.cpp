@@ -139,7 +139,7 @@ Outcome<> RipRun::copy(FrameReader& reader, const RipTask& task, const QByteArra
             return written;
         tellPosition(CDRipperX::kPositionProgress, task.toc.start + done + 1);
     }
-    return m_file.finish();
+    return m_file.finish(m_stopped);
 }
 
 void RipRun::tellPosition(int kind, qint32 frame)
