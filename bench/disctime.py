@@ -23,7 +23,8 @@ def tracks_of(folder, count, make_sound):
     tracks = [place / f"{i + 1:02}.wav" for i in range(count)]
     for track in tracks:
         if not track.exists() or track.stat().st_size != sound.stat().st_size:
-            shutil.copyfile(sound, track)
+            with open(sound, "rb") as source, open(track, "wb", buffering=0) as copy:
+                shutil.copyfileobj(source, copy, 1 << 20)  # as large a piece as the preparation writes
     return [str(track) for track in tracks]
 
 

@@ -9,6 +9,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
+#include <cstring>
 #include <future>
 #include <utility>
 
@@ -17,7 +19,11 @@ namespace zib {
 namespace {
 
 constexpr CdTime kCapacity = CdTime::fromFrames(80 * 60 * kFramesPerSecond);
-constexpr int kFramesAtATime = 32;
+/// Read at once; a cancel is heard between two of them.
+constexpr qint64 kPieceBytes = 32 * kBytesPerFrame;
+/// Written at once, up to the next multiple or the end of the track: the system keeps what comes in large
+/// pieces in large pages, and those are looked at in half the time when the image is compared.
+constexpr qint64 kBlockBytes = qint64{4} * 1024 * 1024;
 
 /// A name without extension that no image in @p folder has.
 QString freeStem(const QString& folder)
@@ -41,7 +47,7 @@ class ImageRun
 public:
     ImageRun(const BurnJob& job, BurnObserver& observer, QString folder)
         : m_job(job), m_observer(observer), m_folder(std::move(folder)),
-          m_buffer(kFramesAtATime * kBytesPerFrame, Qt::Uninitialized)
+          m_block(kBlockBytes, Qt::Uninitialized)
     {
     }
 
@@ -80,7 +86,15 @@ private:
     Outcome<> writeTrack(int track);
     Outcome<> writeGap();
     Outcome<> writeSound(int track);
+    char* room() { return m_block.data() + m_filled; }
+    /// How much of what is still to come is taken at once.
+    qint64 roomFor(qint64 bytes) const
+    {
+        return std::min({bytes, kPieceBytes, kBlockBytes - m_written % kBlockBytes});
+    }
     Outcome<> put(qint64 bytes);
+    Outcome<> writeBlock();
+    CdTime written() const { return CdTime::fromFrames(m_written / kBytesPerFrame); }
     Outcome<> close();
     Outcome<> readBack() const;
 
@@ -91,8 +105,9 @@ private:
     StagedFile m_bin;
     StagedFile m_cue;
     QList<CueTrack> m_layout;
-    CdTime m_written;
-    QByteArray m_buffer;
+    qint64 m_written = 0; ///< Bytes of the image so far, with those that wait in the block.
+    QByteArray m_block;
+    qint64 m_filled = 0;              ///< Bytes that wait in the block.
     std::future<Outcome<>> m_flushed; ///< Whether the image is on the storage; last, for its end is awaited.
 };
 
@@ -123,26 +138,28 @@ Outcome<> ImageRun::takeName()
 Outcome<> ImageRun::writeTrack(int track)
 {
     m_observer.readingTrack(track);
-    CueTrack place{.gap = m_written};
+    CueTrack place{.gap = written()};
     if (track > 1)
         if (auto gap = writeGap(); !gap)
             return gap;
-    place.start = m_written;
+    place.start = written();
     m_layout << place;
     if (auto sound = writeSound(track); !sound)
         return sound;
+    if (auto block = writeBlock(); !block)
+        return block;
     m_observer.closingTrack(track);
     return {};
 }
 
 Outcome<> ImageRun::writeGap()
 {
-    m_buffer.fill('\0');
-    for (int frames = kPregapFrames; frames > 0;) {
-        const int now = qMin(frames, kFramesAtATime);
-        if (auto done = put(qint64{now} * kBytesPerFrame); !done)
+    for (qint64 left = kPregapFrames * kBytesPerFrame; left > 0;) {
+        const qint64 now = roomFor(left);
+        std::memset(room(), 0, static_cast<std::size_t>(now));
+        if (auto done = put(now); !done)
             return done;
-        frames -= now;
+        left -= now;
     }
     return {};
 }
@@ -153,7 +170,7 @@ Outcome<> ImageRun::writeSound(int track)
     if (auto opened = source.open(m_job.tracks[track - 1]); !opened)
         return opened;
     for (qint64 done = 0; done < source.size();) {
-        const auto got = source.read(m_buffer.data(), m_buffer.size());
+        const auto got = source.read(room(), roomFor(source.size() - done));
         if (!got)
             return got.error();
         if (auto written = put(*got); !written)
@@ -164,12 +181,20 @@ Outcome<> ImageRun::writeSound(int track)
     return {};
 }
 
+/// Takes over what stands in the room.
 Outcome<> ImageRun::put(qint64 bytes)
 {
-    m_written = m_written + CdTime::fromFrames(bytes / kBytesPerFrame);
-    if (auto end = endOfWork(); !end || m_job.simulate)
+    m_written += bytes;
+    m_filled += bytes;
+    if (auto end = endOfWork(); !end)
         return end;
-    return m_bin.write(m_buffer.constData(), bytes);
+    return m_written % kBlockBytes > 0 ? Outcome<>() : writeBlock();
+}
+
+Outcome<> ImageRun::writeBlock()
+{
+    const qint64 bytes = std::exchange(m_filled, 0);
+    return m_job.simulate ? Outcome<>() : m_bin.write(m_block.constData(), bytes);
 }
 
 Outcome<> ImageRun::close()
