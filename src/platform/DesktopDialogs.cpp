@@ -8,16 +8,30 @@
 #include <QFontDialog>
 #include <QFontInfo>
 
+#include <algorithm>
+
 namespace zib {
 
 namespace {
 
-/// Several files as their folder and then their names, parted by NUL; one file as its path.
+/// @returns the innermost folder that all files lie in.
+QDir commonFolder(const QStringList& files)
+{
+    QDir folder = QFileInfo(files.first()).absoluteDir();
+    const auto isOutside = [&folder](const QString& file) {
+        return folder.relativeFilePath(file).startsWith(QStringLiteral("../"));
+    };
+    while (std::any_of(files.begin(), files.end(), isOutside) && folder.cdUp()) {
+    }
+    return folder;
+}
+
+/// Several files as a folder and then their names below it, parted by NUL; one file as its path.
 QString joined(const QStringList& files)
 {
     if (files.size() == 1)
         return files.first();
-    const QDir folder = QFileInfo(files.first()).absoluteDir();
+    const QDir folder = commonFolder(files);
     QStringList parts{folder.absolutePath()};
     for (const QString& file : files)
         parts << folder.relativeFilePath(file);
@@ -58,7 +72,7 @@ Outcome<QString> DesktopDialogs::openFile(QWidget* owner, const FileDialogReques
     box.setPathMustExist(request.flags & FileDialogRequest::PathMustExist);
     if (box.exec() != QDialog::Accepted)
         return Failure{Failure::Kind::Cancelled};
-    return answer(box.selectedFiles(), request);
+    return answer(box.chosen(), request);
 }
 
 Outcome<QString> DesktopDialogs::saveFile(QWidget* owner, const FileDialogRequest& request)
@@ -70,7 +84,7 @@ Outcome<QString> DesktopDialogs::saveFile(QWidget* owner, const FileDialogReques
     box.setPathMustExist(request.flags & FileDialogRequest::PathMustExist);
     if (box.exec() != QDialog::Accepted)
         return Failure{Failure::Kind::Cancelled};
-    return answer(box.selectedFiles(), request);
+    return answer(box.chosen(), request);
 }
 
 Outcome<QColor> DesktopDialogs::chooseColor(QWidget* owner, const QString& title, const QColor& current)

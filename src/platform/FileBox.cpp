@@ -1,10 +1,12 @@
 #include "platform/FileBox.h"
 
+#include "common/NativeName.h"
 #include "common/Texts.h"
 #include "platform/Box.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QFileSystemModel>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QListView>
@@ -12,6 +14,8 @@
 #include <QStandardPaths>
 #include <QTreeView>
 #include <QUrl>
+
+#include <unistd.h>
 
 namespace zib {
 
@@ -38,11 +42,13 @@ QString nearestFolder(const QString& folder)
     return QDir::homePath();
 }
 
+constexpr QChar kQuote = u'"';
+
 /// @returns how many names a text gives, each in quotes; 0 where it is no such list.
 qsizetype countQuotedNames(const QString& text)
 {
-    static const QRegularExpression list(QStringLiteral("^\\s*\"[^\"]+\"(\\s+\"[^\"]+\")*\\s*$"));
-    return list.match(text).hasMatch() ? text.count(u'"') / 2 : 0;
+    static const QRegularExpression list(QStringLiteral("^\\s*\"[^\"]+\"(\\s*\"[^\"]+\")*\\s*$"));
+    return list.match(text).hasMatch() ? text.count(kQuote) / 2 : 0;
 }
 
 } // namespace
@@ -90,35 +96,111 @@ QStringList FileBox::nameFiltersOf(const QString& filter)
     return filters;
 }
 
+QString FileBox::typedText() const
+{
+    const auto* field = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    return field ? field->text() : QString();
+}
+
+/// @returns the names that are marked in the list.
+QStringList FileBox::markedNames() const
+{
+    QStringList names;
+    if (const auto* list = findChild<QListView*>(QStringLiteral("listView")))
+        for (const QModelIndex& row : list->selectionModel()->selectedRows())
+            names << row.data(QFileSystemModel::FileNameRole).toString();
+    return names;
+}
+
+/// @returns whether a text is what the toolkit writes into the field for the files that are marked.
+bool FileBox::marksGive(QString text) const
+{
+    const QStringList names = markedNames();
+    if (names.size() == 1 && text == names.first())
+        return true;
+    for (const QString& name : names) {
+        const QString quoted = kQuote + name + kQuote;
+        const qsizetype place = text.indexOf(quoted);
+        if (place < 0)
+            return false;
+        text.remove(place, quoted.size());
+    }
+    return text.trimmed().isEmpty();
+}
+
+/// @returns whether the quotes in a text belong to a name.
+bool FileBox::isOneName(const QString& text) const
+{
+    if (acceptMode() == AcceptSave)
+        return countQuotedNames(text) != 1;
+    const QFileInfo there(directory().absoluteFilePath(text));
+    return there.exists() && there.isDir() == (fileMode() == Directory);
+}
+
+/// While names are typed the toolkit marks those that it happens to know and in the end takes these alone.
+/// Without marks it takes, and looks for, every name in quotes as it stands in the field, but nothing
+/// else there.  @returns why a text with quotes gives no names; empty when it does.
+QString FileBox::takeQuotedText(const QString& text)
+{
+    if (marksGive(text))
+        return {};
+    if (const auto* list = findChild<QListView*>(QStringLiteral("listView")))
+        list->selectionModel()->clearSelection();
+    if (isOneName(text))
+        m_named = directory().absoluteFilePath(text);
+    else if (countQuotedNames(text) == 0)
+        return tr("These names cannot be told apart. Please put each of them in quotes:") + u'\n' + text;
+    return {};
+}
+
+QStringList FileBox::chosen() const
+{
+    return m_named.isEmpty() ? selectedFiles() : QStringList(m_named);
+}
+
 /// @returns the folder of the first chosen file that is not there.
 QString FileBox::missingFolder() const
 {
-    for (const QString& file : selectedFiles())
+    for (const QString& file : chosen())
         if (const QString folder = QFileInfo(file).absolutePath(); !QFileInfo(folder).isDir())
             return folder;
     return {};
 }
 
-/// While names are typed the toolkit marks those that it happens to know and in the end takes these alone.
-/// Without marks it takes, and looks for, every name as it stands in the field.
-void FileBox::takeEveryTypedName()
+/// @returns the name of the first chosen file that its folder cannot take for its length.
+QString FileBox::longName() const
 {
-    const auto* field = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    const auto* list = findChild<QListView*>(QStringLiteral("listView"));
-    if (field && list && countQuotedNames(field->text()) > selectedFiles().size())
-        list->selectionModel()->clearSelection();
+    for (const QString& file : chosen()) {
+        const QFileInfo info(file);
+        const long most = ::pathconf(nativeName(info.absolutePath()).constData(), _PC_NAME_MAX);
+        if (most > 0 && nativeName(info.fileName()).size() > most)
+            return info.fileName();
+    }
+    return {};
+}
+
+/// @returns why what stands in the field cannot be taken; empty when it can.
+QString FileBox::refusal()
+{
+    m_named.clear();
+    if (const QString text = typedText(); text.contains(kQuote))
+        if (const QString trouble = takeQuotedText(text); !trouble.isEmpty())
+            return trouble;
+    if (const QString missing = m_pathMustExist ? missingFolder() : QString(); !missing.isEmpty())
+        return tr("This folder does not exist:") + u'\n' + missing;
+    if (const QString name = longName(); !name.isEmpty())
+        return tr("This name is too long:") + u'\n' + name;
+    return {};
 }
 
 void FileBox::accept()
 {
-    takeEveryTypedName();
-    const QString missing = m_pathMustExist ? missingFolder() : QString();
-    if (missing.isEmpty()) {
+    if (const QString trouble = refusal(); !trouble.isEmpty())
+        showBox(this, QMessageBox::Information, kApplicationTitle, trouble);
+    else if (m_named.isEmpty())
         QFileDialog::accept();
-        return;
-    }
-    showBox(this, QMessageBox::Information, kApplicationTitle,
-            tr("This folder does not exist:") + u'\n' + missing);
+    else
+        QDialog::accept();
 }
 
 } // namespace zib

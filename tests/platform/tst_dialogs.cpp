@@ -20,6 +20,7 @@
 #include <QImage>
 #include <QSettings>
 #include <QTest>
+#include <QFileSystemModel>
 #include <QTimer>
 #include <QTreeView>
 
@@ -51,6 +52,12 @@ private slots:
     void openFile_ofSeveralTypedWithTheirPaths_givesAll_data();
     void openFile_ofSeveralTypedWithTheirPaths_givesAll();
     void openFile_ofSeveralTypedButOneMissing_staysOpen();
+    void openFile_ofNamesWithQuotes_losesNone_data();
+    void openFile_ofNamesWithQuotes_losesNone();
+    void openFile_ofMarkedFilesWithQuotes_givesThem();
+    void openFile_ofNamesThatCannotBeToldApart_saysSoAndStaysOpen_data();
+    void openFile_ofNamesThatCannotBeToldApart_saysSoAndStaysOpen();
+    void openFile_ofSeveralFromSeveralFolders_givesPlainPaths();
     void openFile_ofSeveralButOne_givesItsPath();
     void openFile_ofAnAnswerTooLong_fails();
     void openFile_ofAMissingFile_staysOpen();
@@ -60,12 +67,16 @@ private slots:
     void saveFile_ofAnyName_givesItAsTyped();
     void saveFile_deepInTheTree_givesTheWholePath();
     void saveFile_inAMissingFolder_saysSoAndStaysOpen();
+    void saveFile_ofANameTooLong_saysSoAndStaysOpen_data();
+    void saveFile_ofANameTooLong_saysSoAndStaysOpen();
+    void saveFile_ofOneNameInQuotes_isThatName();
     void colorAndFontBox_givenATitle_bearIt();
     void color_chosen_isTheAnswer();
     void color_cancelled_isACancel();
     void font_chosen_isTheAnswer();
     void font_thatIsNotInstalled_isKeptUnlessAnotherIsChosen();
     void folder_picked_isTheAnswer();
+    void folder_withQuotesInItsName_isTheAnswer();
     void folder_cancelled_isEmpty();
     void folder_picker_startsWhereItIsTold();
     void folder_endingInABlank_survivesTrimming();
@@ -107,12 +118,18 @@ void choose(QFileDialog& dialog, const QString& name)
     QMetaObject::invokeMethod(&dialog, "accept");
 }
 
-/// Types names in quotes key by key, as a user does, into a dialog that has looked round its folder.
-void type(QFileDialog& dialog, const QStringList& names)
+/// Types a text key by key, as a user does, into a dialog that has looked round its folder.
+void type(QFileDialog& dialog, const QString& text)
 {
     QTest::qWait(300);
     nameField(dialog)->setFocus();
-    QTest::keyClicks(nameField(dialog), '"' + names.join("\" \"") + '"', Qt::NoModifier, 1);
+    QTest::keyClicks(nameField(dialog), text, Qt::NoModifier, 1);
+}
+
+/// The same with names, each in quotes.
+void type(QFileDialog& dialog, const QStringList& names)
+{
+    type(dialog, '"' + names.join("\" \"") + '"');
 }
 
 template <typename T>
@@ -122,6 +139,8 @@ QString errorOf(const zib::Outcome<T>& outcome)
         return "none";
     return outcome.error().kind == zib::Failure::Kind::Cancelled ? "cancelled" : "failed";
 }
+
+constexpr const char* kQuotedName = "my \"best\" song.mp3";
 
 zib::FileDialogRequest request(const QString& folder, quint32 flags = 0)
 {
@@ -391,6 +410,105 @@ void TestDialogs::openFile_ofSeveralTypedButOneMissing_staysOpen()
     QVERIFY(stayed);
 }
 
+void TestDialogs::openFile_ofNamesWithQuotes_losesNone_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QStringList>("names");
+    QTest::newRow("quotes in the name") << QString(kQuotedName) << QStringList{kQuotedName};
+    QTest::newRow("one name in quotes") << QString("\"a.mp3\"") << QStringList{"a.mp3"};
+    QTest::newRow("nothing between the names")
+        << QString("\"a.mp3\"\"b.WAV\"") << QStringList{"a.mp3", "b.WAV"};
+}
+
+void TestDialogs::openFile_ofNamesWithQuotes_losesNone()
+{
+    QFETCH(QString, typed);
+    QFETCH(QStringList, names);
+    QVERIFY(QFile(m_folder.filePath(kQuotedName)).open(QIODevice::WriteOnly));
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        type(dialog, typed);
+        QTest::keyClick(nameField(dialog), Qt::Key_Return);
+        if (dialog.isVisible())
+            dialog.reject();
+    });
+    const auto answer =
+        dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
+    QVERIFY(answer);
+    QStringList parts = answer->split(QChar(QChar::Null));
+    if (parts.size() > 1)
+        QCOMPARE(parts.takeFirst(), m_folder.path());
+    else
+        parts.first().remove(m_folder.path() + '/');
+    QCOMPARE(parts, names);
+}
+
+void TestDialogs::openFile_ofMarkedFilesWithQuotes_givesThem()
+{
+    const QStringList names{"a.mp3", kQuotedName};
+    QVERIFY(QFile(m_folder.filePath(kQuotedName)).open(QIODevice::WriteOnly));
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        auto* list = dialog.findChild<QTreeView*>("treeView");
+        auto* model = qobject_cast<QFileSystemModel*>(list->model());
+        QVERIFY(QTest::qWaitFor([&] { return model->index(m_folder.filePath(names[1])).isValid(); }));
+        for (const QString& name : names)
+            list->selectionModel()->select(model->index(m_folder.filePath(name)),
+                                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        QMetaObject::invokeMethod(&dialog, "accept");
+        if (dialog.isVisible())
+            dialog.reject();
+    });
+    const auto answer =
+        dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
+    QVERIFY(answer);
+    QCOMPARE(answer->split(QChar(QChar::Null)), QStringList(m_folder.path()) + names);
+}
+
+void TestDialogs::openFile_ofNamesThatCannotBeToldApart_saysSoAndStaysOpen_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::newRow("one without quotes") << QString("\"a.mp3\" b.WAV");
+    QTest::newRow("before the quotes") << QString("a.mp3 \"b.WAV\"");
+    QTest::newRow("quotes in one of several") << QString("\"a.mp3\" \"my \"best\" b.WAV\"");
+    QTest::newRow("no end") << QString("\"a.mp3");
+}
+
+void TestDialogs::openFile_ofNamesThatCannotBeToldApart_saysSoAndStaysOpen()
+{
+    QFETCH(QString, typed);
+    zib::DesktopDialogs dialogs;
+    QString said;
+    bool open = false;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        whenOpen<QMessageBox>([&](QMessageBox& box) {
+            said = box.text();
+            box.accept();
+        });
+        type(dialog, typed);
+        QTest::keyClick(nameField(dialog), Qt::Key_Return);
+        open = dialog.isVisible();
+        dialog.reject();
+    });
+    const auto answer =
+        dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
+    QCOMPARE(errorOf(answer), QString("cancelled"));
+    QVERIFY(open);
+    QCOMPARE(said, "These names cannot be told apart. Please put each of them in quotes:\n" + typed);
+}
+
+void TestDialogs::openFile_ofSeveralFromSeveralFolders_givesPlainPaths()
+{
+    QVERIFY(QDir(m_folder.path()).mkpath("sub"));
+    QVERIFY(QFile(m_folder.filePath("sub/c.mp3")).open(QIODevice::WriteOnly));
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { choose(dialog, "\"sub/c.mp3\" \"a.mp3\""); });
+    const auto answer =
+        dialogs.openFile(&m_owner, request(m_folder.path(), zib::FileDialogRequest::AllowMultiselect));
+    QVERIFY(answer);
+    QCOMPARE(answer->split(QChar(QChar::Null)), (QStringList{m_folder.path(), "sub/c.mp3", "a.mp3"}));
+}
+
 void TestDialogs::openFile_ofSeveralButOne_givesItsPath()
 {
     zib::DesktopDialogs dialogs;
@@ -467,8 +585,8 @@ void TestDialogs::openAndSaveBox_areOfTheirKind()
 void TestDialogs::saveFile_ofAnyName_givesItAsTyped_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char* name :
-         {"new.zibp", "noending", "a.mp3", "two.dots.txt", "Größe 音.zibp", "blank inside"})
+    for (const char* name : {"new.zibp", "noending", "a.mp3", "two.dots.txt", "Größe 音.zibp", "blank inside",
+                             "Bowie \"Heroes\"", "7\" singles.zibp", "\"one\" \"two\""})
         QTest::newRow(name) << QString(name);
 }
 
@@ -513,6 +631,47 @@ void TestDialogs::saveFile_inAMissingFolder_saysSoAndStaysOpen()
         QString("cancelled"));
     QVERIFY(open);
     QCOMPARE(said, "This folder does not exist:\n" + m_folder.filePath("none"));
+}
+
+void TestDialogs::saveFile_ofANameTooLong_saysSoAndStaysOpen_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("of letters") << QString(256, 'x');
+    QTest::newRow("of bytes") << QStringLiteral("ä").repeated(128);
+}
+
+void TestDialogs::saveFile_ofANameTooLong_saysSoAndStaysOpen()
+{
+    QFETCH(QString, name);
+    zib::DesktopDialogs dialogs;
+    QString said;
+    bool open = false;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        nameField(dialog)->setText(name);
+        QTimer::singleShot(0, &dialog, [&] { // A box may or may not come.
+            QTimer::singleShot(500, &dialog, [&] {
+                if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                    said = box->text();
+                    box->accept();
+                }
+                open = dialog.isVisible();
+                dialog.reject();
+            });
+            QMetaObject::invokeMethod(&dialog, "accept");
+        });
+    });
+    QCOMPARE(errorOf(dialogs.saveFile(&m_owner, request(m_folder.path()))), QString("cancelled"));
+    QVERIFY(open);
+    QCOMPARE(said, "This name is too long:\n" + name);
+}
+
+void TestDialogs::saveFile_ofOneNameInQuotes_isThatName()
+{
+    zib::DesktopDialogs dialogs;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { choose(dialog, "\"Heroes.zibp\""); });
+    const auto answer = dialogs.saveFile(&m_owner, request(m_folder.path()));
+    QVERIFY(answer);
+    QCOMPARE(*answer, m_folder.filePath("Heroes.zibp"));
 }
 
 void TestDialogs::colorAndFontBox_givenATitle_bearIt()
@@ -593,6 +752,19 @@ void TestDialogs::folder_picked_isTheAnswer()
     });
     QCOMPARE(picker.SHBrowseForFolderA(&m_owner, "Please choose", {}), m_folder.filePath("rips"));
     QCOMPARE(title, QString("Please choose"));
+}
+
+void TestDialogs::folder_withQuotesInItsName_isTheAnswer()
+{
+    QVERIFY(QDir(m_folder.path()).mkpath("Bowie \"Heroes\""));
+    zib::DesktopFolderPicker picker;
+    whenOpen<QFileDialog>([](QFileDialog& dialog) {
+        choose(dialog, "Bowie \"Heroes\"");
+        if (dialog.isVisible())
+            dialog.reject();
+    });
+    QCOMPARE(picker.SHBrowseForFolderA(&m_owner, "Please choose", m_folder.path()),
+             m_folder.filePath("Bowie \"Heroes\""));
 }
 
 void TestDialogs::folder_cancelled_isEmpty()
