@@ -453,6 +453,19 @@ private slots:
         QTest::keyClick(desk.list(), Qt::Key_Delete);
         QCOMPARE(desk.column(FileName), (QStringList{"a.wav", "b.wav"}));
     }
+    void deleteKey_outsideTheList_removesNothing()
+    {
+        Desk desk;
+        desk.addThree();
+        desk.tick(2);
+        QVERIFY(desk.focusList());
+        auto* elsewhere = desk.control<QWidget>("Toolbar1");
+        elsewhere->setFocusPolicy(Qt::StrongFocus);
+        elsewhere->setFocus();
+        QVERIFY(elsewhere->hasFocus());
+        QTest::keyClick(elsewhere, Qt::Key_Delete);
+        QCOMPARE(desk.rows(), 3);
+    }
     void clear_asksNothingAndLeavesTheOldTotals()
     {
         Desk desk;

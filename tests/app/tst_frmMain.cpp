@@ -114,6 +114,13 @@ private slots:
         QCOMPARE(desk.panel(4), zib::kHomePage);
         for (int i = 1; i <= 4; ++i)
             QCOMPARE(desk.control<QLabel>(QString("StatusBar1_%1").arg(i))->toolTip(), desk.panel(i));
+        const auto* bar = desk.control<QStatusBar>("StatusBar1");
+        for (int i = 1, right = 0; i <= 6; ++i) { // Side by side, each with room for some words.
+            const auto* panel = desk.control<QLabel>(QString("StatusBar1_%1").arg(i));
+            QCOMPARE(panel->parentWidget(), bar);
+            QVERIFY2(panel->x() >= right && panel->width() > 30, qPrintable(panel->objectName()));
+            right = panel->geometry().right();
+        }
         QVERIFY(desk.panel(5).contains(QString::number(QDate::currentDate().year() % 100)));
         QVERIFY2(desk.panel(6).contains(':'), qPrintable(desk.panel(6)));
     }

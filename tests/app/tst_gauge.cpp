@@ -63,6 +63,11 @@ private slots:
         QTest::newRow("behind red") << 85.0 << 85.2 << white;
         QTest::newRow("85 keeps blue") << 85.0 << 30.0 << kBlue;
         QTest::newRow("85 keeps green") << 85.0 << 73.8 << kGreen;
+        QTest::newRow("85, below 60") << 85.0 << 59.8 << kBlue;
+        QTest::newRow("85, above 60") << 85.0 << 60.2 << kGreen;
+        QTest::newRow("85, above 74") << 85.0 << 74.2 << kYellow;
+        QTest::newRow("85, below 80") << 85.0 << 79.8 << kYellow;
+        QTest::newRow("85, above 80") << 85.0 << 80.2 << kRed;
         QTest::newRow("full") << 100.0 << 99.5 << kRed;
         QTest::newRow("beyond the scale") << 5000.0 << 99.5 << kRed;
     }

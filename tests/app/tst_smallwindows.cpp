@@ -29,6 +29,7 @@ private slots:
     void tips_ofAFile_areItsLines();
     void tips_fromNoFile_fail_data();
     void tips_fromNoFile_fail();
+    void tips_ofAFileAtItsLimit_areReadAndNoMore();
     void tips_chosenOften_areAllSeenAndSometimesTwice();
     void tips_ofAnotherSeed_comeInAnotherOrder();
 
@@ -212,6 +213,21 @@ void TestSmallWindows::tips_fromNoFile_fail()
     QVERIFY(!tips.load(path));
     QCOMPARE(tips.count(), 0);
     QCOMPARE(tips.any(), std::nullopt);
+}
+
+void TestSmallWindows::tips_ofAFileAtItsLimit_areReadAndNoMore()
+{
+    constexpr qint64 kMost = 16 * 1024 * 1024;
+    Desk desk;
+    desk.writeTips("first\nsecond");
+    const QString path = desk.folder.filePath("TIPOFDAY.TXT");
+    zib::TipList tips(1);
+    QVERIFY(QFile::resize(path, kMost));
+    QVERIFY(tips.load(path));
+    QCOMPARE(tips.count(), 2);
+    QVERIFY(QFile::resize(path, kMost + 1));
+    QVERIFY(!tips.load(path));
+    QCOMPARE(tips.count(), 0); // Nor are those of before kept.
 }
 
 void TestSmallWindows::tips_chosenOften_areAllSeenAndSometimesTwice()

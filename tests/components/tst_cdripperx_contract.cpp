@@ -44,6 +44,19 @@ class TestCdRipperXContract : public QObject
 {
     Q_OBJECT
 private slots:
+    void numbers_ofStatesKindsAndReasons_areThoseOfTheComponent()
+    {
+        QCOMPARE(
+            (QList<int>{CDRipperX::kPlaying, CDRipperX::kPaused, CDRipperX::kNoDisc, CDRipperX::kDiscLoaded}),
+            (QList<int>{0, 1, 2, 4}));
+        QCOMPARE((QList<int>{CDRipperX::kReadingProgress, CDRipperX::kVerifyingProgress,
+                             CDRipperX::kRepairingProgress, CDRipperX::kSkippingProgress,
+                             CDRipperX::kPositionProgress, CDRipperX::kReadErrorProgress}),
+                 (QList<int>{0, 1, 2, 6, 7, 12}));
+        QCOMPARE((QList<int>{CDRipperX::kReady, CDRipperX::kNoSuchDevice, CDRipperX::kNoPermission,
+                             CDRipperX::kHeldByAnother, CDRipperX::kExtracting, CDRipperX::kNothingToDo}),
+                 (QList<int>{0, 1, 2, 3, 4, 5}));
+    }
     void drives_always_haveNames_data() { makers(); }
     void drives_always_haveNames()
     {

@@ -70,6 +70,12 @@ class TestDvdWriterProContract : public QObject
 {
     Q_OBJECT
 private slots:
+    void numbers_ofDiscStatesAndErrors_areThoseOfTheComponent()
+    {
+        QCOMPARE((QList<int>{DVDWriterPro::kUnusableDisc, DVDWriterPro::kDriveError,
+                             DVDWriterPro::kAppendableDisc, DVDWriterPro::kNoDisc, DVDWriterPro::kBlankDisc}),
+                 (QList<int>{0, 3, 253, 254, 255}));
+    }
     void drives_always_haveNamesAndAbilities_data() { makers(); }
     void drives_always_haveNamesAndAbilities();
     void selectDrive_outOfRange_isRefused_data() { makers(); }

@@ -199,6 +199,36 @@ private slots:
         }
         QVERIFY(pages[0] != pages[1]); // "%3" is a part of the name, not the place of a number.
     }
+    void testPage_hasACrossAndTwoRulers()
+    {
+        Printer::Target target;
+        target.paperSize = QSizeF(11906, 16838);
+        QImage page(800, 1200, QImage::Format_RGB32);
+        page.fill(Qt::white);
+        QPainter painter(&page);
+        painter.scale(1 / 15.0, 1 / 15.0);
+        zib::paintCalibrationPage(painter, target, {});
+        painter.end();
+        const auto isInked = [&page](double xMm, double yMm) {
+            const QPoint at(qRound(xMm / 25.4 * 96), qRound(yMm / 25.4 * 96));
+            int darkest = 255;
+            for (int x = -1; x <= 1; ++x)
+                for (int y = -1; y <= 1; ++y)
+                    darkest = std::min(darkest, qGray(page.pixel(at + QPoint(x, y))));
+            return darkest < 200;
+        };
+        for (const auto& [along, inked] : QList<std::pair<double, bool>>{{18, false},
+                                                                         {21, true},
+                                                                         {24, true},
+                                                                         {29, true},
+                                                                         {31, true},
+                                                                         {80, true},
+                                                                         {129, true},
+                                                                         {132, false}}) {
+            QCOMPARE(isInked(along, 30), inked);
+            QCOMPARE(isInked(30, along), inked);
+        }
+    }
     void disc_hasTheSizeOfTheSettingsFile()
     {
         const Desk desk;

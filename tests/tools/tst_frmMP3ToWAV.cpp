@@ -250,6 +250,7 @@ private slots:
         Desk desk;
         desk.addFile("a.mp3", 44100 * 4);
         desk.beginGated("a.mp3", "a.wav");
+        QTRY_COMPARE_WITH_TIMEOUT(desk.percent(), QString("Progress  -  0%"), 20'000);
         for (const char* percent : {"25%", "50%", "75%"}) {
             desk.gate.release();
             QTRY_COMPARE_WITH_TIMEOUT(desk.percent(), QString("Progress  -  ") + percent, 20'000);

@@ -192,6 +192,23 @@ private slots:
         QCOMPARE(d.row(12)[1], QString("Track12.wav"));
     }
 
+    void drive_foundLate_isChosenOnlyWhereThereWasNone()
+    {
+        RipDesk d((QList<FakeReader>()));
+        d.open();
+        d.ripper->readers = {kAlbum};
+        emit d.ripper->DevicesChanged(1);
+        QCOMPARE(d.ripper->calls.count("selectDevice 0"), 1);
+        QCOMPARE(d.list()->topLevelItemCount(), 3);
+        d.tick({1, 2});
+        d.ripper->readers << FakeReader{"/dev/sr1", "OTHER", "DRIVE"};
+        emit d.ripper->DevicesChanged(2);
+        QCOMPARE(d.entries("cboDevices"), (QStringList{"/dev/sr0: MAKER MODEL", "/dev/sr1: OTHER DRIVE"}));
+        QCOMPARE(d.ripper->calls.count("selectDevice 0"), 1);
+        for (int row = 0; row < 2; ++row)
+            QCOMPARE(d.list()->topLevelItem(row)->checkState(0), Qt::Checked);
+    }
+
     void window_withoutDrives_isEmptyAndStands()
     {
         RipDesk d((QList<FakeReader>()));

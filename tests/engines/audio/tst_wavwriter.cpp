@@ -2,6 +2,7 @@
 #include "engines/audio/AudioKit.h"
 #include "engines/audio/makers.h"
 #include "engines/audio/wav/WavWriter.h"
+#include "fakes/OpenFiles.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -261,6 +262,36 @@ private slots:
         QVERIFY(!writer.append(spanOf(QList<qint16>(1))));
         QVERIFY(!writer.finish());
         QVERIFY(filesIn(folder.path()).isEmpty());
+    }
+    void append_afterAFailure_failsWhateverItBrings()
+    {
+        const QTemporaryDir folder;
+        WavWriter writer(1000);
+        QVERIFY(writer.create(folder.filePath("a.wav"), 44100, 2));
+        QVERIFY(!writer.append(spanOf(QList<qint16>(501))));
+        QVERIFY(!writer.append(spanOf(QList<qint16>(2))));
+        QVERIFY(!writer.append({}));
+        QVERIFY(!writer.finish());
+        QVERIFY(!writer.append(spanOf(QList<qint16>(2))));
+    }
+    void ends_ofEveryKind_closeTheFile()
+    {
+        const QTemporaryDir folder;
+        const qsizetype before = openFiles();
+        for (const char* end : {"finished", "abandoned", "failed", "dropped"}) {
+            WavWriter writer(1000);
+            QVERIFY(writer.create(folder.filePath("a.wav"), 44100, 2));
+            QCOMPARE(openFiles(), before + 1);
+            if (end == QByteArray("failed"))
+                QVERIFY(!writer.append(spanOf(QList<qint16>(501))));
+            if (end == QByteArray("abandoned"))
+                writer.abandon();
+            else if (end != QByteArray("dropped"))
+                QCOMPARE(writer.finish(), end == QByteArray("finished"));
+            if (end != QByteArray("dropped"))
+                QCOMPARE(openFiles(), before);
+        }
+        QCOMPARE(openFiles(), before);
     }
     void kill_inTheMiddle_leavesNoFinalName()
     {

@@ -1,6 +1,7 @@
 #include "WavMaker.h"
 
 #include "engines/burn/tracks/TrackSource.h"
+#include "fakes/OpenFiles.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -21,6 +22,7 @@ private slots:
     void findTrack_whatIsNoFile_isRefused();
     void findTrack_lengths_countPartFramesAndTheShortestTrack_data();
     void findTrack_lengths_countPartFramesAndTheShortestTrack();
+    void findTrack_andReading_leaveNoFileOpen();
     void read_inPieces_givesSamplesThenSilence();
     void open_afterAChange_isRefused_data();
     void open_afterAChange_isRefused();
@@ -151,6 +153,22 @@ void TestTrackSource::findTrack_lengths_countPartFramesAndTheShortestTrack()
     const auto track = findTrack(put(file("length.wav"), cdWav(sound(pairs))));
     QVERIFY(track);
     QTEST(track->length.frames(), "frames");
+}
+
+void TestTrackSource::findTrack_andReading_leaveNoFileOpen()
+{
+    const QString good = put(file("good.wav"), riff(formatChunk() + chunk("data", sound(1000))));
+    const QString bad = put(file("bad.wav"), riff(formatChunk()));
+    const qsizetype before = openFiles();
+    const auto track = findTrack(good);
+    QVERIFY(track && !findTrack(bad) && !findTrack(file("")));
+    {
+        TrackSource source;
+        QVERIFY(source.open(*track));
+        QVERIFY(source.open(*track));
+        QCOMPARE(openFiles(), before + 1);
+    }
+    QCOMPARE(openFiles(), before);
 }
 
 void TestTrackSource::read_inPieces_givesSamplesThenSilence()
