@@ -1,4 +1,5 @@
 #include "common/NameBearer.h"
+#include "common/StagedFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,6 +11,7 @@
 #include <functional>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -27,6 +29,7 @@ struct Storage
     std::function<void()> behindLink;   ///< The same behind a refused link.
 };
 Storage g_storage;
+QByteArray g_flushed; ///< What was asked to be on the disk, in order: 'f' for a file, 'd' for a folder.
 
 int failed(int error, const std::function<void()>& behind = {})
 {
@@ -40,6 +43,14 @@ int failed(int error, const std::function<void()>& behind = {})
 
 // These stand before the system's own for everything that is linked into this program.
 extern "C" {
+
+int fsync(int file)
+{
+    struct stat info = {};
+    ::fstat(file, &info);
+    g_flushed += S_ISDIR(info.st_mode) ? 'd' : 'f';
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
 
 int renameat2(int oldFolder, const char* from, int newFolder, const char* to, unsigned flags) noexcept
 {
@@ -101,6 +112,21 @@ class TestStorageFaults : public QObject
 {
     Q_OBJECT
 private slots:
+    void file_thatIsKept_isOnTheDiskWithItsName()
+    {
+        const QTemporaryDir folder;
+        g_flushed.clear();
+        {
+            StagedFile file;
+            QVERIFY(file.create(folder.path(), "kept.bin"));
+            QVERIFY(file.write("abc", 3));
+            QVERIFY(file.flush());
+            QCOMPARE(g_flushed, QByteArray("f"));
+            QVERIFY(file.keep());
+        }
+        QCOMPARE(g_flushed, QByteArray("fd")); // the name as well
+        QVERIFY(QFile::exists(folder.filePath("kept.bin")));
+    }
     void names_onEveryStorage_areGivenAndNeverTaken_data()
     {
         QTest::addColumn<int>("exclusiveRename");

@@ -474,6 +474,18 @@ private slots:
         QVERIFY(ink.width() > room.width() / 2);
         QVERIFY2(QRect(QPoint(50, 20), room).adjusted(-3, -3, 3, 3).contains(ink), qPrintable(text));
     }
+    void blanksAtTheEnd_takeTheirRoom()
+    {
+        QFont font("DejaVu Sans");
+        font.setPixelSize(40);
+        const auto width = [&font](const char* text) {
+            return zib::CaptionLayout(text, font).size().width();
+        };
+        const double blank = width("a b") - width("ab");
+        QVERIFY(blank > 5);
+        QVERIFY(qAbs(width("ab  ") - width("ab") - 2 * blank) < 2);
+        QVERIFY(qAbs(width("   ") - 3 * blank) < 2);
+    }
     void tab_isBlanksUpToTheNextEighthPlace_data()
     {
         QTest::addColumn<QString>("caption");

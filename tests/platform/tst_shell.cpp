@@ -288,6 +288,11 @@ void TestShell::start_ofSeveral_goesOnAfterAFailureOnly()
     QVERIFY(QFile::exists(first));
     QTest::qWait(200);
     QVERIFY(!QFile::exists(third));
+    QFile::remove(first);
+    QVERIFY(zib::startDetached({probeCommand(first), probeCommand(third)}));
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(first), 60000);
+    QTest::qWait(200);
+    QVERIFY(!QFile::exists(third));
 }
 
 void TestShell::start_ofAMissingProgram_doesNotDisturb()

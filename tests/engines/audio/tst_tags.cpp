@@ -170,6 +170,42 @@ private slots:
         QVERIFY(ape);
         QCOMPARE(ape->durationMs(), plain->durationMs());
     }
+    /// What stands in each of them would pass for sound.
+    void tagsBehindTheSound_areNone_data()
+    {
+        QTest::addColumn<QByteArray>("tag");
+        const QByteArray inside = sound();
+        const auto little32 = [](qsizetype value) {
+            QByteArray bytes = big32(static_cast<quint32>(value));
+            std::reverse(bytes.begin(), bytes.end());
+            return bytes;
+        };
+        const auto ape = [&](const char* flags) {
+            return "APETAGEX" + little32(2000) + little32(inside.size() + 32) + little32(1) +
+                   QByteArray(flags, 4) + QByteArray(8, '\0');
+        };
+        QTest::newRow("APE") << inside + ape("\0\0\0\0");
+        QTest::newRow("APE with a header") << ape("\0\0\0\xA0") + inside + ape("\0\0\0\x80");
+        const QByteArray lyrics = "LYRICSBEGIN" + inside;
+        QTest::newRow("lyrics") << lyrics + QByteArray::number(lyrics.size()).rightJustified(6, '0') +
+                                       "LYRICS200";
+        QByteArray sevenBits;
+        for (int shift = 21; shift >= 0; shift -= 7)
+            sevenBits += static_cast<char>(inside.size() >> shift & 0x7F);
+        const QByteArray head = QByteArray("\x04\0\x10", 3) + sevenBits;
+        QTest::newRow("ID3 with a footer") << "ID3" + head + inside + "3DI" + head;
+    }
+    void tagsBehindTheSound_areNone()
+    {
+        QFETCH(QByteArray, tag);
+        const auto plain = opened(sound());
+        for (const QByteArray& content :
+             {sound() + tag, sound() + tag + id3v1("a", "b"), sound() + tag + tag}) {
+            const auto tagged = opened(content);
+            QVERIFY(tagged);
+            QCOMPARE(tagged->durationMs(), plain->durationMs());
+        }
+    }
     void damagedTags_areHarmless_data()
     {
         QTest::addColumn<QByteArray>("tag");

@@ -19,12 +19,16 @@ BurnJob jobOf(int tracks)
 struct Listener final : BurnObserver
 {
     void readingTrack(int track) override { told << QString("reading %1").arg(track); }
-    void progress(int, qint64, qint64) override {}
+    void progress(int track, qint64 done, qint64 size) override
+    {
+        positions << QString("%1: %2 of %3").arg(track).arg(done).arg(size);
+    }
     void closingTrack(int track) override { told << QString("closing %1").arg(track); }
     void closingDisc() override { told << "closing disc"; }
     void readingBack() override { told << "reading back"; }
 
     QStringList told;
+    QStringList positions;
 };
 
 LibraryView at(int track, int sector)
@@ -48,6 +52,7 @@ class TestWritePhases : public QObject
 {
     Q_OBJECT
 private slots:
+    void progress_isToldInBytesOfItsTrack();
     void session_isClosingBehindTheLastSector();
     void tracks_areClosedOneByOne_andNothingFallsBack();
     void tracks_thatPassBetweenTwoLooks_areToldAll();
@@ -67,6 +72,19 @@ void TestWritePhases::session_thatIsGivenUp_isNotClosed()
     QCOMPARE(heard.told, (QStringList{"reading 1", "closing 1"}));
     phases.see({.begun = 2, .closingSession = true});
     QCOMPARE(phases.phase(), WritePhases::Phase::ClosingDisc);
+}
+
+void TestWritePhases::progress_isToldInBytesOfItsTrack()
+{
+    const BurnJob job = jobOf(2);
+    Listener heard;
+    WritePhases phases(job, true, heard);
+    phases.see({.begun = 0, .sector = 5, .sectors = 400}); // not at a track yet
+    QCOMPARE(heard.positions, QStringList());
+    phases.see(at(1, -1));
+    phases.see(at(1, 10));
+    phases.see(at(2, 401));
+    QCOMPARE(heard.positions, (QStringList{"1: 0 of 940800", "1: 23520 of 940800", "2: 940800 of 940800"}));
 }
 
 void TestWritePhases::session_isClosingBehindTheLastSector()
