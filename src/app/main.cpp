@@ -19,6 +19,7 @@
 #include "platform/LogindInhibitor.h"
 #include "platform/ProgramFolder.h"
 #include "platform/QuitSignals.h"
+#include "platform/SessionBus.h"
 #include "platform/SystemRegistry.h"
 
 #include <QApplication>
@@ -44,17 +45,24 @@ zib::Components engines()
     return components;
 }
 
+/// By what the desktop knows the program.
+void introduceOurselves()
+{
+    QApplication::setApplicationName(zib::kApplicationTitle);
+    QGuiApplication::setDesktopFileName(QStringLiteral("zibcdburner"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/drawn/zibcdburner.drawn")));
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    zib::leaveMuteSessionBus();
     zib::HeadStart headStart;
     QApplication application(argc, argv);
     headStart.applicationIsThere();
     zib::QuitSignals quit;
-    QApplication::setApplicationName(zib::kApplicationTitle);
-    QGuiApplication::setDesktopFileName(QStringLiteral("zibcdburner"));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/drawn/zibcdburner.drawn")));
+    introduceOurselves();
 
     zib::IniFile disk;
     zib::IniQueue ini(disk);

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <chrono>
+
+namespace zib {
+
+/// Turns the program away from a desktop's message bus that takes connections and answers none, as a stopped
+/// one does: the toolkit would wait for it for ever, before the first window and deaf to every signal.
+/// Without the bus the program lacks what others do through it, such as reading the screen aloud.
+///
+/// Changes the environment, for programs that are started later too: before any other thread is made.
+/// @param patience for the bus; one that answers does so in less than a millisecond.
+void leaveMuteSessionBus(std::chrono::milliseconds patience = std::chrono::seconds(2));
+
+} // namespace zib
