@@ -7,12 +7,9 @@
 #include <QSizeF>
 #include <QString>
 
-#include <memory>
+#include <cups/cups.h>
 
-// The C library's own types.
-typedef struct _http_s http_t;
-typedef struct cups_dest_s cups_dest_t;
-typedef struct _cups_dinfo_s cups_dinfo_t;
+#include <memory>
 
 namespace zib {
 
