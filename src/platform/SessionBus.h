@@ -9,7 +9,7 @@ namespace zib {
 /// Without the bus the program lacks what others do through it, such as reading the screen aloud.
 ///
 /// Changes the environment, for programs that are started later too: before any other thread is made.
-/// @param patience for the bus; one that answers does so in less than a millisecond.
-void leaveMuteSessionBus(std::chrono::milliseconds patience = std::chrono::seconds(2));
+/// @param patience for the bus; one that answers takes less than a millisecond, on a busy machine some.
+void leaveMuteSessionBus(std::chrono::milliseconds patience = std::chrono::seconds(5));
 
 } // namespace zib
