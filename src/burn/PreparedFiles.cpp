@@ -12,6 +12,12 @@ QHash<QString, FileStamp>& stamps()
     return kept;
 }
 
+QHash<QString, QString>& troubles()
+{
+    static QHash<QString, QString> kept;
+    return kept;
+}
+
 } // namespace
 
 void note(const QString& path)
@@ -32,6 +38,19 @@ bool wasChanged(const QString& path)
     const auto noted = stamps().constFind(path);
     const auto now = stampOf(path);
     return noted != stamps().cend() && now && *now != *noted;
+}
+
+void noteTrouble(const QString& path, const QString& trouble)
+{
+    if (trouble.isEmpty())
+        troubles().remove(path);
+    else
+        troubles().insert(path, trouble);
+}
+
+QString trouble(const QString& path)
+{
+    return troubles().value(path);
 }
 
 } // namespace zib::PreparedFiles

@@ -105,19 +105,33 @@ void frmPrepare::ConvertFile(const QString& source, const QString& target)
 {
     const zib::WaitPointer wait(this);
     m_list.makeFolder(GeneralAPI::GetFolderOfPath(target));
-    if (beginConversion(source, target)) {
-        const bool isWhole = convertBlocks();
-        if (isWhole)
-            m_damaged.add(source, m_fileReader->loss(), m_fileReader->formatRate());
+    const bool isBegun = beginConversion(source, target);
+    const bool isWhole = isBegun && convertBlocks();
+    if (isWhole)
+        m_damaged.add(source, m_fileReader->loss(), m_fileReader->formatRate());
+    const QString trouble = troubleWith(source);
+    if (isBegun)
         ask<bool>([writer = m_fileWriter, isWhole] {
             isWhole ? writer->close() : writer->discard();
             return true;
         });
-    }
+    zib::PreparedFiles::noteTrouble(target, isWhole ? troubleWith(source) : trouble);
     ask<bool>([reader = m_fileReader] {
         reader->close();
         return true;
     });
+}
+
+/// @returns what is known to keep the track of a source from being made; empty when nothing does.
+QString frmPrepare::troubleWith(const QString& source) const
+{
+    if (m_abandoned) // The thread may still be using the files.
+        return {};
+    if (m_fileReader->status() < 0)
+        return tr("This file cannot be read:") + u'\n' + source;
+    if (m_fileWriter->status() < 0)
+        return tr("The track of this file cannot be stored, perhaps the disk is full:") + u'\n' + source;
+    return {};
 }
 
 /// @returns whether there is a source to read, and a target that was begun and must be ended.

@@ -49,6 +49,7 @@ private:
     void ConvertFile(const QString& source, const QString& target);
     bool beginConversion(const QString& source, const QString& target);
     bool convertBlocks();
+    QString troubleWith(const QString& source) const;
     void showProgress(double fraction);
     template <typename Answer, typename Question>
     Answer ask(Question question);

@@ -210,7 +210,8 @@ void frmWrite::AddTracks()
         if (there && m_writer->addAudioTrack(path))
             m_writer->nameTrack(m_writer->trackCount(), m_names.tracks.value(i));
         else
-            m_services.messages.information(this, WriteTexts::kNotWritten + path);
+            m_services.messages.information(this, WriteTexts::kNotWritten + path,
+                                            there ? QString() : zib::PreparedFiles::trouble(path));
     }
     m_writer->nameDisc(m_names.title);
 }

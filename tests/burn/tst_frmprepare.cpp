@@ -336,6 +336,9 @@ void TestFrmPrepare::prepare_aSourceThatBreaks_leavesNoTrack()
     desk.add("whole.mp3", Desk::mono(1));
     QVERIFY(desk.run());
     QCOMPARE(desk.shelf.discarded, QStringList{desk.temp("broken.wav")});
+    QCOMPARE(PreparedFiles::trouble(desk.temp("broken.wav")),
+             QString("This file cannot be read:\n/music/broken.mp3"));
+    QCOMPARE(PreparedFiles::trouble(desk.temp("whole.wav")), QString());
     QCOMPARE(desk.shelf.written.keys(), QStringList{desk.temp("whole.wav")});
     QVERIFY(!QFileInfo::exists(desk.temp("broken.wav")));
 }
@@ -349,6 +352,8 @@ void TestFrmPrepare::prepare_aFullStorage_leavesNoTrack()
     QCOMPARE(desk.shelf.discarded, QStringList{desk.temp("a.wav")});
     QVERIFY(desk.shelf.written.isEmpty());
     QCOMPARE(desk.window->trackFiles(), QStringList{desk.temp("a.wav")});
+    QCOMPARE(PreparedFiles::trouble(desk.temp("a.wav")),
+             QString("The track of this file cannot be stored, perhaps the disk is full:\n/music/a.mp3"));
 }
 
 void TestFrmPrepare::prepare_aSilentNothing_leavesNoTrack()

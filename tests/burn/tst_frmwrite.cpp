@@ -358,10 +358,13 @@ void TestFrmWrite::tracks_missingOrRefused_areNamedAndSkipped()
     QFile::remove(desk.files[0]);
     desk.writer->refused << desk.files[2];
     desk.files << folder << QString();
+    PreparedFiles::noteTrouble(desk.files[0], "This file cannot be read:\na.mp3");
+    PreparedFiles::noteTrouble(desk.files[2], "This is of another day.");
     QVERIFY(desk.open());
     const QString text = "i: The following file could not be written to CD audio:\n";
     QCOMPARE(desk.desk.messages.shown,
-             (QStringList{text + desk.files[0], text + desk.files[2], text + folder, text}));
+             (QStringList{text + desk.files[0] + "\nThis file cannot be read:\na.mp3", text + desk.files[2],
+                          text + folder, text}));
     QCOMPARE(desk.writer->tracks, QStringList{desk.files[1]});
 }
 

@@ -27,6 +27,8 @@ using namespace zib;
 namespace {
 
 const QString kNotWritten = "i: The following file could not be written to CD audio:\n";
+const QString kNotRead = "\nThis file cannot be read:\n";
+const QString kNotStored = "\nThe track of this file cannot be stored, perhaps the disk is full:\n";
 
 /// The two windows of the main job with the real engines behind them and the image recorder as the only
 /// drive.
@@ -283,7 +285,7 @@ void TestMainJob::aBadFile_amongGoodOnes_isNamedAndLeftOut()
     QCOMPARE(road.desk.messages.shown, QStringList());
     QVERIFY(road.write());
     QCOMPARE(road.desk.messages.shown,
-             (QStringList{kNotWritten + road.tracks[1], "i: Writing is completed."}));
+             (QStringList{kNotWritten + road.tracks[1] + kNotRead + path, "i: Writing is completed."}));
     const QList<QByteArray> read = road.readBack();
     QCOMPARE(read.size(), 2);
     QVERIFY(read[0] == onDisc(road.tracks[0]));
@@ -340,7 +342,8 @@ void TestMainJob::aFullStorage_whilePreparing_leavesNoShortTrack()
     QCOMPARE(QDir(road.folder.filePath("program/Temp")).entryList(QDir::Files | QDir::Hidden), QStringList());
     QVERIFY(road.write());
     QCOMPARE(road.desk.messages.shown,
-             (QStringList{kNotWritten + road.tracks[0], "c: Write to disc failed."}));
+             (QStringList{kNotWritten + road.tracks[0] + kNotStored + road.file("a.mp3"),
+                          "c: Write to disc failed."}));
     QCOMPARE(road.imageFiles(), QStringList());
 }
 
@@ -367,7 +370,8 @@ void TestMainJob::aTempThatCannotBeMade_isToldAndNothingIsClaimed()
     QVERIFY(road.write());
     QCOMPARE(road.desk.messages.shown,
              (QStringList{"c[Error]: Create directory error: " + road.folder.filePath("program/Temp"),
-                          kNotWritten + road.tracks[0], kNotWritten + road.tracks[1],
+                          kNotWritten + road.tracks[0] + kNotStored + road.file("a.mp3"),
+                          kNotWritten + road.tracks[1] + kNotStored + road.file("b.mp3"),
                           "c: Write to disc failed."}));
 }
 
@@ -430,7 +434,8 @@ void TestMainJob::onlyBadFiles_writeNothing()
     QVERIFY(road.prepare());
     QVERIFY(road.write());
     QCOMPARE(road.desk.messages.shown,
-             (QStringList{kNotWritten + road.tracks[0], "c: Write to disc failed."}));
+             (QStringList{kNotWritten + road.tracks[0] + kNotRead + road.file("bad.mp3"),
+                          "c: Write to disc failed."}));
 }
 
 void TestMainJob::cancel_inTheMiddle_leavesNothing()
