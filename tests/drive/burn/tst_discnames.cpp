@@ -58,6 +58,8 @@ private slots:
     void driveWithoutSessionAtOnce_writesWithoutNames();
     void driveThatRefusesText_getsTheDiscWithout_data();
     void driveThatRefusesText_getsTheDiscWithout();
+    void driveThatRefusesText_inTestMode_isNotRemarked();
+    void driveThatFailsBehindTheText_isNotAskedAgain();
     void testMode_withNames_leavesTheDiscBlank();
     void textThatIsNotOnTheDisc_isRemarked();
     void comparing_isDoneOnlyWhenAsked();
@@ -122,6 +124,29 @@ void TestDiscNames::driveThatRefusesText_getsTheDiscWithout()
     QVERIFY2(bench.remark.contains("no names"), qPrintable(bench.remark));
     QVERIFY(!bench.recorder.doorLocked());
     QCOMPARE(bench.said.count("reading 1"), 1);
+}
+
+void TestDiscNames::driveThatRefusesText_inTestMode_isNotRemarked()
+{
+    NamedBench bench;
+    QVERIFY(bench.prepare());
+    bench.writer.setTestWrite(true);
+    bench.recorder.addFault("SEND_CUE_SHEET times=1 sense=5/26/00");
+    QCOMPARE(bench.write(), QString("completed"));
+    QVERIFY(bench.recorder.content()->blank);
+    QVERIFY2(!bench.remark.contains("no names"), qPrintable(bench.remark));
+}
+
+/// The disc is spoiled then; without names it would be written in vain.
+void TestDiscNames::driveThatFailsBehindTheText_isNotAskedAgain()
+{
+    NamedBench bench;
+    QVERIFY(bench.prepare());
+    bench.recorder.addFault("WRITE_10 lba=50-100 times=1 sense=3/0C/00");
+    QCOMPARE(bench.write(), QString("error"));
+    QCOMPARE(bench.recorder.count("SEND_CUE_SHEET"), 1);
+    QCOMPARE(bench.said.count("reading 1"), 1);
+    QVERIFY2(!bench.remark.contains("no names"), qPrintable(bench.remark));
 }
 
 void TestDiscNames::testMode_withNames_leavesTheDiscBlank()

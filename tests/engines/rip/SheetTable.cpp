@@ -418,6 +418,8 @@ QList<SheetRow> tocs()
         row("all in one line", QByteArray(waves).replace("\n", " "), twoParts(), wav),
         row("AUDIOFILE", QByteArray(waves).replace("FILE", "AUDIOFILE"), twoParts(), wav),
         row("comments", "// one\n" + QByteArray(waves).replace("\nTRACK", " // two\nTRACK"), twoParts(), wav),
+        row("comments behind words",
+            QByteArray(waves).replace("AUDIO\n", "AUDIO//x\n").replace("0\n", "0//\n"), twoParts(), wav),
         row("single slashes", QByteArray(waves).replace("\n", " a/b / "), twoParts(), wav),
         row("raw, high byte first", QByteArray(waves).replace(".wav", ".bin"), twoParts(), big),
         row("raw, SWAP", QByteArray(waves).replace(".wav\"", ".bin\" SWAP"), twoParts()),
