@@ -1,5 +1,6 @@
 #include "common/CdTime.h"
 #include "common/Colors.h"
+#include "common/GenralMacro.h"
 #include "common/Numbers.h"
 #include "common/Twips.h"
 
@@ -13,6 +14,29 @@ class TestValues : public QObject
 {
     Q_OBJECT
 private slots:
+    void sharedValues_behindAScope_areAsBefore()
+    {
+        zib::setTotalMinutes(1);
+        zib::setCurrentFile("before.mp3");
+        zib::setSettingsFile("before.ini");
+        zib::setApplicationFolder("/before");
+        const OptionsData before = gOptions;
+        {
+            const zib::GlobalsScope scope;
+            OptionsData others = before;
+            others.TestMode = !others.TestMode;
+            zib::setOptions(others);
+            zib::setTotalMinutes(2);
+            zib::setCurrentFile("inside.mp3");
+            zib::setSettingsFile("inside.ini");
+            zib::setApplicationFolder("/inside");
+        }
+        QCOMPARE(TotalMinutes, 1.0);
+        QCOMPARE(::CurrentFile, QString("before.mp3"));
+        QCOMPARE(gSettingsFile, QString("before.ini"));
+        QCOMPARE(zib::applicationFolder(), QString("/before"));
+        QCOMPARE(gOptions.TestMode, before.TestMode);
+    }
     void roundHalfEven_atHalves_takesTheEvenNeighbour_data()
     {
         QTest::addColumn<double>("value");

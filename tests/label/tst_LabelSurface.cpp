@@ -8,6 +8,7 @@
 #include "label/LabelPainter.h"
 
 #include <QElapsedTimer>
+#include <QFontDatabase>
 #include <QPainter>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -473,6 +474,20 @@ private slots:
         const QRect ink = inkOf(canvas);
         QVERIFY(ink.width() > room.width() / 2);
         QVERIFY2(QRect(QPoint(50, 20), room).adjusted(-3, -3, 3, 3).contains(ink), qPrintable(text));
+    }
+    void lines_standApartByTheFontsLeading()
+    {
+        for (const QString& family : QFontDatabase::families()) {
+            QFont font(family);
+            font.setPixelSize(60);
+            const QFontMetricsF metrics(font);
+            const auto height = [&font](const char* text) {
+                return zib::CaptionLayout(text, font).size().height();
+            };
+            const double one = height("a");
+            QVERIFY2(qAbs(height("a\na") - 2 * one - metrics.leading()) < 0.1, qPrintable(family));
+            QVERIFY2(qAbs(height("a\na\na") - 3 * one - 2 * metrics.leading()) < 0.1, qPrintable(family));
+        }
     }
     void blanksAtTheEnd_takeTheirRoom()
     {

@@ -79,6 +79,18 @@ private slots:
         QCOMPARE(columns, (QStringList{"File Name", "Time", "Title", "Location"}));
     }
 
+    void times_alone_standRight()
+    {
+        Desk desk;
+        desk.addSound("/music/a.wav", 3000);
+        for (int column = 0; column < desk.rows()->columnCount(); ++column) {
+            const QModelIndex cell = desk.rows()->index(0, column);
+            QCOMPARE(bool(cell.data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight), column == 1);
+            const QVariant header = desk.rows()->headerData(column, Qt::Horizontal, Qt::TextAlignmentRole);
+            QCOMPARE(bool(header.toInt() & Qt::AlignRight), column == 1);
+        }
+    }
+
     void cmdOpen_asksAsStated()
     {
         const Desk desk;

@@ -144,6 +144,9 @@ void TestDiscNames::driveThatFailsBehindTheText_isNotAskedAgain()
     QVERIFY(bench.prepare());
     bench.recorder.addFault("WRITE_10 lba=50-100 times=1 sense=3/0C/00");
     QCOMPARE(bench.write(), QString("error"));
+    QCOMPARE(bench.error, DVDWriterPro::kDriveError);
+    QCOMPARE(bench.sense, 1005);
+    QCOMPARE(bench.senseData, QString("[3 0C 00]"));
     QCOMPARE(bench.recorder.count("SEND_CUE_SHEET"), 1);
     QCOMPARE(bench.said.count("reading 1"), 1);
     QVERIFY2(!bench.remark.contains("no names"), qPrintable(bench.remark));

@@ -508,6 +508,11 @@ private slots:
                               "Track 2 could not be read at 00:00:00: the drive refuses to read sound"}));
         QCOMPARE(bench.left(), QStringList());
         QTRY_VERIFY_WITH_TIMEOUT(bench.ripper->deviceText3(0).endsWith(" (refuses to read sound)"), 20'000);
+        bench.recorder.removeDisc(); // the next one may be of another kind
+        QTRY_COMPARE_WITH_TIMEOUT(bench.ripper->driveState(), CDRipperX::kNoDisc, 20'000);
+        QVERIFY(!bench.ripper->deviceText3(0).contains('('));
+        bench.insert("album", {400, 500});
+        QTRY_COMPARE_WITH_TIMEOUT(bench.ripper->driveState(), CDRipperX::kDiscLoaded, 20'000);
         bench.recorder.clearFaults();
         QCOMPARE(bench.rip({1, 2}), QString("finished"));
         QCOMPARE(bench.ripper->unreadTracks(), QStringList());
