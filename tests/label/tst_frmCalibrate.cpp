@@ -85,6 +85,14 @@ private slots:
                                                             "Shift Down=-0.50\nScale Across=99.50\n"
                                                             "Scale Down=101.00\n"));
     }
+    void numbers_ofAPrinterWithBrackets_areItsOwn()
+    {
+        Desk desk;
+        QVERIFY(zib::storeCalibration("Laser [2] up", "210x297", kCrooked));
+        QFile file(gSettingsFile);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readAll().startsWith("[Label, Laser _2_ up, 210x297]\n"));
+    }
     void cancel_storesNothing()
     {
         Desk desk;
