@@ -9,22 +9,16 @@
 
 #include <cstdint>
 
+using zib::IniName;
 using zib::IniText;
 using zib::fuzz::check;
 
 namespace {
 
-/// A key to ask for.
-struct Name
-{
-    QByteArray section;
-    QByteArray key;
-};
-
 /// What may be asked of any file: the names that the seeds use, and odd ones.
-const QList<Name>& names()
+const QList<IniName>& names()
 {
-    static const QList<Name> list{
+    static const QList<IniName> list{
         {"s", "k"},
         {"S", "K"},
         {"t", "k"},
@@ -44,13 +38,17 @@ const QList<Name>& names()
 
 QList<std::optional<QByteArray>> valuesOf(const IniText& text)
 {
-    QList<std::optional<QByteArray>> values;
-    for (const Name& name : names())
-        values << text.value(name.section, name.key);
-    return values;
+    return text.values(names());
 }
 
-bool sameName(const Name& one, const Name& other)
+/// Asking for one value, and for it among many in one pass over the text, is the same.
+void checkAsking(const IniText& text, qsizetype which)
+{
+    const IniName& name = names()[which];
+    check(text.value(name.section, name.key) == valuesOf(text)[which], "one answer and many agree");
+}
+
+bool sameName(const IniName& one, const IniName& other)
 {
     const auto same = [](const QByteArray& a, const QByteArray& b) {
         return QString::fromUtf8(a).trimmed().compare(QString::fromUtf8(b).trimmed(), Qt::CaseInsensitive) ==
@@ -98,7 +96,7 @@ void checkPlace(const QByteArray& before, const QByteArray& after, qsizetype mos
     check(after.size() - start - end <= mostBytes, "a write brings one section, key and value at most");
 }
 
-void checkWrite(const QByteArray& bytes, const Name& name, const QByteArray& value)
+void checkWrite(const QByteArray& bytes, const IniName& name, const QByteArray& value)
 {
     IniText text(bytes);
     const auto before = valuesOf(text);
@@ -121,7 +119,7 @@ void checkWrite(const QByteArray& bytes, const Name& name, const QByteArray& val
           "writing again changes nothing");
 }
 
-void checkDelete(const QByteArray& bytes, const Name& name)
+void checkDelete(const QByteArray& bytes, const IniName& name)
 {
     IniText text(bytes);
     const auto before = valuesOf(text);
@@ -139,15 +137,15 @@ void checkDelete(const QByteArray& bytes, const Name& name)
 
 } // namespace
 
+// Every change reads the text a dozen times, so an input tries one of them: its length says which.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    static constexpr qsizetype kChanged[] = {0, 3, 4, 6};
     const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    const QByteArray own = bytes.right(12); // Part of the input is a value too.
-    for (const QByteArray& value : {QByteArray("1"), QByteArray(), QByteArray(" \"a b\" ")})
-        checkWrite(bytes, names()[0], value);
-    for (const Name& name : {names()[0], names()[3], names()[4], names()[6]}) {
-        checkWrite(bytes, name, own);
-        checkDelete(bytes, name);
-    }
+    const QByteArray values[] = {"1", "", " \"a b\" ", bytes.right(12)}; // Part of the input is a value too.
+    const qsizetype which = kChanged[size % 4];
+    checkAsking(IniText(bytes), which);
+    checkWrite(bytes, names()[which], values[size / 4 % 4]);
+    checkDelete(bytes, names()[which]);
     return 0;
 }
