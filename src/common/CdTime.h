@@ -36,7 +36,7 @@ public:
 
     constexpr CdTime operator+(CdTime other) const { return CdTime(m_frames + other.m_frames); }
     constexpr CdTime operator-(CdTime other) const { return CdTime(m_frames - other.m_frames); }
-    constexpr auto operator<=>(const CdTime&) const = default;
+    constexpr auto operator<=>(const CdTime&) const = default; // NOLINT(modernize-use-nullptr): no pointer
 
 private:
     explicit constexpr CdTime(qint64 frames) : m_frames(frames) {}

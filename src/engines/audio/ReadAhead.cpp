@@ -38,13 +38,7 @@ AudioBlock ReadAhead::read(qint64 frames)
         begin(frames);
     QList<qint16> narrow;
     QList<float> wide;
-    for (qsizetype got = 0; got < wanted;) {
-        if (waiting() == 0) {
-            m_isOver = m_isOver || !m_blocks->pop(m_block);
-            if (m_isOver)
-                break;
-            m_used = 0;
-        }
+    for (qsizetype got = 0; got < wanted && goOn();) {
         const qsizetype count = std::min(wanted - got, waiting());
         if (const auto* samples = m_block.narrow())
             append(narrow, *samples, m_used, count);
@@ -56,6 +50,17 @@ AudioBlock ReadAhead::read(qint64 frames)
             break; // nearly as long as asked for: not worth a copy to be filled up
     }
     return wide.isEmpty() ? AudioBlock(std::move(narrow)) : AudioBlock(std::move(wide));
+}
+
+// The next block when the last one is used up.  @returns whether samples wait.
+bool ReadAhead::goOn()
+{
+    if (waiting() > 0)
+        return true;
+    m_isOver = m_isOver || !m_blocks->pop(m_block);
+    if (!m_isOver)
+        m_used = 0;
+    return !m_isOver;
 }
 
 void ReadAhead::seek(qint64 frame)

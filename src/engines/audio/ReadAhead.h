@@ -24,6 +24,7 @@ public:
     bool failed() const { return m_isOver && m_source->failed(); }
 
 private:
+    bool goOn();
     void begin(qint64 frames);
     void stop();
     void work(qint64 frames);

@@ -31,6 +31,7 @@ std::vector<bool> visited(std::chrono::milliseconds patience, const std::functio
     }
     const auto end = std::chrono::steady_clock::now() + patience;
     std::vector<bool> ended;
+    ended.reserve(visits.size());
     for (const std::future<void>& one : visits)
         ended.push_back(one.wait_until(end) == std::future_status::ready);
     return ended;

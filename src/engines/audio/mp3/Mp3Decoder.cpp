@@ -23,7 +23,7 @@ void Mp3Decoder::Closer::operator()(mpg123_handle_struct* handle) const
     mpg123_delete(handle);
 }
 
-Mp3Decoder::Mp3Decoder(std::shared_ptr<const SourceFile> file, int channels, SampleKind kind)
+Mp3Decoder::Mp3Decoder(const std::shared_ptr<const SourceFile>& file, int channels, SampleKind kind)
     : m_window(file, file->size(), 64 * 1024), m_channels(channels), m_kind(kind)
 {
     if (libraryReady())

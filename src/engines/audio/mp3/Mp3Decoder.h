@@ -25,7 +25,7 @@ class Mp3Decoder
 {
 public:
     /// @param channels of the output: 1 only when the run is mono; 2 doubles a mono run.
-    Mp3Decoder(std::shared_ptr<const SourceFile> file, int channels, SampleKind kind);
+    Mp3Decoder(const std::shared_ptr<const SourceFile>& file, int channels, SampleKind kind);
     ~Mp3Decoder();
     Mp3Decoder(const Mp3Decoder&) = delete;
     Mp3Decoder& operator=(const Mp3Decoder&) = delete;

@@ -62,7 +62,7 @@ Mp3InfoFrame readXing(std::span<const uchar> tag)
     Mp3InfoFrame info;
     if (tag.size() < 8)
         return info;
-    const quint32 flags = qFromBigEndian<quint32>(tag.data() + 4);
+    const auto flags = qFromBigEndian<quint32>(tag.data() + 4);
     size_t at = 8;
     if ((flags & 1) != 0 && tag.size() >= at + 4)
         info.frames = qFromBigEndian<quint32>(tag.data() + at);

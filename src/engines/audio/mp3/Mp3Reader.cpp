@@ -16,9 +16,9 @@ SampleKind kindFor(const Mp3Layout& layout, SampleKind wanted)
 
 } // namespace
 
-Mp3Reader::Mp3Reader(std::shared_ptr<const SourceFile> file, Mp3Layout layout, SampleKind kind)
+Mp3Reader::Mp3Reader(const std::shared_ptr<const SourceFile>& file, Mp3Layout layout, SampleKind kind)
     : m_layout(std::move(layout)), m_kind(kindFor(m_layout, kind)),
-      m_decoder(std::move(file), m_layout.channels, m_kind), m_losses(m_layout)
+      m_decoder(file, m_layout.channels, m_kind), m_losses(m_layout)
 {
     rewind();
     skipTo(m_layout.skip);

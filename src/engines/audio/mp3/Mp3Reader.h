@@ -16,7 +16,7 @@ class Mp3Reader final : public SampleSource
 {
 public:
     /// @param kind of the blocks; a stream that changes its rate gives floating ones anyway.
-    Mp3Reader(std::shared_ptr<const SourceFile> file, Mp3Layout layout, SampleKind kind);
+    Mp3Reader(const std::shared_ptr<const SourceFile>& file, Mp3Layout layout, SampleKind kind);
     ~Mp3Reader() override;
 
     int rateHz() const override { return m_layout.rateHz; }
@@ -29,7 +29,7 @@ public:
 
 private:
     void rewind();
-    bool skipTo(qint64 raw);
+    bool skipTo(qint64 frames);
     bool refill();
     void beginRun(qsizetype run);
     bool endOfRun();

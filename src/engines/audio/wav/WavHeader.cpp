@@ -62,6 +62,7 @@ private:
     void takeFormat(const QByteArray& format);
     void takeData(const Chunk& chunk);
     void takeInfo(const QByteArray& list);
+    bool isUsable() const;
     bool settle();
 
     const SourceFile& m_file;
@@ -189,14 +190,19 @@ void Parser::takeInfo(const QByteArray& list)
     }
 }
 
+bool Parser::isUsable() const
+{
+    constexpr int kMostChannels = 256;
+    constexpr int kMostRate = 4'000'000;
+    return m_hasFormat && m_hasData && m_header.channels >= 1 && m_header.channels <= kMostChannels &&
+           m_header.rateHz >= 1 && m_header.rateHz <= kMostRate;
+}
+
 // Decides how samples stand, from the tag and the two sizes that ought to agree.  @returns whether it is
 // usable.
 bool Parser::settle()
 {
-    constexpr int kMostChannels = 256;
-    constexpr int kMostRate = 4'000'000;
-    if (!m_hasFormat || !m_hasData || m_header.channels < 1 || m_header.channels > kMostChannels ||
-        m_header.rateHz < 1 || m_header.rateHz > kMostRate)
+    if (!isUsable())
         return false;
     const int fromBits = (m_header.bits + 7) / 8;
     const bool divides = m_blockBytes > 0 && m_blockBytes % m_header.channels == 0;

@@ -60,26 +60,33 @@ DriveAnswer DriveSound::ask(qint64 frame, int count)
     return answer;
 }
 
+/// A drive that is becoming ready is asked again for a while.
+Outcome<DriveAnswer> DriveSound::settled(qint64 frame, int count)
+{
+    DriveAnswer answer = ask(frame, count);
+    for (int waited = 0; answer.passing() && waited < kPatienceMs; waited += kSoundPauseMs) {
+        if (m_hasRead && tellsOfAnotherDisc(answer))
+            return Failure{Failure::Kind::WrongMedium, m_line->path()};
+        if (m_cancelled && m_cancelled->load())
+            return Failure{Failure::Kind::Cancelled};
+        QThread::msleep(kSoundPauseMs);
+        answer = ask(frame, count);
+    }
+    return answer;
+}
+
 Outcome<> DriveSound::read(qint64 frame, int count, char* buffer)
 {
     while (count > 0) {
         const int now = std::min(count, kMostFramesAtOnce);
-        DriveAnswer answer;
-        for (int waited = 0; waited <= kPatienceMs; waited += kSoundPauseMs) {
-            answer = ask(frame, now);
-            if (!answer.passing())
-                break;
-            if (m_hasRead && tellsOfAnotherDisc(answer))
-                return Failure{Failure::Kind::WrongMedium, m_line->path()};
-            if (m_cancelled && m_cancelled->load())
-                return Failure{Failure::Kind::Cancelled};
-            QThread::msleep(kSoundPauseMs);
-        }
-        if (auto told = judge(answer); !told)
+        const auto answer = settled(frame, now);
+        if (!answer)
+            return answer.error();
+        if (auto told = judge(*answer); !told)
             return told;
-        if (answer.data.size() < qsizetype{now} * kBytesPerFrame)
+        if (answer->data.size() < qsizetype{now} * kBytesPerFrame)
             return Failure{Failure::Kind::UnreadableFile};
-        buffer = std::copy(answer.data.cbegin(), answer.data.cend(), buffer);
+        buffer = std::copy(answer->data.cbegin(), answer->data.cend(), buffer);
         frame += now;
         count -= now;
     }

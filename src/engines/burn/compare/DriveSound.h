@@ -26,6 +26,7 @@ public:
 
 private:
     DriveAnswer ask(qint64 frame, int count);
+    Outcome<DriveAnswer> settled(qint64 frame, int count);
     Outcome<> judge(const DriveAnswer& answer);
 
     const std::shared_ptr<DriveLine> m_line;

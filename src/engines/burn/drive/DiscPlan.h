@@ -33,7 +33,7 @@ public:
     QByteArray textPacks() const;
 
 private:
-    void addTrack(const BurnTrack& track);
+    void addTrack(const BurnTrack& plan);
     burn::burn_source* makeSource();
     void addText(const QList<QByteArray>& texts, const char* kind);
 

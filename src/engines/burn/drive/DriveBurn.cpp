@@ -45,10 +45,10 @@ DriveBurn::DriveBurn(GrabbedDrive& grabbed, const DriveRecorder::Traits& traits,
 std::optional<BurnError> DriveBurn::run()
 {
     m_messages.clear();
-    auto line = DriveLine::open(m_traits.path, DriveLine::Hold::Shared);
+    const auto line = DriveLine::open(m_traits.path, DriveLine::Hold::Shared);
     if (!line)
         return BurnError::from(line.error());
-    m_line = std::move(*line);
+    m_line = *line;
     m_gate = std::make_shared<ModeGate>(m_line, m_mode, m_grabbed.knife());
     const auto plan = std::make_shared<DiscPlan>(m_job, m_gate, cdTextOf(m_job.names));
     m_textPacks = plan->textPacks();
@@ -151,15 +151,9 @@ void DriveBurn::watch(const std::shared_ptr<DiscPlan>& plan)
         burn::burn_progress progress = {};
         const int status = burn::burn_drive_get_status(m_grabbed.drive(), &progress);
         m_messages.collect();
-        if (status == burn::BURN_DRIVE_IDLE) {
-            if (m_thread.endsWithin(m_patience.cancelMs))
-                break;
-            return leave(plan);
-        }
-        // What a drive does after a failure or a cancel is no progress.
-        if (!m_cancelSent && !m_messages.failed())
-            m_phases.see(viewOf(progress, status, m_gate->tracksBegun()));
-        m_stuck = m_stuck || (!m_cancelSent && stalled(progress, status));
+        if (status == burn::BURN_DRIVE_IDLE)
+            return m_thread.endsWithin(m_patience.cancelMs) ? takeEnd() : leave(plan);
+        follow(progress, status);
         if (m_stuck || !plan->failedFile().isEmpty() || mayStillCancel())
             stopDrive();
         if (m_cancelSent && m_sinceCancel.elapsed() > m_patience.cancelMs)
@@ -168,6 +162,18 @@ void DriveBurn::watch(const std::shared_ptr<DiscPlan>& plan)
         tellWait();
         QThread::msleep(static_cast<unsigned long>(m_patience.pollMs));
     }
+}
+
+/// What a drive does after a failure or a cancel is no progress.
+void DriveBurn::follow(const burn::burn_progress& progress, int status)
+{
+    if (!m_cancelSent && !m_messages.failed())
+        m_phases.see(viewOf(progress, status, m_gate->tracksBegun()));
+    m_stuck = m_stuck || (!m_cancelSent && stalled(progress, status));
+}
+
+void DriveBurn::takeEnd()
+{
     m_messages.collect();
     m_wroteWell = burn::burn_drive_wrote_well(m_grabbed.drive()) == 1;
 }

@@ -38,6 +38,8 @@ private:
     std::optional<BurnError> write(burn::burn_write_opts* options, const std::shared_ptr<DiscPlan>& plan);
     std::optional<BurnError> configure(burn::burn_write_opts* options, burn::burn_disc* disc);
     void watch(const std::shared_ptr<DiscPlan>& plan);
+    void follow(const burn::burn_progress& progress, int status);
+    void takeEnd();
     bool mayStillCancel() const;
     bool stalled(const burn::burn_progress& progress, int status);
     void stopDrive();

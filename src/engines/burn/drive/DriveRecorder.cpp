@@ -74,15 +74,15 @@ std::unique_ptr<DriveLedger::Entry> askedAlone(const QString& path, int patience
 /// What the disc's kind allows, told apart as the writing window asks.
 int statusOf(const DiscFacts& facts)
 {
-    const bool recordable = facts.profile == DiscFacts::kCdR || facts.profile == DiscFacts::kCdRw;
-    if (!recordable)
+    const bool rewritable = facts.profile == DiscFacts::kCdRw;
+    if (!rewritable && facts.profile != DiscFacts::kCdR)
         return DVDWriterPro::kUnusableDisc;
     if (facts.status == DiscFacts::Status::Blank)
         return DVDWriterPro::kBlankDisc;
     if (facts.status == DiscFacts::Status::Appendable)
         return DVDWriterPro::kAppendableDisc;
     // A rewritable disc that is full could be used again once erased; it is told as holding data.
-    if (facts.status == DiscFacts::Status::Complete && facts.profile == DiscFacts::kCdRw)
+    if (facts.status == DiscFacts::Status::Complete && rewritable)
         return DVDWriterPro::kAppendableDisc;
     return DVDWriterPro::kUnusableDisc;
 }

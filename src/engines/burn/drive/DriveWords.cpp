@@ -79,48 +79,53 @@ BurnError tooLong(const CdTime& needed, const CdTime& there)
                           .arg(needed.toMsf(), there.toMsf()));
 }
 
-BurnError planError(const PlanFault& fault, const WritePlan& wanted, const QString& path)
+namespace {
+
+/// What a drive that would write otherwise than planned leaves the user to do.
+QString planWords(PlanFault::Kind kind, const WritePlan& wanted)
 {
-    switch (fault.kind) {
+    switch (kind) {
     case PlanFault::Kind::Refused:
-        return senseError(
-            *fault.sense,
-            wanted.simulate
-                ? QStringLiteral("The drive refused the test mode, so it was stopped. Uncheck the test mode "
-                                 "in the options, or try another drive.")
-                : QStringLiteral("The drive refused the way of writing, so it was stopped. Switch it off "
-                                 "and on again, or try another drive."));
+        return wanted.simulate
+                   ? QStringLiteral(
+                         "The drive refused the test mode, so it was stopped. Uncheck the test mode "
+                         "in the options, or try another drive.")
+                   : QStringLiteral("The drive refused the way of writing, so it was stopped. Switch it off "
+                                    "and on again, or try another drive.");
     case PlanFault::Kind::TestMode:
-        return plainError(
-            BurnErrorCode::kUnsupported,
-            wanted.simulate
-                ? QStringLiteral("The drive would write really although only a test was asked for, so "
-                                 "it was stopped. This drive has no test mode that can be trusted.")
-                : QStringLiteral("The drive would only simulate, so it was stopped. Switch it off and "
-                                 "on again, then write again."));
+        return wanted.simulate
+                   ? QStringLiteral("The drive would write really although only a test was asked for, so "
+                                    "it was stopped. This drive has no test mode that can be trusted.")
+                   : QStringLiteral("The drive would only simulate, so it was stopped. Switch it off and "
+                                    "on again, then write again.");
     case PlanFault::Kind::BufferProtection:
-        return plainError(
-            BurnErrorCode::kUnsupported,
-            wanted.bufferProtection
-                ? QStringLiteral("The drive does not switch on its buffer under-run protection. Uncheck "
-                                 "it in the options and write again.")
-                : QStringLiteral("The drive does not switch off its buffer under-run protection. Check "
-                                 "it in the options and write again."));
+        return wanted.bufferProtection
+                   ? QStringLiteral("The drive does not switch on its buffer under-run protection. Uncheck "
+                                    "it in the options and write again.")
+                   : QStringLiteral("The drive does not switch off its buffer under-run protection. Check "
+                                    "it in the options and write again.");
     case PlanFault::Kind::WriteType:
     case PlanFault::Kind::Closing:
-        return plainError(
-            BurnErrorCode::kUnsupported,
-            QStringLiteral("The drive would write in another way than planned, so it was stopped. "
-                           "Switch it off and on again, then write again."));
+        return QStringLiteral("The drive would write in another way than planned, so it was stopped. "
+                              "Switch it off and on again, then write again.");
     case PlanFault::Kind::Untold:
-        return plainError(
-            BurnErrorCode::kUnsupported,
-            QStringLiteral("The drive does not tell in what way it would write, so it was stopped. Switch it "
-                           "off and on again, or try another drive."));
+        return QStringLiteral("The drive does not tell in what way it would write, so it was stopped. Switch "
+                              "it off and on again, or try another drive.");
     case PlanFault::Kind::Lost:
         break;
     }
-    return BurnError::from({Failure::Kind::DeviceGone, path});
+    return {};
+}
+
+} // namespace
+
+BurnError planError(const PlanFault& fault, const WritePlan& wanted, const QString& path)
+{
+    if (fault.kind == PlanFault::Kind::Lost)
+        return BurnError::from({Failure::Kind::DeviceGone, path});
+    const QString words = planWords(fault.kind, wanted);
+    return fault.kind == PlanFault::Kind::Refused ? senseError(*fault.sense, words)
+                                                  : plainError(BurnErrorCode::kUnsupported, words);
 }
 
 QString failedStep(const LibburnMessages& messages, WritePhases::Phase phase, int track, bool sessionAtOnce)

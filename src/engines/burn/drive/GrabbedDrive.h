@@ -57,7 +57,7 @@ private:
     bool grab();
     void cutWhatIsLeft() const;
     void release();
-    bool bounded(const std::function<void(burn::burn_drive_info*&)>& call);
+    bool bounded(const std::function<void(burn::burn_drive_info*&)>& work);
 
     QString m_path;
     dev_t m_device; ///< Its number, for a drive that has gone has no other name.

@@ -66,7 +66,7 @@ public:
     bool connectionLost() const { return m_connectionLost; }
 
 private:
-    void take(const QString& text);
+    void take(const QString& message);
     void takeStep(const QString& message);
     void takeNote(const QString& message);
 

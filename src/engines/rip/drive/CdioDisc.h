@@ -3,8 +3,6 @@
 #include "engines/rip/Disc.h"
 #include "engines/rip/drive/DriveDetails.h"
 
-struct _CdIo;
-
 namespace zib {
 
 /// How a drive is sold.

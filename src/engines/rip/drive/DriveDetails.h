@@ -1,10 +1,9 @@
 #pragma once
 
 #include "engines/rip/Disc.h"
+#include "engines/rip/drive/DriveQuestion.h"
 
 #include <optional>
-
-struct _CdIo;
 
 namespace zib {
 

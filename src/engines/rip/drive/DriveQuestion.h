@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <initializer_list>
 
-struct _CdIo;
+struct _CdIo; // NOLINT(bugprone-reserved-identifier): an open drive, as libcdio names it
 
 namespace zib {
 

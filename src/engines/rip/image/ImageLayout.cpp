@@ -109,7 +109,7 @@ Outcome<> Layouter::setLengths()
 {
     QList<TocTrack>& tracks = m_layout.tracks;
     for (qsizetype i = 0; i < tracks.size(); ++i) {
-        qint32 end = static_cast<qint32>(frameCount(m_at, kBytesPerFrame));
+        auto end = static_cast<qint32>(frameCount(m_at, kBytesPerFrame));
         if (i + 1 < tracks.size())
             end = tracks[i + 1].start - (tracks[i + 1].audio ? 0 : tracks[i + 1].gap);
         tracks[i].frames = qMax(end - tracks[i].start, 0);
