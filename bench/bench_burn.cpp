@@ -1,6 +1,6 @@
 // Measures one write of a disc, to an image or to the first drive that is found.
 //   bench_burn HOW FOLDER FILE...
-// HOW is one of image, image-uncompared (the comparing is cancelled as it begins), drive, drive-named (with
+// HOW is one of image, image-uncompared (never compared), drive, drive-named (with
 // CD-TEXT of many letters) and drive-verified. FOLDER takes the image, which is removed again. Prints the
 // seconds that the write took, the megabytes above an idle program at the highest point, and how many of the
 // seconds went into comparing.
@@ -25,28 +25,20 @@ double secondsOf(const QElapsedTimer& clock)
     return static_cast<double>(clock.nsecsElapsed()) / 1e9;
 }
 
-/// Hears the end of the writing, and ends there what is not to be measured.
+/// Hears the end of the writing.
 class Listener final : public zib::BurnObserver
 {
 public:
-    explicit Listener(bool compares) : m_compares(compares) {}
-
     void readingTrack(int) override {}
     void progress(int, qint64, qint64) override {}
     void closingTrack(int) override {}
     void closingDisc() override {}
-    void readingBack() override
-    {
-        cancelled = !m_compares;
-        m_clock.start();
-    }
+    void readingBack() override { m_clock.start(); }
     void comparing(int, qint64, qint64) override { compared = secondsOf(m_clock); }
 
-    std::atomic<bool> cancelled = false;
     double compared = 0; ///< Seconds until the last news of comparing.
 
 private:
-    bool m_compares;
     QElapsedTimer m_clock;
 };
 
@@ -66,7 +58,7 @@ BurnJob jobOf(const QStringList& files, const QString& how)
 std::shared_ptr<zib::Recorder> recorderFor(const QString& how, const QString& folder)
 {
     if (how.startsWith(QLatin1String("image")))
-        return std::make_shared<zib::ImageRecorder>(folder);
+        return std::make_shared<zib::ImageRecorder>(folder, how == QLatin1String("image"));
     const zib::FoundRecorders found = zib::findDrives();
     return found.recorders.empty() ? nullptr : found.recorders.front();
 }
@@ -76,9 +68,8 @@ int measure(const QString& how, const QString& folder, const QStringList& files)
     const auto recorder = recorderFor(how, folder);
     if (!recorder)
         return 1;
-    Listener listener(how != QLatin1String("image-uncompared"));
-    BurnJob job = jobOf(files, how);
-    job.cancelled = &listener.cancelled;
+    Listener listener;
+    const BurnJob job = jobOf(files, how);
     if (job.tracks.size() != files.size())
         return 1;
     const double idle = zib::bench::megabytes("VmRSS:");

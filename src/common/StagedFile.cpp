@@ -4,6 +4,7 @@
 
 #include <QDir>
 
+#include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -17,8 +18,11 @@ namespace {
 
 const QString kHiddenPrefix = QStringLiteral(".");
 const QString kHiddenSuffix = QStringLiteral(".part");
-/// So much is handed to the storage at a time: the last flush then never takes long.
-constexpr qint64 kFlushStepBytes = qint64{8} << 20;
+/// So much is handed to the storage at a time.
+constexpr qint64 kStepBytes = qint64{8} << 20;
+/// A storage that takes more than a step in this time may be so far behind: the last flush never takes long.
+constexpr std::chrono::milliseconds kLead{100};
+constexpr qint64 kMostLeadBytes = qint64{64} << 20;
 constexpr mode_t kFileRights = 0666;
 
 /// Makes a folder's entries safe: a name is on the storage only after its folder is.
@@ -79,7 +83,9 @@ Outcome<> StagedFile::create(const QString& folder, const QString& name)
     m_folder = folder;
     m_path = QDir(folder).filePath(name);
     m_hiddenPath = QDir(folder).filePath(kHiddenPrefix + name + kHiddenSuffix);
-    m_size = m_flushed = 0;
+    m_size = m_handedOver = m_settled = 0;
+    m_lead = kStepBytes;
+    m_begun = Clock::now();
     m_kept = m_nameless = false;
     // Between making and locking it, somebody who tidies up may take the file for a left-over.
     do {
@@ -112,13 +118,24 @@ Outcome<> StagedFile::write(const char* data, qint64 size)
         done += n;
     }
     m_size += size;
-    if (m_size - m_flushed >= kFlushStepBytes) {
-        ::sync_file_range(m_file, m_flushed, m_size - m_flushed, SYNC_FILE_RANGE_WRITE);
-        if (m_flushed > 0)
-            ::sync_file_range(m_file, 0, m_flushed, SYNC_FILE_RANGE_WAIT_BEFORE);
-        m_flushed = m_size;
-    }
+    if (m_size - m_handedOver >= kStepBytes)
+        handOver();
     return {};
+}
+
+/// Waits for a storage that is too far behind, by its own measure.
+void StagedFile::handOver()
+{
+    ::sync_file_range(m_file, m_handedOver, m_size - m_handedOver, SYNC_FILE_RANGE_WRITE);
+    m_handedOver = m_size;
+    const qint64 late = m_size - m_lead - m_settled;
+    if (late <= 0)
+        return;
+    ::sync_file_range(m_file, m_settled, late, SYNC_FILE_RANGE_WAIT_BEFORE);
+    m_settled += late;
+    const std::chrono::duration<double> taken = Clock::now() - m_begun;
+    const double inLead = static_cast<double>(m_settled) * (kLead / taken);
+    m_lead = static_cast<qint64>(std::clamp<double>(inLead, kStepBytes, kMostLeadBytes));
 }
 
 Outcome<> StagedFile::flush()

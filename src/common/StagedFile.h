@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <chrono>
+
 namespace zib {
 
 /// A file that is being written beside its final place, under a hidden name and locked, and appears under its
@@ -35,6 +37,8 @@ public:
     void makeNameless();
     /// What to open to read the file at the moment.
     QString currentPath() const;
+    /// The open file, until it is kept or removed; -1 before create.
+    int handle() const { return m_file; }
     /// Removes the file, under whatever name.
     void remove();
 
@@ -45,7 +49,10 @@ public:
     static void removeLeftOver(const QString& folder, const QString& name);
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     Failure storageFailure() const;
+    void handOver();
     void close();
 
     QString m_folder;
@@ -53,7 +60,10 @@ private:
     QString m_hiddenPath;
     int m_file = -1;
     qint64 m_size = 0;
-    qint64 m_flushed = 0;
+    qint64 m_handedOver = 0;
+    qint64 m_settled = 0; ///< So much is on the storage for sure.
+    qint64 m_lead = 0;    ///< So much more may be on its way.
+    Clock::time_point m_begun{};
     bool m_kept = false;
     bool m_nameless = false;
 };

@@ -3,6 +3,7 @@
 #include "engines/burn/compare/DiscCheck.h"
 #include "engines/burn/compare/DiscComparison.h"
 #include "engines/burn/compare/ImageMatch.h"
+#include "engines/burn/compare/ImageSound.h"
 #include "engines/burn/compare/ReadOffset.h"
 
 #include <QHash>
@@ -124,14 +125,15 @@ class TestDiscComparison : public QObject
     }
     QList<QList<qint64>> m_told;
     QString image() const { return m_folder.filePath("image.bin"); }
-    Outcome<ComparisonResult> comparedImage(const DiscComparison::Progress& progress = [](int, qint64,
-                                                                                          qint64) {})
+    Outcome<ComparisonResult> comparedImage(
+        const DiscComparison::Progress& progress = [](int, qint64, qint64) {}, qint64 seen = 0)
     {
-        return compareImage(image(), piecesOf(m_tracks), &m_cancelled, progress);
+        return compareImage(image(), piecesOf(m_tracks), seen, &m_cancelled, progress);
     }
 
 private slots:
     void pieces_lieOneBehindTheOther();
+    void pieces_betweenTwoPlaces_areCutThere();
     void sameSamples_areIdentical();
     void flippedSample_isNamedByItsPlace_data();
     void flippedSample_isNamedByItsPlace();
@@ -149,6 +151,8 @@ private slots:
     void discThatEndsEarly_isNoMatch();
     void discThatCannotBeRead_isGivenUp();
     void image_isComparedInPartsAsAWhole();
+    void image_seenInPart_isComparedFromThereOn_data();
+    void image_seenInPart_isComparedFromThereOn();
     void image_thatCannotBeOpened_isNoMatch();
     void image_withOddTracks_isComparedToTheLastByte();
     void image_cutOffWhileCompared_isNoMatch_data();
@@ -183,6 +187,23 @@ void TestDiscComparison::pieces_lieOneBehindTheOther()
     QCOMPARE(pieces[1].track, 2);
     QCOMPARE(pieces[2].start, 450);
     QCOMPARE(pieces[2].end(), 751);
+}
+
+void TestDiscComparison::pieces_betweenTwoPlaces_areCutThere()
+{
+    record({sound(588 * 300, 1), sound(588 * 301, 2)});
+    const auto cutAt = [this](qint64 from, qint64 to) {
+        QList<QList<qint64>> cut; // track, start, first, length
+        for (const DiscPiece& piece : between(piecesOf(m_tracks), from, to))
+            cut << QList<qint64>{piece.track, piece.start, piece.first, piece.length.frames()};
+        return cut;
+    };
+    QCOMPARE(cutAt(0, 751), (QList<QList<qint64>>{{1, 0, 0, 300}, {2, 300, 0, 150}, {2, 450, 0, 301}}));
+    QCOMPARE(cutAt(299, 301), (QList<QList<qint64>>{{1, 299, 299, 1}, {2, 300, 0, 1}}));
+    QCOMPARE(cutAt(300, 450), (QList<QList<qint64>>{{2, 300, 0, 150}}));
+    QCOMPARE(cutAt(500, 600), (QList<QList<qint64>>{{2, 500, 50, 100}}));
+    QCOMPARE(cutAt(751, 900), QList<QList<qint64>>());
+    QCOMPARE(cutAt(10, 10), QList<QList<qint64>>());
 }
 
 void TestDiscComparison::sameSamples_areIdentical()
@@ -417,11 +438,46 @@ void TestDiscComparison::image_isComparedInPartsAsAWhole()
     QVERIFY(comparedAgain().error().kind == Failure::Kind::Cancelled);
 }
 
+void TestDiscComparison::image_seenInPart_isComparedFromThereOn_data()
+{
+    QTest::addColumn<qint64>("seen");
+    QTest::newRow("within a track") << qint64{1000};
+    QTest::newRow("up to a pause") << qint64{5000};
+    QTest::newRow("within a pause") << qint64{5001};
+    QTest::newRow("all but the last frame") << qint64{5449};
+    QTest::newRow("all") << qint64{5450};
+}
+
+void TestDiscComparison::image_seenInPart_isComparedFromThereOn()
+{
+    QFETCH(qint64, seen);
+    record({sound(588 * 5000, 1), sound(588 * 300, 2)});
+    m_disc.bytes[(seen - 1) * kBytesPerFrame] ^= 1; // is not looked at again
+    put(image(), m_disc.bytes);
+    QList<QList<qint64>> told;
+    const auto tell = [&](int track, qint64 done, qint64 of) { told << QList<qint64>{track, done, of}; };
+    auto result = comparedImage(tell, seen);
+    QVERIFY(result && result->isIdentical());
+    QCOMPARE(result->comparedFrames, 5450);
+    QCOMPARE(told.first(), (QList<qint64>{1, std::min<qint64>(seen, 5000), 5000}));
+    QCOMPARE(told.last(), (QList<qint64>{2, 300, 300}));
+    QVERIFY(std::is_sorted(told.cbegin(), told.cend()));
+    if (seen == 5450)
+        return;
+    m_disc.bytes[seen * kBytesPerFrame] ^= 1;
+    put(image(), m_disc.bytes);
+    result = comparedImage(tell, seen);
+    QCOMPARE(result->differingFrames, 1);
+    QCOMPARE(result->comparedFrames, 5450);
+    QCOMPARE(result->firstTrack, seen < 5000 ? 1 : 2);
+    QCOMPARE(result->firstPlace.frames(), seen < 5000 ? seen : seen < 5150 ? seen - 5000 : seen - 5150);
+}
+
 void TestDiscComparison::image_thatCannotBeOpened_isNoMatch()
 {
     record({sound(588 * 300, 1)});
-    const auto result =
-        compareImage(m_folder.filePath("none.bin"), piecesOf(m_tracks), nullptr, [](int, qint64, qint64) {});
+    const auto result = compareImage(m_folder.filePath("none.bin"), piecesOf(m_tracks), 0, nullptr,
+                                     [](int, qint64, qint64) {});
     QVERIFY(result);
     QCOMPARE(result->unreadableFrames, 300);
 }
@@ -508,8 +564,8 @@ void TestDiscComparison::match_ofAnImage_endsBeforeTheFirstFault()
     m_disc.bytes[1500 * kBytesPerFrame] ^= 1;
     put(image(), m_disc.bytes);
     const QList<DiscPiece> pieces = piecesOf(m_tracks);
-    const ImageSound sound(image());
-    ImageMatch match(sound, pieces);
+    const ImageSound open(image());
+    ImageMatch match(open.handle(), pieces);
     const auto framesOf = [&](qsizetype piece) {
         return match.framesOf(pieces[piece], &m_cancelled, [](int, qint64, qint64) {});
     };

@@ -2,6 +2,7 @@
 #include "WavMaker.h"
 
 #include "engines/burn/image/CueSheet.h"
+#include "engines/burn/compare/FileLease.h"
 #include "engines/burn/image/ImageRecorder.h"
 #include "common/NativeName.h"
 #include "common/StagedFile.h"
@@ -11,6 +12,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
 
 #include <cdio/cdio.h>
@@ -42,6 +44,8 @@ struct Listener final : BurnObserver
     void closingDisc() override { note("closing disc"); }
     void comparing(int track, qint64 done, qint64 of) override
     {
+        if (firstCompared.isEmpty())
+            firstCompared = QString("%1: %2 of %3").arg(track).arg(done).arg(of);
         compared = done == of ? track : compared;
         if (onCompare)
             onCompare();
@@ -60,7 +64,8 @@ struct Listener final : BurnObserver
     QStringList steps;
     QStringList remarks;
     QString last;
-    int compared = 0; ///< The last track that was compared to its end.
+    QString firstCompared; ///< What was told of comparing first.
+    int compared = 0;      ///< The last track that was compared to its end.
     std::function<void(int, qint64)> onProgress;
     std::function<void()> onCompare;
     std::function<void(const QString&)> onStep;
@@ -84,6 +89,15 @@ struct Bench
     QStringList found() const
     {
         return QDir(images()).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+    }
+    /// Somebody looks into the image as it is closed: it is compared from its beginning on then.
+    void lookIntoImageAtItsEnd()
+    {
+        listener.onStep = [this](const QString& step) {
+            QFile image(QDir(images()).filePath(found().value(0)));
+            if (step == "closing disc")
+                QVERIFY(image.open(QIODevice::ReadOnly));
+        };
     }
     /// Flips a bit of the image that is being written.
     void flipBitOfImage(qint64 byte) const
@@ -142,6 +156,7 @@ private slots:
     void write_99Tracks_areAllThere();
     void write_withNames_putsThemIntoTheSheet();
     void write_withOddNames_putsWhatASheetCanHold();
+    void write_thatNobodyTouches_isComparedMeanwhile();
     void write_withAChangedSample_namesItsPlace();
     void write_withABitFlippedBehindIt_namesItsPlace();
     void write_withABitFlippedBeforeIt_isRight();
@@ -283,6 +298,27 @@ void TestImageRecorder::write_withOddNames_putsWhatASheetCanHold()
         QCOMPARE(names.tracks[track], bench.job.names.tracks[track]);
 }
 
+/// A pause before the second track gives the comparing time for the first one.
+void TestImageRecorder::write_thatNobodyTouches_isComparedMeanwhile()
+{
+    QTemporaryFile probe;
+    if (!probe.open() || !FileLease(probe.handle()).isHeld())
+        QSKIP("The storage of temporary files gives no leases.");
+    const QString whole = "1: 1000 of 1000";
+    QString first;
+    for (int pause = 25; first != whole && pause < 10'000; pause *= 2) {
+        Bench bench({588 * 1000, 588 * 300});
+        bench.listener.onStep = [pause](const QString& step) {
+            if (step == "reading 2")
+                QThread::msleep(static_cast<unsigned long>(pause));
+        };
+        QVERIFY(!bench.write());
+        QCOMPARE(bench.listener.compared, 2);
+        first = bench.listener.firstCompared;
+    }
+    QCOMPARE(first, whole);
+}
+
 void TestImageRecorder::write_withAChangedSample_namesItsPlace()
 {
     Bench bench({588 * 300, 588 * 400});
@@ -334,6 +370,7 @@ void TestImageRecorder::write_withABitFlippedBeforeIt_isRight()
 void TestImageRecorder::write_cutOffWhileCompared_isAnError()
 {
     Bench bench({588 * 300, 588 * 1500});
+    bench.lookIntoImageAtItsEnd();
     bench.listener.onCompare = [&] {
         QFile::resize(QDir(bench.images()).filePath(bench.found().value(0)), 2'000'000);
     };
@@ -347,6 +384,7 @@ void TestImageRecorder::write_cutOffWhileCompared_isAnError()
 void TestImageRecorder::write_intoAFolderThatGoesWhileCompared_saysSo()
 {
     Bench bench({588 * 300, 588 * 1500});
+    bench.lookIntoImageAtItsEnd();
     bench.listener.onCompare = [&] {
         bench.flipBitOfImage(2352 * 1500); // the files that are open yet go on to be read
         QDir(bench.images()).removeRecursively();
@@ -363,8 +401,10 @@ void TestImageRecorder::write_ofAFileThatGoesWhileCompared_keepsTheImage()
 {
     Bench bench({588 * 300, 588 * 1500});
     bench.listener.onStep = [&](const QString& step) {
-        if (step == "closing disc")
+        if (step == "closing disc") {
+            QVERIFY(QFile(QDir(bench.images()).filePath(bench.found().value(0))).open(QIODevice::ReadOnly));
             QFile::remove(bench.job.tracks[1].path);
+        }
     };
     const auto error = bench.write();
     QVERIFY(error);
@@ -377,6 +417,7 @@ void TestImageRecorder::write_ofAFileThatGoesWhileCompared_keepsTheImage()
 void TestImageRecorder::write_cancelledWhileCompared_isKeptAndSaysSo()
 {
     Bench bench({588 * 300, 588 * 1500});
+    bench.lookIntoImageAtItsEnd();
     bench.listener.onCompare = [&] { bench.cancelled = true; };
     QVERIFY(!bench.write());
     QVERIFY(bench.listener.compared < 2);

@@ -89,10 +89,10 @@ std::optional<BurnError> compareWithFiles(DiscSamples& disc, const QList<DiscPie
                    observer);
 }
 
-std::optional<BurnError> compareWithFiles(const QString& image, const QList<DiscPiece>& pieces,
+std::optional<BurnError> compareWithFiles(const QString& image, const QList<DiscPiece>& pieces, qint64 seen,
                                           const BurnJob& job, BurnObserver& observer)
 {
-    return verdict(compareImage(image, pieces, job.cancelled, tellingTo(observer)), observer);
+    return verdict(compareImage(image, pieces, seen, job.cancelled, tellingTo(observer)), observer);
 }
 
 } // namespace zib

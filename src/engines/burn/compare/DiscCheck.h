@@ -15,8 +15,8 @@ namespace zib {
 /// the comparing could not come to its end.
 std::optional<BurnError> compareWithFiles(DiscSamples& disc, const QList<DiscPiece>& pieces, int readOffset,
                                           const BurnJob& job, BurnObserver& observer);
-/// The same for an image.  @param image as ImageSound takes it.
-std::optional<BurnError> compareWithFiles(const QString& image, const QList<DiscPiece>& pieces,
+/// The same for an image.  @param image, @param seen as compareImage takes them.
+std::optional<BurnError> compareWithFiles(const QString& image, const QList<DiscPiece>& pieces, qint64 seen,
                                           const BurnJob& job, BurnObserver& observer);
 
 } // namespace zib

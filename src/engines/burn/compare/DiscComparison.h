@@ -63,9 +63,9 @@ private:
 /// Compares an image with the files it was made of, as many parts at once as the machine has processors, up
 /// to three: it all stands in memory yet, and is looked at there without a copy. From the first place of a
 /// part that does not match, the part is read and compared frame by frame. Blocking.
-/// @param image as ImageSound takes it.  @returns as DiscComparison::run; UnreadableFile without a name where
-/// the image cannot be read.
-Outcome<ComparisonResult> compareImage(const QString& image, const QList<DiscPiece>& pieces,
+/// @param image as ImageSound takes it.  @param seen so many frames from the first on are known to be right.
+/// @returns as DiscComparison::run; UnreadableFile without a name where the image cannot be read.
+Outcome<ComparisonResult> compareImage(const QString& image, const QList<DiscPiece>& pieces, qint64 seen,
                                        const std::atomic<bool>* cancelled,
                                        const DiscComparison::Progress& progress);
 

@@ -5,6 +5,20 @@
 
 namespace zib {
 
+namespace {
+
+/// The stretch of a piece between two addresses in it.
+DiscPiece cut(const DiscPiece& piece, qint64 from, qint64 to)
+{
+    DiscPiece part = piece;
+    part.start = from;
+    part.first += from - piece.start;
+    part.length = CdTime::fromFrames(to - from);
+    return part;
+}
+
+} // namespace
+
 QList<DiscPiece> piecesOf(const QList<BurnTrack>& tracks)
 {
     QList<qint64> starts;
@@ -33,14 +47,18 @@ QList<DiscPiece> inParts(const QList<DiscPiece>& pieces, qint64 frames)
 {
     QList<DiscPiece> parts;
     for (const DiscPiece& piece : pieces)
-        for (qint64 done = 0; done < piece.length.frames(); done += frames) {
-            DiscPiece part = piece;
-            part.start += done;
-            part.first += done;
-            part.length = CdTime::fromFrames(std::min(frames, piece.length.frames() - done));
-            parts << part;
-        }
+        for (qint64 from = piece.start; from < piece.end(); from += frames)
+            parts << cut(piece, from, std::min(from + frames, piece.end()));
     return parts;
+}
+
+QList<DiscPiece> between(const QList<DiscPiece>& pieces, qint64 from, qint64 to)
+{
+    QList<DiscPiece> inside;
+    for (const DiscPiece& piece : pieces)
+        if (const qint64 first = std::max(from, piece.start), end = std::min(to, piece.end()); first < end)
+            inside << cut(piece, first, end);
+    return inside;
 }
 
 Outcome<> PieceSource::open(const DiscPiece& piece)

@@ -28,6 +28,8 @@ QList<DiscPiece> piecesAt(const QList<BurnTrack>& tracks, const QList<qint64>& s
 
 /// The same stretches in parts of at most so many frames.
 QList<DiscPiece> inParts(const QList<DiscPiece>& pieces, qint64 frames);
+/// What of them lies between two logical block addresses, the second one not included.
+QList<DiscPiece> between(const QList<DiscPiece>& pieces, qint64 from, qint64 to);
 
 /// The samples of one piece. Offsets, from the piece's first frame, and sizes are bytes.
 class PieceSource

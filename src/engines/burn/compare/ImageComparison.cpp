@@ -1,5 +1,6 @@
 #include "engines/burn/compare/DiscComparison.h"
 #include "engines/burn/compare/ImageMatch.h"
+#include "engines/burn/compare/ImageSound.h"
 
 #include <QThread>
 
@@ -54,43 +55,33 @@ void add(ComparisonResult& whole, const ComparisonResult& part)
     whole.inPregap = part.inPregap;
 }
 
-/// The rest of a part, from that frame of that piece on.
-Part restOf(const Part& part, qsizetype piece, qint64 frame)
-{
-    Part rest = part.mid(piece);
-    DiscPiece& first = rest.first();
-    first.start += frame;
-    first.first += frame;
-    first.length = CdTime::fromFrames(first.length.frames() - frame);
-    return rest;
-}
-
 /// Looks quickly for as long as all is well; from there on closely.
 Outcome<ComparisonResult> comparePart(const QString& image, const Part& part,
                                       const std::atomic<bool>* cancelled,
                                       const DiscComparison::Progress& progress)
 {
     ImageSound sound(image);
-    ImageMatch match(sound, part);
+    ImageMatch match(sound.handle(), part);
     ComparisonResult result;
     for (qsizetype i = 0; i < part.size(); ++i) {
         const qint64 same = match.framesOf(part[i], cancelled, progress);
         result.comparedFrames += same;
         if (same == part[i].length.frames())
             continue;
-        const auto rest = DiscComparison(sound, restOf(part, i, same), cancelled, progress).run(0);
-        if (!rest)
-            return rest.error();
-        add(result, *rest);
+        const Part rest = between(part, part[i].start + same, part.last().end());
+        const auto compared = DiscComparison(sound, rest, cancelled, progress).run(0);
+        if (!compared)
+            return compared.error();
+        add(result, *compared);
         break;
     }
     return result;
 }
 
 /// Which of the parts was the first to differ is told by their order.
-Outcome<ComparisonResult> sumOf(const std::vector<Outcome<ComparisonResult>>& results)
+Outcome<ComparisonResult> sumOf(const std::vector<Outcome<ComparisonResult>>& results, qint64 seen)
 {
-    ComparisonResult whole;
+    ComparisonResult whole{.comparedFrames = seen};
     for (const auto& result : results) {
         if (!result)
             return result.error();
@@ -109,11 +100,11 @@ void tellEnds(const Part& part, const DiscComparison::Progress& progress)
 } // namespace
 
 /// Each processor takes the next part as soon as it is free; this one tells how far all are.
-Outcome<ComparisonResult> compareImage(const QString& image, const QList<DiscPiece>& pieces,
+Outcome<ComparisonResult> compareImage(const QString& image, const QList<DiscPiece>& pieces, qint64 seen,
                                        const std::atomic<bool>* cancelled,
                                        const DiscComparison::Progress& progress)
 {
-    const QList<Part> parts = partsOf(pieces);
+    const QList<Part> parts = partsOf(between(pieces, seen, pieces.last().end()));
     std::vector<Outcome<ComparisonResult>> results(static_cast<size_t>(parts.size()), ComparisonResult{});
     std::atomic<qsizetype> next = 0;
     const auto work = [&](const std::function<void(qsizetype)>& begun, const DiscComparison::Progress& tell) {
@@ -129,6 +120,7 @@ Outcome<ComparisonResult> compareImage(const QString& image, const QList<DiscPie
     for (qsizetype i = std::min<qsizetype>(parts.size(), atOnce()); i > 1; --i)
         others.push_back(std::async(
             std::launch::async, work, [](qsizetype) {}, [](int, qint64, qint64) {}));
+    tellEnds(between(pieces, 0, seen), progress);
     qsizetype told = 0;
     const auto tellBefore = [&](qsizetype part) {
         for (; told < part; ++told)
@@ -137,7 +129,7 @@ Outcome<ComparisonResult> compareImage(const QString& image, const QList<DiscPie
     };
     work(tellBefore, progress);
     others.clear(); // waits for them
-    auto whole = sumOf(results);
+    auto whole = sumOf(results, seen);
     if (whole)
         tellBefore(parts.size());
     return whole;

@@ -50,8 +50,9 @@ private:
 
 } // namespace
 
-ImageMatch::ImageMatch(const ImageSound& image, const QList<DiscPiece>& pieces)
-    : m_start(pieces.first().start), m_shown(image.show(m_image, m_start, pieces.last().end() - m_start))
+ImageMatch::ImageMatch(int image, const QList<DiscPiece>& pieces)
+    : m_start(pieces.first().start),
+      m_shown(m_image.show(image, m_start * kBytesPerFrame, (pieces.last().end() - m_start) * kBytesPerFrame))
 {
 }
 

@@ -2,7 +2,6 @@
 
 #include "engines/burn/compare/DiscComparison.h"
 #include "engines/burn/tracks/FileView.h"
-#include "engines/burn/compare/ImageSound.h"
 
 namespace zib {
 
@@ -11,8 +10,8 @@ namespace zib {
 class ImageMatch
 {
 public:
-    /// @param pieces one behind the other.
-    ImageMatch(const ImageSound& image, const QList<DiscPiece>& pieces);
+    /// @param image its open file, frames from the first byte on.  @param pieces one behind the other.
+    ImageMatch(int image, const QList<DiscPiece>& pieces);
 
     /// How many frames of one of the pieces, from its first on, the image holds for sure.
     /// @param cancelled and @param progress as DiscComparison takes them.

@@ -2,7 +2,6 @@
 
 #include "common/CdTime.h"
 #include "common/NativeName.h"
-#include "engines/burn/tracks/FileView.h"
 
 namespace zib {
 
@@ -18,11 +17,6 @@ Outcome<> ImageSound::read(qint64 frame, int count, char* buffer)
     if (m_file.seek(frame * kBytesPerFrame) && m_file.read(buffer, bytes) == bytes)
         return {};
     return Failure{Failure::Kind::UnreadableFile};
-}
-
-bool ImageSound::show(FileView& view, qint64 frame, qint64 count) const
-{
-    return m_file.isOpen() && view.show(m_file.handle(), frame * kBytesPerFrame, count * kBytesPerFrame);
 }
 
 } // namespace zib

@@ -6,8 +6,6 @@
 
 namespace zib {
 
-class FileView;
-
 /// The sound of a disc image: frames one behind the other from the file's first byte on.
 class ImageSound final : public DiscSamples
 {
@@ -16,8 +14,8 @@ public:
 
     Outcome<> read(qint64 frame, int count, char* buffer) override;
     qint64 leadOut() const override { return m_frames; }
-    /// Shows whole frames without a copy.  @returns as FileView::show.
-    bool show(FileView& view, qint64 frame, qint64 count) const;
+    /// Its open file; -1 where there is none.
+    int handle() const { return m_file.handle(); }
 
 private:
     QFile m_file;

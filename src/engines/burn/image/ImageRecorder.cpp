@@ -1,9 +1,10 @@
 #include "engines/burn/image/ImageRecorder.h"
 
 #include "common/NativeName.h"
-#include "engines/burn/compare/DiscCheck.h"
-#include "engines/burn/image/CueSheet.h"
 #include "common/StagedFile.h"
+#include "engines/burn/compare/DiscCheck.h"
+#include "engines/burn/compare/ImageFollower.h"
+#include "engines/burn/image/CueSheet.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -45,9 +46,9 @@ QString freeStem(const QString& folder)
 class ImageRun
 {
 public:
-    ImageRun(const BurnJob& job, BurnObserver& observer, QString folder)
-        : m_job(job), m_observer(observer), m_folder(std::move(folder)),
-          m_block(kBlockBytes, Qt::Uninitialized)
+    ImageRun(const BurnJob& job, BurnObserver& observer, QString folder, bool follows)
+        : m_job(job), m_pieces(piecesOf(job.tracks)), m_observer(observer), m_folder(std::move(folder)),
+          m_follows(follows), m_block(kBlockBytes, Qt::Uninitialized)
     {
     }
 
@@ -65,7 +66,7 @@ public:
     std::optional<BurnError> compare()
     {
         m_observer.readingBack();
-        return compareWithFiles(m_bin.currentPath(), piecesOf(m_job.tracks), m_job, m_observer);
+        return compareWithFiles(m_bin.currentPath(), m_pieces, m_follower->finish(), m_job, m_observer);
     }
     Outcome<> giveNames();
     /// Whether the image still lies where it was written.
@@ -99,15 +100,18 @@ private:
     Outcome<> readBack() const;
 
     const BurnJob& m_job;
+    const QList<DiscPiece> m_pieces;
     BurnObserver& m_observer;
     QString m_folder;
+    bool m_follows; ///< Compares while it writes.
     QString m_stem;
     StagedFile m_bin;
     StagedFile m_cue;
     QList<CueTrack> m_layout;
     qint64 m_written = 0; ///< Bytes of the image so far, with those that wait in the block.
     QByteArray m_block;
-    qint64 m_filled = 0;              ///< Bytes that wait in the block.
+    qint64 m_filled = 0; ///< Bytes that wait in the block.
+    std::optional<ImageFollower> m_follower;
     std::future<Outcome<>> m_flushed; ///< Whether the image is on the storage; last, for its end is awaited.
 };
 
@@ -121,7 +125,11 @@ Outcome<> ImageRun::begin()
     if (auto created = takeName(); !created)
         return created;
     const CdTime inFile = m_job.totalLength() - CdTime::fromFrames(kPregapFrames);
-    return m_bin.reserve(inFile.bytes());
+    if (auto reserved = m_bin.reserve(inFile.bytes()); !reserved)
+        return reserved;
+    if (m_follows)
+        m_follower.emplace(m_bin.handle(), m_pieces);
+    return {};
 }
 
 /// Another instance may begin an image in the same second: whoever comes second takes the next name.
@@ -194,7 +202,12 @@ Outcome<> ImageRun::put(qint64 bytes)
 Outcome<> ImageRun::writeBlock()
 {
     const qint64 bytes = std::exchange(m_filled, 0);
-    return m_job.simulate ? Outcome<>() : m_bin.write(m_block.constData(), bytes);
+    if (m_job.simulate)
+        return {};
+    auto done = m_bin.write(m_block.constData(), bytes);
+    if (done && m_follower)
+        m_follower->written(written().frames());
+    return done;
 }
 
 Outcome<> ImageRun::close()
@@ -279,7 +292,10 @@ BurnError errorOf(BurnError wrong, ImageRun& run)
 
 } // namespace
 
-ImageRecorder::ImageRecorder(QString folder) : m_folder(std::move(folder)) {}
+ImageRecorder::ImageRecorder(QString folder, bool compares)
+    : m_folder(std::move(folder)), m_compares(compares)
+{
+}
 
 QString ImageRecorder::path() const
 {
@@ -303,12 +319,12 @@ Outcome<Medium> ImageRecorder::inspect(const InspectionTalk&)
 
 std::optional<BurnError> ImageRecorder::write(const BurnJob& job, BurnObserver& observer)
 {
-    ImageRun run(job, observer, m_folder);
+    ImageRun run(job, observer, m_folder, m_compares);
     if (auto written = run.write(); !written)
         return errorOf(written.error());
     if (job.simulate)
         return std::nullopt;
-    if (const auto wrong = run.compare())
+    if (const auto wrong = m_compares ? run.compare() : std::nullopt)
         return errorOf(*wrong, run);
     if (auto named = run.giveNames(); !named)
         return BurnError::from(named.error());

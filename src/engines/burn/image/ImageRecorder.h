@@ -11,7 +11,8 @@ class ImageRecorder final : public Recorder
 {
 public:
     /// @param folder where images go; it is made when the first one is written.
-    explicit ImageRecorder(QString folder);
+    /// @param compares false only to measure what the comparing takes.
+    explicit ImageRecorder(QString folder, bool compares = true);
 
     QString path() const override;
     QString maker() const override;
@@ -26,6 +27,7 @@ public:
 
 private:
     QString m_folder;
+    bool m_compares;
 };
 
 } // namespace zib
