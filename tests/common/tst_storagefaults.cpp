@@ -5,7 +5,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <functional>
@@ -27,9 +29,13 @@ struct Storage
     int rename = 0;
     std::function<void()> behindRename; ///< What another program does behind a refused rename.
     std::function<void()> behindLink;   ///< The same behind a refused link.
+    unsigned long waitMs = 0;           ///< What a wait for it takes.
 };
 Storage g_storage;
-QByteArray g_flushed; ///< What was asked to be on the disk, in order: 'f' for a file, 'd' for a folder.
+qint64 g_handedOver = 0; ///< Bytes from the beginning of a file that were handed to the storage.
+qint64 g_awaited = 0;    ///< Those of them that were waited for.
+qint64 g_mostAhead = 0;  ///< By so much the first was ahead of the second behind a wait.
+QByteArray g_flushed;    ///< What was asked to be on the disk, in order: 'f' for a file, 'd' for a folder.
 
 int failed(int error, const std::function<void()>& behind = {})
 {
@@ -50,6 +56,18 @@ int fsync(int file)
     ::fstat(file, &info);
     g_flushed += S_ISDIR(info.st_mode) ? 'd' : 'f';
     return static_cast<int>(::syscall(SYS_fsync, file));
+}
+
+int sync_file_range(int, off64_t offset, off64_t bytes, unsigned how)
+{
+    if (how & SYNC_FILE_RANGE_WRITE)
+        g_handedOver = offset == g_handedOver ? offset + bytes : -1;
+    if (how & SYNC_FILE_RANGE_WAIT_BEFORE) {
+        QThread::msleep(g_storage.waitMs);
+        g_awaited = offset == g_awaited ? offset + bytes : -1;
+        g_mostAhead = std::max(g_mostAhead, g_handedOver - g_awaited);
+    }
+    return 0;
 }
 
 int renameat2(int oldFolder, const char* from, int newFolder, const char* to, unsigned flags) noexcept
@@ -126,6 +144,34 @@ private slots:
         }
         QCOMPARE(g_flushed, QByteArray("fd")); // the name as well
         QVERIFY(QFile::exists(folder.filePath("kept.bin")));
+    }
+    void file_isAheadOfItsStorage_byATenthOfASecond_data()
+    {
+        QTest::addColumn<int>("waitMs");
+        QTest::addColumn<int>("megabytes");
+        QTest::newRow("8 MB in half a second: a step") << 500 << 8;
+        QTest::newRow("8 MB in 40 ms: 20 MB, and what a loaded machine loses") << 40 << 21;
+        QTest::newRow("at once: no more than that") << 0 << 64;
+    }
+    void file_isAheadOfItsStorage_byATenthOfASecond()
+    {
+        QFETCH(int, waitMs);
+        QFETCH(int, megabytes);
+        constexpr qint64 kMegabyte = 1 << 20;
+        const QTemporaryDir folder;
+        g_handedOver = g_awaited = g_mostAhead = 0;
+        g_storage.waitMs = static_cast<unsigned long>(waitMs);
+        StagedFile file;
+        QVERIFY(file.create(folder.path(), "long.bin"));
+        const QByteArray step(kMegabyte, 's');
+        for (int i = 0; i < (waitMs > 100 ? 32 : 160); ++i)
+            QVERIFY(file.write(step.constData(), step.size()));
+        g_storage = {};
+        const QByteArray told = QByteArray::number(g_mostAhead / kMegabyte) + " MB ahead";
+        QVERIFY2(g_mostAhead >= 8 * kMegabyte && g_mostAhead <= megabytes * kMegabyte, told);
+        if (waitMs == 0)
+            QVERIFY2(g_mostAhead > 16 * kMegabyte, told);
+        QVERIFY(g_handedOver - g_awaited <= megabytes * kMegabyte);
     }
     void names_onEveryStorage_areGivenAndNeverTaken_data()
     {

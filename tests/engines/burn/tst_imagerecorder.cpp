@@ -1,11 +1,11 @@
 #include "DiscImage.h"
 #include "WavMaker.h"
 
-#include "engines/burn/image/CueSheet.h"
-#include "engines/burn/compare/FileLease.h"
-#include "engines/burn/image/ImageRecorder.h"
 #include "common/NativeName.h"
 #include "common/StagedFile.h"
+#include "engines/burn/compare/FileLease.h"
+#include "engines/burn/image/CueSheet.h"
+#include "engines/burn/image/ImageRecorder.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -22,11 +22,32 @@
 #include <utility>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 
 using namespace zib;
+
+namespace {
+
+bool g_flushFails = false; ///< Of whatever is longer than a sheet.
+
+} // namespace
+
+// Stands before the system's own for everything that is linked into this program.
+extern "C" int fsync(int file)
+{
+    struct stat info = {};
+    if (g_flushFails && ::fstat(file, &info) == 0 && info.st_size > 100'000) {
+        errno = EIO;
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
 
 namespace {
 
@@ -175,6 +196,7 @@ private slots:
     void write_whenASourceIsCutOff_namesItAndLeavesNothing();
     void write_intoAFullStorage_saysSoAndLeavesNothing_data();
     void write_intoAFullStorage_saysSoAndLeavesNothing();
+    void write_toAStorageThatFailsWhileCompared_leavesNothing();
     void write_whenTheFolderCannotBeMade_saysSo();
     void write_whenTheFolderMayNotBeWritten_saysSo();
     void write_whileRunning_hasNoFinalName();
@@ -551,6 +573,19 @@ void TestImageRecorder::write_intoAFullStorage_saysSoAndLeavesNothing()
     QVERIFY(error);
     QCOMPARE(error->error, BurnErrorCode::kStorage);
     QVERIFY(error->description.contains(bench.images()));
+    QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_toAStorageThatFailsWhileCompared_leavesNothing()
+{
+    Bench bench({588 * 300, 588 * 1500});
+    g_flushFails = true;
+    const auto error = bench.write();
+    g_flushFails = false;
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kStorage);
+    QCOMPARE(bench.listener.compared, 2);
+    QCOMPARE(bench.listener.remarks, QStringList());
     QCOMPARE(bench.found(), QStringList());
 }
 
