@@ -39,7 +39,7 @@ public:
 class Refusals final : public Messages
 {
 public:
-    void information(QWidget*, const QString&) override { ++count; }
+    void information(QWidget*, const QString&, const QString&) override { ++count; }
     void critical(QWidget*, const QString&, const QString&) override { ++count; }
     void plain(QWidget*, const QString&) override { ++count; }
     Answer askYesNoCancel(QWidget*, const QString&, Answer) override { return Answer::Cancel; }
