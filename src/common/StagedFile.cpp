@@ -44,6 +44,12 @@ bool leadsTo(const QString& path, int file)
            open.st_dev == there.st_dev && open.st_ino == there.st_ino;
 }
 
+/// Whether a call did nothing because the storage has no such call.
+bool isNoSuchCall(int error)
+{
+    return error == EOPNOTSUPP || error == ENOSYS || error == EINVAL || error == ESPIPE;
+}
+
 /// Nobody holds the lock of a file whose writer was killed.
 void removeUnlessLocked(const QString& path)
 {
@@ -101,8 +107,7 @@ Outcome<> StagedFile::create(const QString& folder, const QString& name)
 
 Outcome<> StagedFile::reserve(qint64 bytes)
 {
-    const int answer = ::fallocate(m_file, FALLOC_FL_KEEP_SIZE, 0, bytes);
-    if (answer == 0 || errno == EOPNOTSUPP || errno == ENOSYS || errno == EINVAL)
+    if (::fallocate(m_file, FALLOC_FL_KEEP_SIZE, 0, bytes) == 0 || isNoSuchCall(errno))
         return {};
     return storageFailure();
 }
@@ -118,24 +123,25 @@ Outcome<> StagedFile::write(const char* data, qint64 size)
         done += n;
     }
     m_size += size;
-    if (m_size - m_handedOver >= kStepBytes)
-        handOver();
-    return {};
+    return m_size - m_handedOver >= kStepBytes ? handOver() : Outcome<>();
 }
 
-/// Waits for a storage that is too far behind, by its own measure.
-void StagedFile::handOver()
+/// Waits for a storage that is too far behind, by its own measure. A failure that the system tells here it
+/// does not tell the last flush once more.
+Outcome<> StagedFile::handOver()
 {
     ::sync_file_range(m_file, m_handedOver, m_size - m_handedOver, SYNC_FILE_RANGE_WRITE);
     m_handedOver = m_size;
     const qint64 late = m_size - m_lead - m_settled;
     if (late <= 0)
-        return;
-    ::sync_file_range(m_file, m_settled, late, SYNC_FILE_RANGE_WAIT_BEFORE);
+        return {};
+    if (::sync_file_range(m_file, m_settled, late, SYNC_FILE_RANGE_WAIT_BEFORE) != 0 && !isNoSuchCall(errno))
+        return storageFailure();
     m_settled += late;
     const std::chrono::duration<double> taken = Clock::now() - m_begun;
     const double inLead = static_cast<double>(m_settled) * (kLead / taken);
     m_lead = static_cast<qint64>(std::clamp<double>(inLead, kStepBytes, kMostLeadBytes));
+    return {};
 }
 
 Outcome<> StagedFile::flush()

@@ -22,6 +22,7 @@ public:
     /// @param name the final name in @p folder.  @returns WriteFailed or NoPermission, the detail is the
     /// folder.
     Outcome<> create(const QString& folder, const QString& name);
+    /// @returns also that something written earlier did not arrive.
     Outcome<> write(const char* data, qint64 size);
     /// Reserves room, so that a full storage shows before the work and not after it.
     Outcome<> reserve(qint64 bytes);
@@ -52,7 +53,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     Failure storageFailure() const;
-    void handOver();
+    Outcome<> handOver();
     void close();
 
     QString m_folder;

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <functional>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -30,6 +31,7 @@ struct Storage
     std::function<void()> behindRename; ///< What another program does behind a refused rename.
     std::function<void()> behindLink;   ///< The same behind a refused link.
     unsigned long waitMs = 0;           ///< What a wait for it takes.
+    int wait = 0;                       ///< What the wait fails with.
 };
 Storage g_storage;
 qint64 g_handedOver = 0; ///< Bytes from the beginning of a file that were handed to the storage.
@@ -66,6 +68,8 @@ int sync_file_range(int, off64_t offset, off64_t bytes, unsigned how)
         QThread::msleep(g_storage.waitMs);
         g_awaited = offset == g_awaited ? offset + bytes : -1;
         g_mostAhead = std::max(g_mostAhead, g_handedOver - g_awaited);
+        if (g_storage.wait != 0)
+            return failed(std::exchange(g_storage.wait, 0));
     }
     return 0;
 }
@@ -172,6 +176,36 @@ private slots:
         if (waitMs == 0)
             QVERIFY2(g_mostAhead > 16 * kMegabyte, told);
         QVERIFY(g_handedOver - g_awaited <= megabytes * kMegabyte);
+    }
+    void file_thatDidNotArrive_isToldAtOnce_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::addColumn<bool>("arrives");
+        QTest::newRow("a bad block") << EIO << false;
+        QTest::newRow("a full server") << ENOSPC << false;
+        QTest::newRow("more than the account may have") << EDQUOT << false;
+        QTest::newRow("a file that the server lost") << ESTALE << false;
+        QTest::newRow("a system without the call") << ENOSYS << true;
+        QTest::newRow("a storage without the call") << EINVAL << true;
+    }
+    void file_thatDidNotArrive_isToldAtOnce()
+    {
+        QFETCH(int, error);
+        QFETCH(bool, arrives);
+        const QTemporaryDir folder;
+        StagedFile file;
+        QVERIFY(file.create(folder.path(), "long.bin"));
+        g_handedOver = g_awaited = 0;
+        g_storage.wait = error;
+        const QByteArray step(8 << 20, 's');
+        Outcome<> written;
+        for (int i = 0; i < 4 && written; ++i)
+            written = file.write(step.constData(), step.size());
+        QCOMPARE(g_storage.wait, 0);
+        QCOMPARE(static_cast<bool>(written), arrives);
+        if (!arrives)
+            QCOMPARE(written.error().kind, Failure::Kind::WriteFailed);
+        g_storage = {};
     }
     void names_onEveryStorage_areGivenAndNeverTaken_data()
     {
