@@ -179,6 +179,11 @@ QString StagedFile::currentPath() const
     return m_kept ? m_path : m_hiddenPath;
 }
 
+bool StagedFile::isInPlace() const
+{
+    return leadsTo(currentPath(), m_file);
+}
+
 void StagedFile::remove()
 {
     if (!m_nameless)

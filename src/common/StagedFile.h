@@ -40,6 +40,8 @@ public:
     QString currentPath() const;
     /// The open file, until it is kept or removed; -1 before create.
     int handle() const { return m_file; }
+    /// Whether currentPath leads to it: nobody moved it, or put another file there.
+    bool isInPlace() const;
     /// Removes the file, under whatever name.
     void remove();
 

@@ -181,6 +181,9 @@ private slots:
     void write_withAChangedSample_namesItsPlace();
     void write_withABitFlippedBehindIt_namesItsPlace();
     void write_withABitFlippedBeforeIt_isRight();
+    void write_changedBehindTheComparing_isAnError_data();
+    void write_changedBehindTheComparing_isAnError();
+    void write_replacedByAnotherFile_isAnError();
     void write_cutOffWhileCompared_isAnError();
     void write_intoAFolderThatGoesWhileCompared_saysSo();
     void write_ofAFileThatGoesWhileCompared_keepsTheImage();
@@ -400,6 +403,54 @@ void TestImageRecorder::write_cutOffWhileCompared_isAnError()
     QVERIFY(error);
     QCOMPARE(error->error, BurnErrorCode::kVerify);
     QVERIFY2(error->description.contains("cannot be read"), qPrintable(error->description));
+    QCOMPARE(bench.found(), QStringList());
+}
+
+void TestImageRecorder::write_changedBehindTheComparing_isAnError_data()
+{
+    QTest::addColumn<bool>("longer");
+    QTest::addColumn<QString>("told");
+    QTest::newRow("a bit") << false << "1 frame differs";
+    QTest::newRow("a byte more") << true << "does not show the tracks that were written";
+}
+
+/// Where the comparing has passed, but before the image has its name.
+void TestImageRecorder::write_changedBehindTheComparing_isAnError()
+{
+    QFETCH(bool, longer);
+    QFETCH(QString, told);
+    Bench bench({588 * 300, 588 * 1500});
+    bench.listener.onCompare = [&] {
+        if (bench.listener.compared < 2)
+            return;
+        bench.listener.onCompare = nullptr;
+        const QString image = QDir(bench.images()).filePath(bench.found().value(0));
+        longer ? void(QFile::resize(image, QFileInfo(image).size() + 1)) : bench.flipBitOfImage(3000);
+    };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QCOMPARE(error->error, BurnErrorCode::kVerify);
+    QVERIFY2(error->description.contains(told), qPrintable(error->description));
+    QCOMPARE(bench.found(), QStringList());
+}
+
+/// Another file under the image's hidden name opens nothing of ours.
+void TestImageRecorder::write_replacedByAnotherFile_isAnError()
+{
+    Bench bench({588 * 300, 588 * 1500});
+    QVERIFY(!bench.write());
+    QByteArray other = fileContentOf(QDir(bench.images()).filePath(bench.found().value(0)));
+    other[3000] = static_cast<char>(other[3000] ^ 1);
+    const QString path = put(bench.folder.filePath("other.bin"), other);
+    QVERIFY(QDir(bench.images()).removeRecursively());
+    bench.listener.onStep = [&](const QString& step) {
+        if (step == "closing disc")
+            QVERIFY(std::rename(qPrintable(path),
+                                qPrintable(QDir(bench.images()).filePath(bench.found().value(0)))) == 0);
+    };
+    const auto error = bench.write();
+    QVERIFY(error);
+    QVERIFY2(error->description.contains("went away while it was compared"), qPrintable(error->description));
     QCOMPARE(bench.found(), QStringList());
 }
 

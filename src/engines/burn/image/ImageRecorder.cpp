@@ -1,5 +1,6 @@
 #include "engines/burn/image/ImageRecorder.h"
 
+#include "common/FileStamp.h"
 #include "common/NativeName.h"
 #include "common/StagedFile.h"
 #include "engines/burn/compare/DiscCheck.h"
@@ -63,14 +64,10 @@ public:
         m_observer.closingDisc();
         return m_job.simulate ? endOfWork() : close();
     }
-    std::optional<BurnError> compare()
-    {
-        m_observer.readingBack();
-        return compareWithFiles(m_bin.currentPath(), m_pieces, m_follower->finish(), m_job, m_observer);
-    }
+    std::optional<BurnError> compare();
     Outcome<> giveNames();
     /// Whether the image still lies where it was written.
-    bool isThere() const { return pathExists(m_bin.currentPath()); }
+    bool isThere() const { return m_bin.isInPlace(); }
     QString sheet() const { return QDir(m_folder).filePath(m_stem + QStringLiteral(".cue")); }
 
 private:
@@ -248,10 +245,28 @@ Outcome<> ImageRun::readBack() const
     return {};
 }
 
+/// What another program changed until all of it was on the storage is compared once more.
+std::optional<BurnError> ImageRun::compare()
+{
+    const auto stamp = [this] { return stampOf(m_bin.currentPath()).value_or(FileStamp()); };
+    const auto compareFrom = [this](qint64 frame) {
+        return compareWithFiles(m_bin.currentPath(), m_pieces, frame, m_job, m_observer);
+    };
+    m_observer.readingBack();
+    const qint64 seen = m_follower->finish();
+    const FileStamp before = stamp();
+    if (auto wrong = compareFrom(isThere() ? seen : 0); wrong || m_job.isCancelled())
+        return wrong;
+    m_flushed.wait();
+    return stamp().sameContent(before) ? std::nullopt : compareFrom(0);
+}
+
 Outcome<> ImageRun::giveNames()
 {
     if (auto flushed = m_flushed.get(); !flushed)
         return flushed;
+    if (auto same = readBack(); !same)
+        return same;
     if (auto kept = m_bin.keep(); !kept)
         return kept;
     if (auto kept = m_cue.keep(); !kept) {
@@ -327,7 +342,7 @@ std::optional<BurnError> ImageRecorder::write(const BurnJob& job, BurnObserver& 
     if (const auto wrong = m_compares ? run.compare() : std::nullopt)
         return errorOf(*wrong, run);
     if (auto named = run.giveNames(); !named)
-        return BurnError::from(named.error());
+        return errorOf(named.error());
     return std::nullopt;
 }
 
