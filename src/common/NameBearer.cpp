@@ -1,6 +1,8 @@
 #include "common/NameBearer.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 
 #include <fcntl.h>
@@ -48,6 +50,11 @@ bool moveToFree(const QByteArray& from, const QByteArray& to)
     return isUnknownToStorage(errno) && moveOverPlaceholder(from, to);
 }
 
+NameBearer toBearer(const struct stat& found)
+{
+    return {.someone = true, .device = found.st_dev, .inode = found.st_ino};
+}
+
 bool isTaken()
 {
     errno = EEXIST;
@@ -71,9 +78,24 @@ bool moveInPlaceOf(const QByteArray& from, const QByteArray& to, const NameBeare
 NameBearer bearerOf(const QByteArray& path)
 {
     struct stat found = {};
-    if (::lstat(path.constData(), &found) != 0)
-        return {};
-    return {.someone = true, .device = found.st_dev, .inode = found.st_ino};
+    return ::lstat(path.constData(), &found) == 0 ? toBearer(found) : NameBearer();
+}
+
+NameBearer bearerOf(int file)
+{
+    struct stat found = {};
+    return ::fstat(file, &found) == 0 ? toBearer(found) : NameBearer();
+}
+
+QByteArray nameOfOpenFile(int file, const QByteArray& opened)
+{
+    QByteArray now(PATH_MAX, '\0');
+    const QByteArray link = "/proc/self/fd/" + QByteArray::number(file);
+    now.truncate(std::max<ssize_t>(0, ::readlink(link.constData(), now.data(), PATH_MAX)));
+    for (const QByteArray& name : {now, opened})
+        if (const NameBearer bearer = bearerOf(name); bearer.someone && bearer == bearerOf(file))
+            return name;
+    return {};
 }
 
 bool giveName(const QByteArray& from, const QByteArray& to, const NameBearer& seen)

@@ -20,6 +20,12 @@ struct NameBearer
 
 /// @param path as the system knows it (nativeName).
 NameBearer bearerOf(const QByteArray& path);
+/// An open file, as who bears its name.
+NameBearer bearerOf(int file);
+
+/// Where a file lies that was opened as @p opened: its folder may have been moved since, and another file may
+/// bear the old name.  @returns nothing where it has no name any more.
+QByteArray nameOfOpenFile(int file, const QByteArray& opened);
 
 /// Moves the file @p from to the name @p to, in one step that fails when its bearer is not @p seen any more:
 /// a name that was free is never taken from another file, and only the file that was seen is replaced.

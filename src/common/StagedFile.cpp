@@ -38,10 +38,8 @@ void flushFolder(const QString& folder)
 /// Whether @p path still leads to the open @p file.
 bool leadsTo(const QString& path, int file)
 {
-    struct stat open = {};
-    struct stat there = {};
-    return ::fstat(file, &open) == 0 && ::lstat(nativeName(path).constData(), &there) == 0 &&
-           open.st_dev == there.st_dev && open.st_ino == there.st_ino;
+    const NameBearer there = bearerOf(nativeName(path));
+    return there.someone && there == bearerOf(file);
 }
 
 /// Whether a call did nothing because the storage has no such call.
@@ -186,8 +184,10 @@ bool StagedFile::isInPlace() const
 
 void StagedFile::remove()
 {
-    if (!m_nameless)
-        removeFile(currentPath());
+    if (!m_nameless) {
+        const QByteArray name = nativeName(currentPath());
+        ::unlink((m_file < 0 ? name : nameOfOpenFile(m_file, name)).constData());
+    }
     close();
 }
 

@@ -55,6 +55,35 @@ private slots:
         QCOMPARE(entries(folder.path()), QStringList());
     }
 
+    /// And what bears the old name since is left alone.
+    void dropped_inAFolderThatWasMoved_leavesNothing()
+    {
+        const QTemporaryDir place;
+        const QString folder = place.filePath("Images");
+        const QString moved = place.filePath("Old images");
+        QVERIFY(QDir().mkpath(folder));
+        {
+            StagedFile file;
+            QVERIFY(file.create(folder, "Disc.bin"));
+            QVERIFY(QDir().rename(folder, moved));
+            QVERIFY(QDir().mkpath(folder));
+            put(folder + "/.Disc.bin.part", "a stranger's");
+        }
+        QCOMPARE(entries(moved), QStringList());
+        QCOMPARE(content(folder + "/.Disc.bin.part"), QByteArray("a stranger's"));
+    }
+
+    void removed_whenItHasNoNameAnyMore_touchesNothing()
+    {
+        const QTemporaryDir folder;
+        StagedFile file;
+        QVERIFY(file.create(folder.path(), "Disc.bin"));
+        QVERIFY(QFile::remove(file.currentPath()));
+        put(file.currentPath(), "a stranger's");
+        file.remove();
+        QCOMPARE(content(folder.filePath(".Disc.bin.part")), QByteArray("a stranger's"));
+    }
+
     void leftOver_ofAKilledRun_isRemoved_butNotOneBeingWritten()
     {
         QTemporaryDir folder;

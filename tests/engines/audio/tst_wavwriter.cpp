@@ -111,6 +111,22 @@ private slots:
         }
         QVERIFY(filesIn(folder.path()).isEmpty());
     }
+    void end_inAFolderThatWasMoved_leavesNothing()
+    {
+        const QTemporaryDir place;
+        for (const bool finishes : {false, true}) {
+            const QString folder = place.filePath("Temp"), moved = place.filePath("Moved");
+            QVERIFY(QDir().mkpath(folder));
+            WavWriter writer;
+            QVERIFY(writer.create(folder + "/a.wav", 44100, 2));
+            QVERIFY(QDir().rename(folder, moved));
+            if (finishes)
+                QVERIFY(!writer.finish());
+            writer.abandon();
+            QVERIFY(filesIn(moved).isEmpty());
+            QVERIFY(QDir(moved).removeRecursively());
+        }
+    }
     void create_whereAWriterWasKilled_clearsUpAfterIt()
     {
         const QTemporaryDir folder;

@@ -144,12 +144,13 @@ bool WavWriter::finish()
         return false;
     bool good = !m_failed && ::lseek(m_descriptor, 0, SEEK_SET) == 0 && writeHeader(m_dataBytes) &&
                 ::fsync(m_descriptor) == 0;
+    const QByteArray lies = nameOfOpenFile(m_descriptor, m_partial);
     good = ::close(std::exchange(m_descriptor, -1)) == 0 && good;
     good = good && giveName(m_partial, m_target, m_seen);
     if (good)
         syncFolder(folderOf(m_target));
     else
-        ::unlink(m_partial.constData());
+        ::unlink(lies.constData());
     return good;
 }
 
@@ -157,8 +158,9 @@ void WavWriter::abandon()
 {
     if (!isOpen())
         return;
+    const QByteArray lies = nameOfOpenFile(m_descriptor, m_partial);
     ::close(std::exchange(m_descriptor, -1));
-    ::unlink(m_partial.constData());
+    ::unlink(lies.constData());
 }
 
 bool WavWriter::write(const void* bytes, size_t count)
