@@ -5,6 +5,7 @@
 #include <QTextDocument>
 
 #include <array>
+#include <utility>
 
 namespace zib {
 

@@ -8,6 +8,8 @@
 #include "components/AudioInformation.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -6,6 +6,8 @@
 
 #include <QPointer>
 
+#include <memory>
+
 class frmMain;
 class frmPrepare;
 class frmWrite;

@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QIcon>
 
+#include <optional>
+
 namespace {
 
 const QString kToolKey = QStringLiteral("SOFTWARE\\Microsoft\\Shared Tools\\MSINFO");

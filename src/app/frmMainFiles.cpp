@@ -9,6 +9,8 @@
 #include "components/AudioInformation.h"
 #include "components/Components.h"
 
+#include <memory>
+
 using zib::CompilationModel;
 using zib::FileDialogRequest;
 using zib::FoundFile;

@@ -8,6 +8,9 @@
 #include "common/Texts.h"
 
 #include <algorithm>
+#include <memory>
+#include <optional>
+#include <utility>
 
 using zib::Failure;
 using zib::FileDialogRequest;

@@ -6,12 +6,13 @@
 #include "common/Colors.h"
 #include "common/GenralMacro.h"
 #include "common/Texts.h"
-#include "common/Twips.h"
 
 #include <QAction>
 #include <QDateTime>
 #include <QLocale>
 #include <QMouseEvent>
+
+#include <array>
 
 // The main window's look: the View menu, the view settings, the status bar.
 

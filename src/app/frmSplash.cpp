@@ -2,7 +2,6 @@
 
 #include "ui_frmSplash.h"
 
-#include <QGuiApplication>
 #include <QPixmap>
 #include <QScreen>
 

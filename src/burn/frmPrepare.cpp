@@ -17,6 +17,8 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <functional>
+#include <optional>
 
 namespace {
 constexpr int kFirstTickMs = 50;

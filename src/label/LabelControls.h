@@ -4,7 +4,6 @@
 
 #include <QLabel>
 #include <QMargins>
-#include <QPixmap>
 #include <QPointer>
 
 /// The controls a label surface is made of. Each holds its item in twips and shows it at 15 twips to the

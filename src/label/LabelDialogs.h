@@ -7,6 +7,8 @@
 #include <QLineEdit>
 #include <QScreen>
 
+#include <limits>
+
 /// What the three label dialogs share.
 namespace zib {
 

@@ -8,6 +8,7 @@
 #include <QFontMetricsF>
 
 #include <algorithm>
+#include <limits>
 
 using LabelMaker::LabelDocument;
 

@@ -2,7 +2,6 @@
 
 #include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
-#include "common/Numbers.h"
 #include "label/NumberKeys.h"
 
 #include <QLineEdit>
@@ -11,6 +10,7 @@
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
 
 namespace LabelMaker {

@@ -3,7 +3,6 @@
 #include "common/CompilationRow.h"
 
 #include <QColor>
-#include <QFont>
 #include <QList>
 #include <QString>
 #include <QStringList>

@@ -8,6 +8,8 @@
 #include <QLocale>
 #include <QPainter>
 
+#include <memory>
+
 namespace zib {
 
 namespace {

@@ -9,6 +9,8 @@
 
 #include <QSignalBlocker>
 
+#include <optional>
+
 using LabelMaker::LabelDocument;
 using LabelMaker::SetupScrollBar;
 using LabelMaker::ShowScrollBarValue;

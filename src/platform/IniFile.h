@@ -2,6 +2,8 @@
 
 #include "common/Platform.h"
 
+#include <optional>
+
 namespace zib {
 
 /// INI files on disk. Every call reads the file anew, so what other programs wrote in between is seen and

@@ -3,6 +3,7 @@
 #include "common/Platform.h"
 
 #include <map>
+#include <memory>
 
 namespace zib {
 

@@ -12,6 +12,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <optional>
 
 #include <pwd.h>
 #include <sys/stat.h>

@@ -2,8 +2,6 @@
 
 #include "platform/Detached.h"
 
-#include <QStringList>
-
 namespace zib {
 
 namespace {

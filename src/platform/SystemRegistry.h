@@ -4,6 +4,7 @@
 
 #include <QList>
 
+#include <optional>
 #include <variant>
 
 namespace zib {

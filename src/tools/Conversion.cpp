@@ -5,6 +5,7 @@
 #include "components/AudioFile.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace zib {
 

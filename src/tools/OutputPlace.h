@@ -3,7 +3,6 @@
 #include "common/NameBearer.h"
 
 #include <QHash>
-#include <QList>
 #include <QString>
 #include <QStringList>
 

@@ -14,6 +14,8 @@
 
 #include <QToolTip>
 
+#include <optional>
+
 using zib::Conversion;
 using zib::FileDialogRequest;
 using zib::OutputPlace::Target;

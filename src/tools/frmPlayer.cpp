@@ -4,7 +4,6 @@
 #include "common/BoxedRows.h"
 #include "common/CommonDialogs.h"
 #include "common/FileDrop.h"
-#include "common/GeneralAPI.h"
 #include "common/GenralMacro.h"
 #include "common/Messages.h"
 #include "common/Texts.h"

@@ -4,6 +4,7 @@
 #include "engines/audio/SourceFile.h"
 #include "engines/audio/TagReader.h"
 
+#include <memory>
 #include <optional>
 
 namespace zib {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QtGlobal>
-
 #include <condition_variable>
 #include <deque>
 #include <mutex>

@@ -1,5 +1,7 @@
 #include "engines/audio/SourceFile.h"
 
+#include "common/NativeName.h"
+
 #include <algorithm>
 #include <cerrno>
 

@@ -1,12 +1,9 @@
 #pragma once
 
-#include "common/NativeName.h"
-
 #include <QByteArray>
 #include <QString>
 
 #include <memory>
-#include <optional>
 #include <span>
 
 namespace zib {

@@ -2,7 +2,9 @@
 
 #include "engines/burn/WriteEvents.h"
 
+#include <atomic>
 #include <memory>
+#include <optional>
 
 namespace zib {
 

@@ -12,6 +12,7 @@
 #include <QPdfWriter>
 
 #include <future>
+#include <memory>
 
 namespace zib {
 

@@ -4,7 +4,6 @@
 #include "common/Outcome.h"
 
 #include <QList>
-#include <QString>
 
 #include <atomic>
 #include <functional>

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <memory>
+#include <span>
 #include <thread>
 
 namespace zib {

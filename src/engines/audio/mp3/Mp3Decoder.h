@@ -2,8 +2,6 @@
 
 #include "engines/audio/mp3/Mp3FrameWalk.h"
 
-#include <QList>
-
 #include <memory>
 #include <span>
 

@@ -2,6 +2,8 @@
 
 #include "engines/audio/mp3/Mp3FrameWalk.h"
 
+#include <optional>
+
 namespace zib {
 
 /// What a walk over the frames of one file finds to be lost, noted in the order of the file.

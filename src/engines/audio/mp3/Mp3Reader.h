@@ -6,6 +6,7 @@
 #include "engines/audio/SampleSource.h"
 
 #include <memory>
+#include <span>
 
 namespace zib {
 

@@ -4,7 +4,6 @@
 
 #include <QByteArray>
 
-#include <memory>
 #include <optional>
 
 namespace zib {

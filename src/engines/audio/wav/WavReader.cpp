@@ -1,6 +1,5 @@
 #include "engines/audio/wav/WavReader.h"
 
-#include "engines/audio/convert/Ditherer.h"
 #include "engines/audio/convert/SpeakerMix.h"
 #include "engines/audio/wav/wavsamples.h"
 

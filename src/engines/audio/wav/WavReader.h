@@ -4,6 +4,7 @@
 #include "engines/audio/wav/WavHeader.h"
 
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace zib {

@@ -1,12 +1,11 @@
 #include "engines/audio/wav/WavWriter.h"
 
-#include "engines/audio/SourceFile.h"
+#include "common/NativeName.h"
 
 #include <QtEndian>
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>

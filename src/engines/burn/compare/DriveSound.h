@@ -5,6 +5,7 @@
 #include "engines/burn/mmc/DriveLine.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 namespace zib {

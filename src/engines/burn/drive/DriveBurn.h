@@ -11,6 +11,7 @@
 #include <QElapsedTimer>
 
 #include <memory>
+#include <optional>
 
 namespace burn {
 struct burn_disc;

@@ -8,6 +8,8 @@
 #include "engines/burn/compare/ReadOffset.h"
 #include "engines/burn/drive/DriveWords.h"
 
+#include <optional>
+
 namespace zib {
 
 DiscVerdict DriveBurn::look(int patienceMs)

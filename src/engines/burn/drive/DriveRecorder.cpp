@@ -10,6 +10,7 @@
 #include <QDeadlineTimer>
 #include <QThread>
 
+#include <memory>
 #include <utility>
 
 namespace zib {

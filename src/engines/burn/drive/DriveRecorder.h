@@ -2,9 +2,7 @@
 
 #include "engines/burn/Recorder.h"
 
-#include <memory>
 #include <optional>
-#include <vector>
 
 namespace zib {
 

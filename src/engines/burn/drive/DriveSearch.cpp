@@ -8,8 +8,11 @@
 
 #include <chrono>
 #include <future>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
+#include <vector>
 
 #include <sys/stat.h>
 

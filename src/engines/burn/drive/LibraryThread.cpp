@@ -9,7 +9,6 @@
 #include <atomic>
 
 #include <pthread.h>
-#include <unistd.h>
 
 namespace zib {
 

@@ -1,7 +1,5 @@
 #include "engines/burn/mmc/DiscLook.h"
 
-#include "engines/burn/Recorder.h"
-
 #include <QElapsedTimer>
 #include <QThread>
 

@@ -5,6 +5,7 @@
 #include "engines/rip/RipRun.h"
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <utility>
 

@@ -9,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <mutex>
 
 #include <cdio/cdio.h>

@@ -3,6 +3,9 @@
 #include "engines/rip/Disc.h"
 #include "engines/rip/drive/DriveDetails.h"
 
+#include <atomic>
+#include <memory>
+
 namespace zib {
 
 /// How a drive is sold.

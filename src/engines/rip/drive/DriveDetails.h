@@ -3,6 +3,7 @@
 #include "engines/rip/Disc.h"
 #include "engines/rip/drive/DriveQuestion.h"
 
+#include <atomic>
 #include <optional>
 
 namespace zib {

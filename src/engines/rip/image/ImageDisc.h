@@ -7,6 +7,9 @@
 #include <QHash>
 #include <QList>
 
+#include <atomic>
+#include <memory>
+
 namespace zib {
 
 class SheetFolder;

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <atomic>
+
 namespace zib {
 
 class ImageDisc;
