@@ -7,6 +7,7 @@ namespace zib {
 
 void ElidedLabel::paintEvent(QPaintEvent* event)
 {
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): the label would draw the whole text.
     QFrame::paintEvent(event);
     const QRect room = contentsRect().marginsRemoved({margin(), margin(), margin(), margin()});
     // A line break in a name would push the rest of it out of sight.

@@ -18,7 +18,7 @@ public:
     /// the drop has ended: the program that hands them out waits for its end.
     FileDrop(QWidget* window, std::function<bool()> accepts, std::function<void(const QStringList&)> take);
 
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    bool eventFilter(QObject* window, QEvent* event) override;
 
 private:
     std::function<bool()> m_accepts;

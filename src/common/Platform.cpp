@@ -1,5 +1,7 @@
 #include "common/Platform.h"
 
+#include <algorithm>
+
 namespace zib {
 
 namespace {
@@ -16,10 +18,9 @@ QList<QByteArray> IniService::readAll(const QList<IniQuery>& queries, const QStr
 
 bool IniService::writeAll(const QList<IniChange>& changes, const QString& file)
 {
-    for (const IniChange& change : changes)
-        if (!WritePrivateProfileStringA(change.section, change.key, change.value, file))
-            return false;
-    return true;
+    return std::all_of(changes.cbegin(), changes.cend(), [&](const IniChange& change) {
+        return WritePrivateProfileStringA(change.section, change.key, change.value, file);
+    });
 }
 
 void IniService::writeLater(const QList<IniChange>& changes, const QString& file,
