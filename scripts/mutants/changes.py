@@ -22,7 +22,7 @@ KINDS = [
     ("junction", re.compile(r"(?<= )(&&|\|\|)(?= |$)"), {"&&": "||", "||": "&&"}.get),
     ("boolean", re.compile(r"\b(true|false)\b"), {"true": "false", "false": "true"}.get),
     ("constant", re.compile(r"(?<![\w.'\"#%\\])(?<!\) = )(?<!const = )(\d+)(?![\w.'\"]|\s*:)"),
-     lambda found: str(int(found) + 1)),
+     lambda found: f"0{int(found, 8) + 1:o}" if found.startswith("0") and found != "0" else str(int(found) + 1)),
     ("condition", re.compile(r"\bif \((?:[^;]+; )?((?!constexpr)[^;]+)\)(?= \{?$|$)"), negated),
     ("call", re.compile(r"^\s+((?!return|throw|delete|emit|co_)[\w.:>\-]+\(.*\);)$"), lambda found: ";"),
 ]

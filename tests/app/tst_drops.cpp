@@ -11,6 +11,8 @@
 #include <QStatusBar>
 #include <QTimer>
 
+#include <atomic>
+
 namespace {
 
 constexpr int kFileName = 1;
@@ -18,20 +20,27 @@ constexpr qint64 kFrozenMs = 400; // the goal is 100; a disk that is busy with o
 const QString kNotAudio = "c: The following file could not be added, it is not audio file \n"
                           "or the audio type is not supported.\n\n";
 
+/// Lets a reader go on, and counts the files it has looked at.
+struct Gate : QSemaphore
+{
+    std::atomic<int> looks = 0;
+};
+
 /// Answers for files of the name "hung" only when it is let go.
 class StuckInformation final : public AnySound
 {
 public:
-    explicit StuckInformation(std::shared_ptr<QSemaphore> go) : m_go(std::move(go)) {}
+    explicit StuckInformation(std::shared_ptr<Gate> go) : m_go(std::move(go)) {}
     bool isAudioFile(const QString& path) override
     {
+        ++m_go->looks;
         if (path.contains("hung"))
             m_go->acquire();
         return true;
     }
 
 private:
-    std::shared_ptr<QSemaphore> m_go;
+    std::shared_ptr<Gate> m_go;
 };
 
 } // namespace
@@ -138,7 +147,7 @@ private slots:
     }
     void escape_whileAFileHangs_keepsWhatIsListed()
     {
-        const auto go = std::make_shared<QSemaphore>();
+        const auto go = std::make_shared<Gate>();
         Desk desk;
         desk.desk.components.makeInformation = [go] { return std::make_unique<StuckInformation>(go); };
         desk.set("View", "Show Statusbar", "False");
@@ -163,11 +172,14 @@ private slots:
         desk.add({desk.file("c.wav")}); // The thread that hangs is no hindrance.
         QCOMPARE(desk.rows(), 3);
         QCOMPARE(desk.desk.messages.shown, QStringList());
+        const auto inUse = go.use_count();
         go->release();
+        QTRY_COMPARE(go.use_count(), inUse - 1); // The thread has ended ...
+        QCOMPARE(go->looks.load(), 4);           // ... and left z.wav alone.
     }
     void escape_whileAProjectIsOpened_doesNotTieTheRestToIt()
     {
-        const auto go = std::make_shared<QSemaphore>();
+        const auto go = std::make_shared<Gate>();
         Desk desk;
         desk.desk.components.makeInformation = [go] { return std::make_unique<StuckInformation>(go); };
         QVERIFY(desk.focusList());

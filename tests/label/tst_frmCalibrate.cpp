@@ -61,6 +61,9 @@ private slots:
         QVERIFY(zib::storeCalibration("other", "210x297", {9, 9, 109, 109}));
         desk.open();
         QCOMPARE(desk.dialog->findChild<QLabel*>("lblPrinter")->text(), QString("paper, 210x297 mm"));
+        const QString help = desk.dialog->findChild<QLabel*>("lblHelp")->text();
+        QVERIFY(help.contains("should lie 30 mm from the left"));
+        QVERIFY(help.contains("each ruler should be 100 mm long"));
         QCOMPARE(desk.number("txtShiftAcross"), 1.25);
         QCOMPARE(desk.number("txtShiftDown"), -0.5);
         QCOMPARE(desk.number("txtScaleAcross"), 99.5);
@@ -211,14 +214,15 @@ private slots:
     {
         Printer::Target target;
         target.paperSize = QSizeF(11906, 16838);
-        QImage page(800, 1200, QImage::Format_RGB32);
+        constexpr int kDpi = 300; // every mark is wider than a dot
+        QImage page(8 * kDpi, 12 * kDpi, QImage::Format_RGB32);
         page.fill(Qt::white);
         QPainter painter(&page);
-        painter.scale(1 / 15.0, 1 / 15.0);
+        painter.scale(kDpi / 1440.0, kDpi / 1440.0);
         zib::paintCalibrationPage(painter, target, {});
         painter.end();
         const auto isInked = [&page](double xMm, double yMm) {
-            const QPoint at(qRound(xMm / 25.4 * 96), qRound(yMm / 25.4 * 96));
+            const QPoint at(qRound(xMm / 25.4 * kDpi), qRound(yMm / 25.4 * kDpi));
             int darkest = 255;
             for (int x = -1; x <= 1; ++x)
                 for (int y = -1; y <= 1; ++y)
@@ -235,6 +239,11 @@ private slots:
                                                                          {132, false}}) {
             QCOMPARE(isInked(along, 30), inked);
             QCOMPARE(isInked(30, along), inked);
+        }
+        for (const auto& [mm, length] : QList<std::pair<int, double>>{
+                 {1, 2}, {4, 2}, {5, 3.5}, {6, 2}, {10, 5}, {12, 2}, {55, 3.5}, {90, 5}, {99, 2}}) {
+            QVERIFY(isInked(30 + mm, 30.5 - length) && isInked(30.5 - length, 30 + mm));
+            QVERIFY(!isInked(30 + mm, 29.2 - length) && !isInked(29.2 - length, 30 + mm));
         }
     }
     void disc_hasTheSizeOfTheSettingsFile()

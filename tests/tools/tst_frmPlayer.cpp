@@ -77,6 +77,9 @@ private slots:
         for (int column = 0; column < desk.rows()->columnCount(); ++column)
             columns << desk.rows()->headerData(column, Qt::Horizontal).toString();
         QCOMPARE(columns, (QStringList{"File Name", "Time", "Title", "Location"}));
+        const int letter = desk.window->fontMetrics().averageCharWidth();
+        for (const auto& [column, letters] : {std::pair(0, 32), {1, 11}, {2, 24}})
+            QCOMPARE(desk.list()->columnWidth(column), letters * letter);
     }
 
     void times_alone_standRight()

@@ -176,6 +176,7 @@ private slots:
     void write_whenASourceChanged_saysWhatToDo();
     void write_whenASourceChanged_neverTouchesTheDrive();
     void write_settings_reachTheRecorder();
+    void write_atNoSpeed_leavesItToTheDrive();
     void progress_ofAFastAndUnsteadyRecorder_isThrottledAndNeverFalls();
     void progress_whenTheRecorderSkipsTheEnd_endsAtTheFullSize();
     void cache_always_servesTheRecorderAndLeavesNothing();
@@ -487,6 +488,19 @@ void TestDiscWriter::write_settings_reachTheRecorder()
     QVERIFY(desk.writer->start());
     QVERIFY(desk.ended());
     QCOMPARE(desk.drive->jobs.value(1).speed, 0);
+}
+
+void TestDiscWriter::write_atNoSpeed_leavesItToTheDrive()
+{
+    for (const auto& [asked, given] : {std::pair(1, 1), {0, 0}, {-1, 0}}) {
+        Desk desk;
+        desk.ready();
+        desk.writer->setWriteSpeed(706);
+        desk.writer->setWriteSpeed(asked);
+        QVERIFY(desk.writer->start());
+        QVERIFY(desk.ended());
+        QCOMPARE(desk.drive->jobs.value(0).speed, given);
+    }
 }
 
 void TestDiscWriter::progress_ofAFastAndUnsteadyRecorder_isThrottledAndNeverFalls()
