@@ -125,6 +125,11 @@ private slots:
         const QImage image = painted(0, dark);
         QVERIFY(image.pixelColor(3, 2).lightness() > 160);
         QVERIFY(darkPixels(image, {974, 24, 26, image.height() - 24}) > 20);
+        for (const auto& [window, shown] : {std::pair(160, 160), {159, 200}}) {
+            QPalette grey;
+            grey.setColor(QPalette::Window, QColor(window, window, window));
+            QCOMPARE(painted(0, grey).pixelColor(3, 2), QColor(shown, shown, shown));
+        }
     }
 };
 

@@ -111,6 +111,24 @@ private slots:
             lightest = std::max(lightest, seen.pixelColor(x, middle.y()).lightness());
         QVERIFY2(lightest > 90, qPrintable(QString::number(lightest)));
     }
+    void box_ofADarkListOnly_isFramed_data() { kinds(); }
+    void box_ofADarkListOnly_isFramed()
+    {
+        QFETCH(QString, kind);
+        for (const auto& [base, framed] : {std::pair(127, true), {128, false}}) {
+            const List list(kind);
+            QPalette palette;
+            palette.setColor(QPalette::Base, QColor(base, base, base));
+            palette.setColor(QPalette::PlaceholderText, Qt::red);
+            list.view->setPalette(palette);
+            const QImage seen = list.view->viewport()->grab().toImage();
+            const QPoint middle = list.box(1);
+            int red = 0;
+            for (int x = std::max(0, middle.x() - 12); x < middle.x(); ++x)
+                red += seen.pixelColor(x, middle.y()) == QColor(Qt::red) ? 1 : 0;
+            QCOMPARE(red > 0, framed);
+        }
+    }
     void space_ticksTheRow_whereverItWasClicked_data() { kinds(); }
     void space_ticksTheRow_whereverItWasClicked()
     {

@@ -2,6 +2,7 @@
 
 #include "engines/burn/drive/DriveLedger.h"
 #include "engines/burn/drive/LibburnSession.h"
+#include "engines/burn/mmc/DriveLine.h"
 
 using namespace zib;
 
@@ -22,6 +23,7 @@ private slots:
     void drives_thatCannotBeOpened_failTheInitialisation_data();
     void drives_thatCannotBeOpened_failTheInitialisation();
     void drives_thatOnlyRead_areNotListed();
+    void door_thatAKilledProgramLocked_isUnlocked();
     void abilities_areTheDrivesOwn();
     void discs_areToldApart_data();
     void discs_areToldApart();
@@ -111,6 +113,18 @@ void TestDriveRecorder::drives_thatOnlyRead_areNotListed()
     bench.recorder.set("writes-cd-rw", "no");
     QVERIFY(bench.writer.initializeDrives(false));
     QCOMPARE(bench.writer.driveCount(), 1);
+}
+
+void TestDriveRecorder::door_thatAKilledProgramLocked_isUnlocked()
+{
+    BurnBench bench;
+    {
+        const auto killed = DriveLine::open("/dev/sr0", DriveLine::Hold::Exclusive);
+        QVERIFY(killed && (*killed)->send({0x1E, 0, 0, 0, 1, 0}).good());
+    }
+    QVERIFY(bench.recorder.doorLocked());
+    QVERIFY(bench.writer.initializeDrives(false));
+    QVERIFY(!bench.recorder.doorLocked());
 }
 
 void TestDriveRecorder::abilities_areTheDrivesOwn()

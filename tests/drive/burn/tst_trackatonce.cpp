@@ -10,6 +10,7 @@ class TestTrackAtOnce : public QObject
 private slots:
     void failures_areToldAsWhatTheyAre_data();
     void failures_areToldAsWhatTheyAre();
+    void place_inAnAnswerCutShort_isTakenWhenItStandsThere();
 };
 
 void TestTrackAtOnce::failures_areToldAsWhatTheyAre_data()
@@ -55,6 +56,20 @@ void TestTrackAtOnce::failures_areToldAsWhatTheyAre()
     QVERIFY2(bench.description.contains(disc), told.constData());
     QTEST(bench.senseData, "senseData");
     QCOMPARE(bench.error == DVDWriterPro::kDriveError, !bench.senseData.isEmpty());
+}
+
+void TestTrackAtOnce::place_inAnAnswerCutShort_isTakenWhenItStandsThere()
+{
+    for (const auto& [bytes, end] : {std::pair(12, "completed"), {11, "error"}}) {
+        BurnBench bench;
+        bench.recorder.set("sao", "no");
+        bench.addTrack(300 * 588, 1);
+        QVERIFY(bench.takeDrive());
+        bench.configure();
+        bench.recorder.addFault(QString("READ_TRACK_INFORMATION nth=2 short=%1").arg(bytes));
+        QCOMPARE(bench.write(), QString(end));
+        QCOMPARE(bench.description.contains("where the first track is to begin"), bytes < 12);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestTrackAtOnce)

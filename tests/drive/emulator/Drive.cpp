@@ -336,6 +336,9 @@ Answer Drive::commanded(const Request& request)
     if (command == nullptr) {
         return kUnknownCommand;
     }
+    if (controlByteOf(request.cdb) != 0) {
+        return kInvalidField; // linked commands are not offered
+    }
     const Sense ready = readiness(operation);
     if (!ready.good()) {
         return ready;

@@ -97,6 +97,12 @@ bool needsMedia(int operation)
     return found != kOperations.end() && found->media;
 }
 
+int controlByteOf(ByteView cdb)
+{
+    const std::size_t bytes = cdb[0] < 0x20 ? 6 : cdb[0] < 0x80 ? 10 : 12;
+    return cdb[bytes - 1];
+}
+
 CommandRange rangeOf(ByteView cdb)
 {
     switch (cdb[0]) {

@@ -18,6 +18,9 @@ namespace zib::drive {
 /// Whether the command needs a disc that is ready.
 [[nodiscard]] bool needsMedia(int operation);
 
+/// The last byte of a command of 6, 10 or 12 bytes; what it asks for, drives do not offer.
+[[nodiscard]] int controlByteOf(ByteView cdb);
+
 /// The addresses that a reading or writing command names.
 [[nodiscard]] CommandRange rangeOf(ByteView cdb);
 

@@ -110,6 +110,17 @@ private slots:
         QCOMPARE(lossOf(stream.sliced(offsets[40], offsets[200] - offsets[40])), AudioLoss());
         QCOMPARE(lossOf(stream.sliced(offsets[40] - 100)), AudioLoss());
     }
+    void mp3_beforeSomethingElse_isTrustedFromFourFramesOn()
+    {
+        const QByteArray stream = plain();
+        const auto offsets = frameOffsets(stream);
+        const auto reader = makeAudioFile();
+        for (const int frames : {3, 4, 5}) {
+            const QString file = made(stream.first(offsets[frames]) + QByteArray(5000, 'x'));
+            QCOMPARE(reader->open(file) == 0, frames >= 4);
+            QCOMPARE(reader->length(), frames >= 4 ? frames * kFrame : 0);
+        }
+    }
     void mp3_withFramesOverwritten_losesThem_data()
     {
         QTest::addColumn<QByteArray>("stream");

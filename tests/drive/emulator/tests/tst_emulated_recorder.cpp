@@ -36,6 +36,7 @@ private slots:
     void emptyDrive_hasNoMedium();
     void disc_whenExchanged_raisesAttentionOnce();
     void door_whenLocked_refusesEject();
+    void command_withAControlByte_isRefused();
     void fault_strikesAsCounted_data();
     void fault_strikesAsCounted();
     void fault_after_carriesTheCommandOut();
@@ -171,6 +172,17 @@ void TestEmulatedRecorder::door_whenLocked_refusesEject()
     QCOMPARE(client.ready(), "2/3A/02");
     QCOMPARE(client.write({0x1B, 0, 0, 0, 3, 0}), "good");
     QCOMPARE(client.ready(), "good");
+}
+
+void TestEmulatedRecorder::command_withAControlByte_isRefused()
+{
+    const EmulatedRecorder recorder;
+    ScsiClient client;
+    QCOMPARE(client.write({0x1E, 0, 0, 0, 1, 1}), "5/24/00");
+    QVERIFY(!recorder.doorLocked());
+    QCOMPARE(client.write({0x35, 0, 0, 0, 0, 0, 0, 0, 0, 1}), "5/24/00");
+    QCOMPARE(client.write({0xBB, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 0, 1}), "5/24/00");
+    QCOMPARE(client.write({0xBB, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 0, 0}), "good");
 }
 
 void TestEmulatedRecorder::fault_strikesAsCounted_data()
