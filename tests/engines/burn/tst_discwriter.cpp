@@ -262,6 +262,11 @@ void TestDiscWriter::discStatus_always_asksAfresh()
     QCOMPARE(desk.writer->discStatus(), DVDWriterPro::kUnusableDisc);
     QCOMPARE(desk.writer->discHoldsData(), true);
     QCOMPARE(desk.writer->maxWriteSpeed(), 0);
+    const int looks = desk.drive->looks;
+    QTest::qWait(3100); // A look answers all other questions for three seconds.
+    desk.writer->writeSpeeds();
+    desk.writer->maxWriteSpeed();
+    QCOMPARE(desk.drive->looks.load(), looks + 1);
     QVERIFY(desk.writer->selectDrive(1));
     QCOMPARE(desk.writer->discHoldsData(), false);
     QVERIFY(desk.writer->writeSpeeds().isEmpty());

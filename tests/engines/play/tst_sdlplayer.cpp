@@ -149,6 +149,7 @@ private slots:
             for (const int channels : {1, 2})
                 QTest::addRow("%d Hz, %d", rate, channels) << rate << channels;
         QTest::newRow("surround") << 48000 << 6;
+        QTest::newRow("as many as there can be") << 48000 << 8;
     }
     void formats_ofEveryKind_play()
     {
@@ -173,6 +174,7 @@ private slots:
         QTest::newRow("no rate") << 0 << 2;
         QTest::newRow("negative rate") << -44100 << 2;
         QTest::newRow("no channel") << 44100 << 0;
+        QTest::newRow("a channel too many") << 44100 << 9;
         QTest::newRow("many channels") << 44100 << 300;
     }
     void formats_ofNoSense_areRefused()
@@ -180,6 +182,7 @@ private slots:
         QFETCH(int, rate);
         QFETCH(int, channels);
         const auto player = zib::makeAudioPlayer();
+        QVERIFY(player->open() < 0); // without any format
         player->setFormat(rate, channels);
         QVERIFY(player->bufferSize(1000) >= 0 || rate < 0);
         QVERIFY(player->open() < 0);
