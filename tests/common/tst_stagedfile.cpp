@@ -1,9 +1,13 @@
 #include "common/StagedFile.h"
 
+#include "fakes/OpenFiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <functional>
 
 using zib::StagedFile;
 
@@ -82,6 +86,24 @@ private slots:
         put(file.currentPath(), "a stranger's");
         file.remove();
         QCOMPARE(content(folder.filePath(".Disc.bin.part")), QByteArray("a stranger's"));
+    }
+
+    void everyWayOut_closesTheFile()
+    {
+        QTemporaryDir folder;
+        const qsizetype before = zib::openFiles();
+        StagedFile file;
+        for (const auto& leave : {std::function([&] { file.remove(); }), std::function([&] {
+                                      file.makeNameless();
+                                      file.remove();
+                                  }),
+                                  std::function([&] { QVERIFY(bool(file.keep())); })}) {
+            QVERIFY(bool(file.create(folder.path(), "Track1.wav")));
+            QVERIFY(zib::openFiles() > before);
+            leave();
+            QCOMPARE(zib::openFiles(), before);
+        }
+        QCOMPARE(entries(folder.path()), QStringList("Track1.wav"));
     }
 
     void leftOver_ofAKilledRun_isRemoved_butNotOneBeingWritten()
