@@ -336,6 +336,19 @@ private slots:
         QVERIFY2(texts > 60 && texts < 100,
                  qPrintable(QString::number(texts))); // Of 401; the others are not seen.
     }
+    void editor_ofATitleBesideTheEdge_liesOnTheLabel()
+    {
+        Desk desk;
+        const QRect area = desk.find("Picture1")->rect();
+        for (const auto& [left, top] : {std::pair(0, 0), {6000, 3000}, {3000, 6900}, {6000, 6900}}) {
+            edit([left = left, top = top](auto& d) { d.TitleLeft = left, d.TitleTop = top; });
+            desk.designer.RedrawTitle();
+            QTest::keyClick(&desk.designer, Qt::Key_F2);
+            QVERIFY(desk.editor()->isVisible());
+            QVERIFY(area.contains(desk.editor()->geometry()));
+            QTest::keyClick(desk.editor(), Qt::Key_Escape);
+        }
+    }
     void sent_toAPrinterWithALongName_isNotCut()
     {
         Desk desk;
