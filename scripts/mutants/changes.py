@@ -2,6 +2,7 @@
 import os
 import re
 import subprocess
+import sys
 from dataclasses import dataclass
 
 from mutants.code import Code
@@ -48,10 +49,11 @@ class Change:
 def lines_since(root, revision):
     """The lines that were changed after a revision, as a set of (path, number)."""
     found, path = set(), None
-    differences = subprocess.run(["git", "diff", "-U0", "--no-ext-diff", "--no-color", "--src-prefix=a/",
-                                  "--dst-prefix=b/", revision, "--", "src"], cwd=root, check=True,
-                                 capture_output=True, text=True).stdout
-    for line in differences.splitlines():
+    told = subprocess.run(["git", "diff", "-U0", "--no-ext-diff", "--no-color", "--src-prefix=a/", "--dst-prefix=b/",
+                           revision, "--", "src"], cwd=root, check=False, capture_output=True, text=True)
+    if told.returncode:
+        sys.exit(told.stderr.strip())
+    for line in told.stdout.splitlines():
         if line.startswith("+++ b/"):
             path = line[6:]
         elif hunk := re.match(r"@@ .* \+(\d+)(?:,(\d+))? @@", line):
@@ -60,18 +62,24 @@ def lines_since(root, revision):
     return found
 
 
+def sources(root, folder):
+    """The files of code below a folder of src, or the one file of that name."""
+    place = root / "src" / folder.removeprefix("src/")
+    if not place.exists():
+        sys.exit(f"There is no {folder} in src.")
+    return [str(path.relative_to(root)) for path in (place, *place.rglob("*")) if path.suffix in (".cpp", ".h")]
+
+
 class Deck:
     """All lines that can be changed, to be drawn from by chance; no line twice."""
 
     def __init__(self, root, folders, since, dice):
         wanted = lines_since(root, since) if since else None
         self.files, self.dice, self.drawn, self.lines = {}, dice, 0, []
-        for folder in [root / "src" / f.removeprefix("src/") for f in folders] or [root / "src"]:
-            for path in sorted(path for path in folder.rglob("*") if path.suffix in (".cpp", ".h")):
-                name = str(path.relative_to(root))
-                code = self.files[name] = Code(path.read_text())
-                self.lines += [(name, start, line) for start, line in code.lines()
-                               if wanted is None or (name, code.line_at(start)) in wanted]
+        for name in sorted({name for folder in folders or [""] for name in sources(root, folder)}):
+            code = self.files[name] = Code((root / name).read_text())
+            self.lines += [(name, start, line) for start, line in code.lines()
+                           if wanted is None or (name, code.line_at(start)) in wanted]
 
     def draw(self):
         """The next change; nothing when the lines are used up."""

@@ -31,6 +31,7 @@ class Game:
     def __init__(self, root, files, all_tests, seconds):
         self.house, self.files, self.all_tests, self.seconds = House(root), files, all_tests, seconds
         self.sources, self.switched, self.alone, self.tests = {}, [], [], []
+        self.failing = set()  # programs of which something fails as it is
 
     # Building
 
@@ -81,28 +82,32 @@ class Game:
     # Tests
 
     def look_at_tests(self, numbers):
-        """Runs every test once as it is; a test that fails so is left out."""
-        remembered = self.house.folder / "seconds.json"
-        seconds = json.loads(remembered.read_text()) if remembered.is_file() else {}
+        """Runs every test once as it is, or recalls it when nothing of it was built since; one that fails so is
+        left out."""
+        remembered = self.house.folder / "looks.json"
+        looks = json.loads(remembered.read_text()) if remembered.is_file() else {}
         start = time.monotonic()
         with ThreadPoolExecutor(AT_ONCE) as pool:
-            looks = pool.map(lambda test: self.parts(test, numbers, seconds.get(test.name, 0)), self.tests)
-            self.tests = [part for parts in looks for part in parts]
-        for name in {test.name.split()[0] for test in self.tests}:
-            seconds[name] = sum(test.seconds for test in self.tests if test.name.split()[0] == name)
-        remembered.write_text(json.dumps(seconds, indent=1))
+            seen = list(pool.map(lambda test: self.parts(test, numbers, looks.get(test.name, {})), self.tests))
+        for test, parts in zip(self.tests, seen):
+            looks[test.name] = {"built": self.house.built(test), "seconds": sum(part.seconds for part in parts),
+                                "parts": [] if test.program in self.failing else [part.told() for part in parts]}
+        remembered.write_text(json.dumps(looks))
+        self.tests = [part for parts in seen for part in parts]
         print(f"Looked at {len(self.tests)} tests in {time.monotonic() - start:.0f} s.", flush=True)
 
-    def parts(self, test, numbers, seconds):
+    def parts(self, test, numbers, look):
         """A test, or its functions when it is long or fails; nothing of what fails as it is."""
-        if seconds <= LONG and test.look(numbers) and test.seconds <= LONG:
+        if look.get("parts") and look["built"] == self.house.built(test):
+            return [test.part(**part) for part in look["parts"]]
+        if look.get("seconds", 0) <= LONG and test.look(numbers) and test.seconds <= LONG:
             return [test]
         return [part for part in test.functions() if self.passes(part, numbers)]
 
-    @staticmethod
-    def passes(test, numbers):
+    def passes(self, test, numbers):
         if test.look(numbers) or test.look(numbers):
             return True
+        self.failing.add(test.program)
         print(f"Fails as it is, left out: {test.name}", flush=True)
         return False
 

@@ -72,5 +72,10 @@ class House:
         return self.make(*{f"zib_{library}" for library in re.findall(
             r"^libzib_(\w+)\.a: phony", run(["ninja", "-C", self.build, "-t", "targets", "all"]).stdout, re.M)})
 
+    def built(self, test):
+        """When what a test runs was built last: its program, and what the slow ones start or load besides."""
+        besides = [self.build / "ZibCDBurner", *self.build.glob("tests/**/*.so")] if test.slow else []
+        return max((path.stat().st_mtime_ns for path in [test.program, *besides] if path.exists()), default=0)
+
     def tests(self):
         return listed_tests(self.build)

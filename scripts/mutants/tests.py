@@ -7,7 +7,7 @@ import subprocess
 import tempfile
 import threading
 import time
-from dataclasses import dataclass, field
+from dataclasses import dataclass, field, replace
 from pathlib import Path
 
 SLOW = {"drive", "road", "print", "pace"}
@@ -97,8 +97,16 @@ class Test:
         names = re.findall(r"^(\w+)\(\)$", listed.stdout, re.M)
         if listed.returncode or len(names) < 2:
             return [self]
-        return [Test(f"{self.name} {name}", [*self.command, name], self.place, self.variables, self.labels,
-                     self.program, self.folder, self.lock) for name in names]
+        return [self.part(f"{self.name} {name}") for name in names]
+
+    def part(self, name, seconds=0, reached=()):
+        """One function of it, or itself, by the name that told() gives."""
+        return replace(self, name=name, command=[*self.command, *name.split()[1:]], seconds=seconds,
+                       reached=frozenset(reached))
+
+    def told(self):
+        """What a look found, for part() to recall."""
+        return {"name": self.name, "seconds": self.seconds, "reached": sorted(self.reached)}
 
 
 def listed_tests(build):
