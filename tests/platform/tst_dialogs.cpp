@@ -183,6 +183,7 @@ void TestDialogs::box_ofAKind_hasItsIconTitleAndButtons()
     int seen = 0;
     whenOpen<QMessageBox>([&](QMessageBox& box) {
         ++seen;
+        QCOMPARE(box.objectName(), QString("zibMessageBox"));
         QCOMPARE(int(box.icon()), icon);
         const QString drawn = kind == "plain" ? QString() : ":/icons/box_" + kind + ".svg";
         const auto* label = box.findChild<QLabel*>("qt_msgboxex_icon_label");
@@ -570,6 +571,7 @@ void TestDialogs::openAndSaveBox_areOfTheirKind()
     QList<QFileDialog::AcceptMode> modes;
     QStringList filters;
     const auto note = [&](QFileDialog& dialog) {
+        QCOMPARE(dialog.objectName(), QString("zibFileBox"));
         modes << dialog.acceptMode();
         filters << dialog.nameFilters().value(0);
         dialog.reject();
@@ -679,14 +681,14 @@ void TestDialogs::colorAndFontBox_givenATitle_bearIt()
     zib::DesktopDialogs dialogs;
     QStringList titles;
     const auto note = [&titles](QDialog& dialog) {
-        titles << dialog.windowTitle();
+        titles << dialog.objectName() + ": " + dialog.windowTitle();
         dialog.reject();
     };
     whenOpen<QColorDialog>(note);
     QVERIFY(!dialogs.chooseColor(&m_owner, "A Color", Qt::red));
     whenOpen<QFontDialog>(note);
     QVERIFY(!dialogs.chooseFont(&m_owner, "A Font", m_owner.font()));
-    QCOMPARE(titles, (QStringList{"A Color", "A Font"}));
+    QCOMPARE(titles, (QStringList{"zibColorBox: A Color", "zibFontBox: A Font"}));
 }
 
 void TestDialogs::color_chosen_isTheAnswer()
