@@ -41,12 +41,16 @@ class Game:
         for change in changes:
             self.sources.setdefault(change.path, Switched(change.path, self.files[change.path])).add(change)
         self.house.prepare(self.texts())
-        self.tests = [test for test in self.house.tests() if self.all_tests or not test.slow]
+        self.tests = self.listed()
         for make in (self.house.make_libraries, self.make_tests):
             while complaints := make():
                 self.take_back(*self.blamed(complaints), complaints)
+        self.tests = self.listed()  # CTest tells the whole command only of what is built
         print(f"Built: {len(self.switched)} changes to switch, {len(self.alone)} for builds of their own.", flush=True)
         return [change for change in changes if change in self.switched or change in self.alone]
+
+    def listed(self):
+        return [test for test in self.house.tests() if self.all_tests or not test.slow]
 
     def make_tests(self):
         """The slow ones start programs of the tree besides their own, so they need it all."""
