@@ -28,6 +28,7 @@ struct Storage
     int exclusiveRename = 0; ///< What renaming with flags fails with.
     int link = 0;
     int rename = 0;
+    int fsync = 0;
     std::function<void()> behindRename; ///< What another program does behind a refused rename.
     std::function<void()> behindLink;   ///< The same behind a refused link.
     unsigned long waitMs = 0;           ///< What a wait for it takes.
@@ -54,6 +55,8 @@ extern "C" {
 
 int fsync(int file)
 {
+    if (g_storage.fsync != 0)
+        return failed(g_storage.fsync);
     struct stat info = {};
     ::fstat(file, &info);
     g_flushed += S_ISDIR(info.st_mode) ? 'd' : 'f';
@@ -134,6 +137,22 @@ class TestStorageFaults : public QObject
 {
     Q_OBJECT
 private slots:
+    void refusals_areToldFromFailures()
+    {
+        using Kind = Failure::Kind;
+        const QTemporaryDir folder;
+        StagedFile file;
+        QVERIFY(file.create(folder.path(), "kept.bin"));
+        for (const auto& [error, kind] :
+             {std::pair(EACCES, Kind::NoPermission), {EPERM, Kind::NoPermission}, {EROFS, Kind::NoPermission},
+              {ENOSPC, Kind::WriteFailed}, {EDQUOT, Kind::WriteFailed}, {EIO, Kind::WriteFailed}}) {
+            g_storage.fsync = error;
+            const auto flushed = file.flush();
+            g_storage = {};
+            QVERIFY(!flushed);
+            QCOMPARE(flushed.error(), (Failure{kind, folder.path()}));
+        }
+    }
     void file_thatIsKept_isOnTheDiskWithItsName()
     {
         const QTemporaryDir folder;

@@ -163,6 +163,7 @@ private slots:
         const auto sound = tone(qint64{rate} * channels / 4);
         player.writeBlock(AudioBlock(sound));
         QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, kPatienceMs);
+        QVERIFY(!SDL_WasInit(SDL_INIT_AUDIO)); // The device was given back.
         QVERIFY(player.heard(0) == sound);
         QCOMPARE(player.position(), sound.size() / channels);
     }
