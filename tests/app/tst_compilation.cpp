@@ -195,6 +195,14 @@ private slots:
         QCOMPARE(desk.panel(2), QString("Total Files: 1"));
         QCOMPARE(desk.desk.messages.shown, QStringList());
     }
+    void addDialog_ofTooManyNames_saysSo()
+    {
+        Desk desk;
+        desk.desk.dialogs.noFile.kind = zib::Failure::Kind::BadValue;
+        desk.trigger("mnuFileSub_1");
+        QCOMPARE(desk.desk.messages.shown.size(), 1);
+        QVERIFY(desk.desk.messages.shown[0].startsWith("i: So many names do not fit in one choice."));
+    }
     void addDialog_withNamesOfABackslashFolder_joinsThemInItsStyle()
     {
         Desk desk;

@@ -606,8 +606,10 @@ void TestFrmWrite::write_whileItRuns_keepsTheSystemAwake()
         QCOMPARE(held, QStringList());
         desk.click("cmdWrite");
         QCOMPARE(held, QStringList{"A disc is being written"});
+        QVERIFY(desk.window->isWriting());
         desk.writer->running = false;
         end();
+        QVERIFY(!desk.window->isWriting());
     }
     QCOMPARE(heldInBox, QStringList());
     desk.writer->starts = false;

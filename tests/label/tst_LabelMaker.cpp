@@ -215,6 +215,10 @@ private slots:
         setLabelDocument(empty);
         QCOMPARE(TotalColumnWidth(), 0);
         QCOMPARE(ColumnLeft(2), 0);
+        empty.TableCols = 1;
+        empty.ColWidths = {0, 1200};
+        setLabelDocument(empty);
+        QCOMPARE(TotalColumnWidth(), 1200);
     }
     void setDocument_withLongTexts_halvesNoCharacter_data()
     {

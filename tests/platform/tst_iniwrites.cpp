@@ -154,6 +154,7 @@ void TestIniWrites::delete_ofAKeyOrSection_leavesTheRestByteForByte_data()
     key("missing", "[s]\nl=2\n", "[s]\nl=2\n");
     key("missing section", "[t]\nk=1\n", "[t]\nk=1\n");
     key("only in its section", "[t]\nk=1\n[s]\nk=1\n[u]\nk=1\n", "[t]\nk=1\n[s]\n[u]\nk=1\n");
+    key("lines before any section stay", "k=0\n[s]\nk=1\n", "k=0\n[s]\n");
     key("duplicates go too", "[s]\nk=1\nl=2\nK=3\n", "[s]\nl=2\n");
     key("in every section of the name", "[s]\nk=1\n[t]\n[S]\nk=2\n", "[s]\n[t]\n[S]\n");
     key("comments stay", "[s]\n; about k\nk=1 ; x\n", "[s]\n; about k\n");

@@ -521,6 +521,7 @@ private slots:
         d.tick({1, 2});
         d.click("cmdRip");
         QTRY_VERIFY_WITH_TIMEOUT(d.shown().contains("i: Audio Ripping Completed."), 20'000);
+        QCOMPARE(d.window->focusWidget(), d.list());
         QCOMPARE(d.ripper->queuedTracks, QList<int>{1});
         QCOMPARE(QFileInfo(d.file(2)).size(), 3);
         QCOMPARE(d.list()->topLevelItem(1)->checkState(0), Qt::Unchecked);

@@ -73,6 +73,10 @@ void TestTrackSource::findTrack_inOneFile_answers_data()
     QTest::newRow("format behind the samples") << riff(data + formatChunk()) << qint64{20} << qint64{4000};
     QTest::newRow("two formats") << riff(formatChunk() + formatChunk(1, 1) + data) << qint64{68}
                                  << qint64{4000};
+    QTest::newRow("a format cut short before another")
+        << riff(chunk("fmt ", formatChunk().mid(8, 14)) + formatChunk() + data) << qint64{-1} << qint64{0};
+    QTest::newRow("a format cut too short before another")
+        << riff(chunk("fmt ", formatChunk().mid(8, 12)) + formatChunk() + data) << qint64{64} << qint64{4000};
     const auto ofBlock = [&](int bytes) {
         return riff(chunk("fmt ", formatChunk().mid(8).replace(12, 2, little16(bytes))) + data);
     };

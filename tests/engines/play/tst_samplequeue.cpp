@@ -47,6 +47,17 @@ private slots:
         QCOMPARE(line.queue.handedFrames(), 4);
     }
 
+    void fill_beforeTheFirstBlock_waitsForIt()
+    {
+        Line line;
+        QList<qint16> out;
+        std::thread device([&] { out = line.fill(2); });
+        QTest::qWait(50); // The device asks first.
+        line.queue.append({1, 2});
+        device.join();
+        QCOMPARE(out, (QList<qint16>{1, 2}));
+    }
+
     void fill_whenDry_waitsForTheNextBlockInsteadOfSilence()
     {
         Line line;
