@@ -80,9 +80,9 @@ private slots:
         QCOMPARE(target->printer, QString("paper"));
         QVERIFY(target->paper == "210x297" || target->paper == "216x279");
         QVERIFY(target->corner.x() >= 0 && target->corner.y() >= 0);
-        QVERIFY(target->printable.width() > 8250 &&
-                target->printable.width() < target->paperSize.width() + 1);
-        QVERIFY(target->printable.height() > 8250);
+        QVERIFY(target->printable.width() > 8250 && target->printable.height() > 8250);
+        QVERIFY(target->corner.x() + target->printable.width() < target->paperSize.width() + 1);
+        QVERIFY(target->corner.y() + target->printable.height() < target->paperSize.height() + 1);
     }
     void target_withoutAPrinter_failsInWords_data() { worlds(); }
     void target_withoutAPrinter_failsInWords()

@@ -331,6 +331,10 @@ private slots:
         QSignalSpy ends(bench.player, &AudioPlayer::PlaybackFinished);
         watch("waiting for sound");
         QCOMPARE(ends.size(), 0);
+        QCOMPARE(bench.window->cursor().shape(), Qt::BusyCursor);
+        Qt::CursorShape playing = Qt::BusyCursor;
+        connect(bench.player, &AudioPlayer::BufferDone, this,
+                [&] { playing = bench.window->cursor().shape(); });
         hangingplace::letGo();
         const auto reader = zib::makeAudioFile();
         reader->setSixteenBitBlocks(true);
@@ -338,6 +342,7 @@ private slots:
         const QList<qint16> whole = zib::DiskPlayer::trimmed(zib::kit::readNarrow(*reader));
         QTRY_COMPARE_WITH_TIMEOUT(ends.size(), 1, kPatienceMs);
         QVERIFY(bench.player->heard(0) == whole);
+        QCOMPARE(playing, Qt::ArrowCursor);
     }
 };
 

@@ -181,6 +181,17 @@ private slots:
         const AudioLoss loss = lossOf(content);
         QVERIFY(loss.frames <= 12 * kFrame); // those that reach back across it
     }
+    void mp3_gapOfPartOfAFrame_countsFromHalfAFrameOn()
+    {
+        const QByteArray stream = plain(); // of 418 bytes a frame
+        const auto offsets = frameOffsets(stream);
+        const auto gap = [&](int bytes) {
+            QByteArray content = stream;
+            content.replace(offsets[100], offsets[101] - offsets[100], QByteArray(bytes, 'x'));
+            return lossOf(content).frames;
+        };
+        QCOMPARE(gap(220), gap(200) + kFrame);
+    }
     void mp3_whoseInformationFrameLies_losesNothing()
     {
         QByteArray content = variable();
