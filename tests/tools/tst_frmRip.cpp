@@ -763,6 +763,10 @@ private slots:
             QTRY_COMPARE_WITH_TIMEOUT(d.shown().count("i: Audio Ripping Completed."), time, 20'000);
         }
         QCOMPARE(d.ripper->calls.count("start"), 2);
+        QCOMPARE(d.progress(), QString("Progress:  100%"));
+        d.ripper->plays = false;
+        d.click("cmdRip");
+        QCOMPARE(d.progress(), QString("Progress:  0%"));
     }
 
     void close_whileRipping_abortsAndSaysNothing()

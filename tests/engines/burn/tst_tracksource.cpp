@@ -7,9 +7,30 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cerrno>
+#include <utility>
+
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace zib;
+
+namespace {
+
+int g_readError = 0; ///< What the next read fails with; zero is obedience.
+
+} // namespace
+
+// Stands before the system's own for everything that is linked into this program.
+extern "C" ssize_t pread(int file, void* buffer, size_t size, off_t place)
+{
+    if (const int error = std::exchange(g_readError, 0)) {
+        errno = error;
+        return -1;
+    }
+    return ::syscall(SYS_pread64, file, buffer, size, place);
+}
 
 /// WAV files as tracks: what is taken, what is refused, and what a recorder reads from them.
 class TestTrackSource : public QObject
@@ -24,6 +45,7 @@ private slots:
     void findTrack_lengths_countPartFramesAndTheShortestTrack();
     void findTrack_andReading_leaveNoFileOpen();
     void read_inPieces_givesSamplesThenSilence();
+    void read_thatIsInterrupted_goesOn_andThatFails_isToldSo();
     void open_afterAChange_isRefused_data();
     void open_afterAChange_isRefused();
     void read_whileTheFileShrinks_isAFailure();
@@ -195,6 +217,21 @@ void TestTrackSource::read_inPieces_givesSamplesThenSilence()
     QCOMPARE(source.size(), qint64{302 * 2352});
     QVERIFY(all.left(samples.size()) == samples);
     QCOMPARE(all.mid(samples.size()).count('\0'), all.size() - samples.size());
+}
+
+void TestTrackSource::read_thatIsInterrupted_goesOn_andThatFails_isToldSo()
+{
+    const auto track = findTrack(put(file("read.wav"), cdWav(sound(1000))));
+    TrackSource source;
+    QByteArray piece(1000, 'x');
+    for (const auto& [error, well] : {std::pair(EINTR, true), {EIO, false}}) {
+        QVERIFY(source.open(*track));
+        g_readError = error;
+        const auto got = source.read(piece.data(), piece.size());
+        QCOMPARE(bool(got), well);
+        if (!well)
+            QCOMPARE(got.error().kind, Failure::Kind::UnreadableFile);
+    }
 }
 
 void TestTrackSource::open_afterAChange_isRefused_data()
