@@ -28,7 +28,10 @@ struct Bench
         writer->create("/nowhere/out");
     }
     void begin() { pump = std::make_unique<BlockPump>(worker, reader, writer, kSamples); }
-    qint64 next() { return pump->next(&owner, [] { return true; }); }
+    qint64 next()
+    {
+        return pump->next(&owner, [] { return true; });
+    }
 
     FakeAudioShelf shelf;
     std::shared_ptr<AudioFile> reader = std::make_shared<FakeAudioFile>(shelf);

@@ -143,9 +143,12 @@ private slots:
         const QTemporaryDir folder;
         StagedFile file;
         QVERIFY(file.create(folder.path(), "kept.bin"));
-        for (const auto& [error, kind] :
-             {std::pair(EACCES, Kind::NoPermission), {EPERM, Kind::NoPermission}, {EROFS, Kind::NoPermission},
-              {ENOSPC, Kind::WriteFailed}, {EDQUOT, Kind::WriteFailed}, {EIO, Kind::WriteFailed}}) {
+        for (const auto& [error, kind] : {std::pair(EACCES, Kind::NoPermission),
+                                          {EPERM, Kind::NoPermission},
+                                          {EROFS, Kind::NoPermission},
+                                          {ENOSPC, Kind::WriteFailed},
+                                          {EDQUOT, Kind::WriteFailed},
+                                          {EIO, Kind::WriteFailed}}) {
             g_storage.fsync = error;
             const auto flushed = file.flush();
             g_storage = {};

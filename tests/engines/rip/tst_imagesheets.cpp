@@ -138,7 +138,8 @@ private slots:
         QTest::newRow("TOC")
             << QByteArray("disc.toc")
             << QByteArray(
-                   "CD_DA\nFUTURE { \"{\" WORD { 1 } }\nCD_TEXT { LANGUAGE_MAP { 0 : EN 1 : 8 }\n LANGUAGE 0 {\n  TITLE \"Das\\040"
+                   "CD_DA\nFUTURE { \"{\" WORD { 1 } }\nCD_TEXT { LANGUAGE_MAP { 0 : EN 1 : 8 }\n LANGUAGE 0 "
+                   "{\n  TITLE \"Das\\040"
                    "Bild\"\n  PERFORMER \"Zo\\353 \\\"Z\\\" \\334\"\n } LANGUAGE 1 { TITLE \"no\" } }\n"
                    "TRACK AUDIO\nCD_TEXT { LANGUAGE 0 { TITLE \"Eins \\337\" PERFORMER \"A & B\" } }\n"
                    "FILE \"disc.bin\" 0 00:00:20\nTRACK AUDIO\nCD_TEXT { LANGUAGE 0 { TITLE \"Zwei "
