@@ -402,6 +402,14 @@ private slots:
         desk.trigger("mnuFileSub_4");
         QCOMPARE(desk.desk.messages.shown, QStringList());
     }
+    void newProject_onAListOfOne_asks()
+    {
+        Desk desk;
+        desk.add({desk.sound("a.wav")});
+        desk.trigger("mnuFileSub_4");
+        QCOMPARE(desk.desk.messages.shown, QStringList{"q: Would you like to save this project?"});
+        QCOMPARE(desk.rows(), 1);
+    }
     void newProject_answeredNo_clearsListNameAndTitle()
     {
         Desk desk;

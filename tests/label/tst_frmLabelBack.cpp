@@ -33,7 +33,7 @@ class TestFrmLabelBack : public QObject
 private slots:
     void load_always_showsTheDocument()
     {
-        const Desk desk(
+        Desk desk(
             [](auto& d) { d.BackImagePath = "  /pictures/a.jpg ", d.BackColor = QColor(3, 4, 5); });
         QCOMPARE(desk.dialog.windowTitle(), QString("Label Background Properties"));
         QCOMPARE(desk.text("txtOpen"), QString("/pictures/a.jpg"));
@@ -45,6 +45,10 @@ private slots:
         QCOMPARE(desk.find<QScrollBar>("vsLeft")->maximum(), 300);
         QCOMPARE(desk.find<QScrollBar>("vsTop")->maximum(), 300);
         QCOMPARE(desk.find("picBackColor")->palette().color(QPalette::Window), QColor(3, 4, 5));
+        const QWidget* swatch = desk.find("picBackColor");
+        QCOMPARE(
+            desk.dialog.grab().toImage().pixelColor(swatch->mapTo(&desk.dialog, swatch->rect().center())),
+            QColor(3, 4, 5));
     }
     void load_always_hasItsTexts()
     {

@@ -310,6 +310,7 @@ private slots:
         const QRect last = desk.label(31 * 4)->geometry();
         QVERIFY(desk.find("Picture1")->rect().contains(last));
         QVERIFY(last.height() * 15 <= LabelDocument.RowHeight + 15);
+        QVERIFY(last.height() * 15 + 2 * LabelDocument.PaddingTop <= LabelDocument.RowHeight + 45);
     }
     void shortList_saysNothing()
     {

@@ -4,6 +4,8 @@
 #include "engines/burn/drive/LibburnSession.h"
 #include "engines/burn/mmc/DriveLine.h"
 
+#include <QTimer>
+
 using namespace zib;
 
 namespace {
@@ -57,6 +59,7 @@ private slots:
     void drive_thatAClosedWindowAsks_isWaitedFor();
     void drive_thatCouldNotBeAskedBefore_isWrittenTheWayItCan();
     void write_whileAnotherDriveWrites_saysSoAndTakesACancel();
+    void write_whileAnotherDriveWrites_waitsForItsEnd();
     void destroy_whileWriting_freesTheDrive();
     void finish_withEject_handsTheDiscOut();
 };
@@ -593,6 +596,21 @@ void TestDriveRecorder::write_whileAnotherDriveWrites_saysSoAndTakesACancel()
     QCOMPARE(bench.write(), QString("cancelled"));
     QVERIFY2(waited.value(0).contains("other drive"), qPrintable(waited.join('/')));
     QCOMPARE(bench.recorder.count("WRITE_10"), 0);
+}
+
+void TestDriveRecorder::write_whileAnotherDriveWrites_waitsForItsEnd()
+{
+    BurnBench bench;
+    addPair(bench);
+    QVERIFY(bench.takeDrive());
+    bench.configure();
+    auto other = std::make_unique<LibburnSession>();
+    QTimer::singleShot(500, &bench.writer, [&] {
+        QCOMPARE(bench.recorder.count("WRITE_10"), 0);
+        other.reset();
+    });
+    QCOMPARE(bench.write(), QString("completed"));
+    QVERIFY(!other);
 }
 
 void TestDriveRecorder::destroy_whileWriting_freesTheDrive()
