@@ -35,6 +35,15 @@ private slots:
         QCOMPARE(sample.color, QColor(255, 0, 0));
         QCOMPARE(desk.find("cdTitle")->pos(), QPoint(180, 20));
     }
+    void sample_liesOnTheLabelsGround()
+    {
+        for (const bool colored : {true, false}) {
+            Desk desk([colored](auto& d) { d.UseBackColor = colored, d.BackColor = QColor(3, 4, 5); });
+            const QImage seen = desk.dialog.grab().toImage();
+            const QPoint corner = desk.find("picSample")->mapTo(&desk.dialog, QPoint(5, 5));
+            QCOMPARE(seen.pixelColor(corner), colored ? QColor(3, 4, 5) : QColor(Qt::white));
+        }
+    }
     void sample_followsTextFontColourAndPlace()
     {
         Desk desk;
