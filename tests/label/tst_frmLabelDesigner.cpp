@@ -421,6 +421,14 @@ private slots:
         QCOMPARE(desk.messages.shown, QStringList{"c: The picture is broken."});
         QVERIFY(desk.designer.isVisible());
     }
+    void background_isSeenUnderTheTexts()
+    {
+        Desk desk;
+        edit([](auto& d) { d.UseBackImage = false, d.UseBackColor = true, d.BackColor = QColor(3, 4, 5); });
+        desk.designer.RedrawBackground();
+        const QPoint corner = desk.find("Picture1")->mapTo(&desk.designer, QPoint(5, 5));
+        QCOMPARE(desk.designer.grab().toImage().pixelColor(corner), QColor(3, 4, 5));
+    }
     void background_thatCannotBeShown_isTold()
     {
         const QTemporaryDir folder;
