@@ -33,8 +33,7 @@ class TestFrmLabelBack : public QObject
 private slots:
     void load_always_showsTheDocument()
     {
-        Desk desk(
-            [](auto& d) { d.BackImagePath = "  /pictures/a.jpg ", d.BackColor = QColor(3, 4, 5); });
+        Desk desk([](auto& d) { d.BackImagePath = "  /pictures/a.jpg ", d.BackColor = QColor(3, 4, 5); });
         QCOMPARE(desk.dialog.windowTitle(), QString("Label Background Properties"));
         QCOMPARE(desk.text("txtOpen"), QString("/pictures/a.jpg"));
         QVERIFY(desk.find<QCheckBox>("chkBackImage")->isChecked());

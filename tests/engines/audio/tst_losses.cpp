@@ -121,6 +121,14 @@ private slots:
             QCOMPARE(reader->length(), frames >= 4 ? frames * kFrame : 0);
         }
     }
+    void mp3_ofFreeFormat_hasFramesUpToALimit()
+    {
+        const auto reader = makeAudioFile();
+        for (const int bytes : {3456, 3457}) {
+            const QByteArray frame = QByteArray("\xFF\xFB\0\0", 4) + QByteArray(bytes - 4, '\0');
+            QCOMPARE(reader->open(made(frame.repeated(8))) == 0, bytes == 3456);
+        }
+    }
     void mp3_withFramesOverwritten_losesThem_data()
     {
         QTest::addColumn<QByteArray>("stream");
