@@ -11,7 +11,7 @@ namespace zib {
 namespace {
 
 /// Whoever opens the image meanwhile waits so long at most.
-constexpr std::chrono::milliseconds kLeastPolite{20};
+constexpr std::chrono::milliseconds kLongestWait{20};
 
 } // namespace
 
@@ -58,7 +58,7 @@ void ImageFollower::follow()
 {
     std::unique_lock lock(m_mutex);
     while (!m_over && m_lease.isHeld()) {
-        m_changed.wait_for(lock, kLeastPolite, [this] { return m_over || m_written > m_right; });
+        m_changed.wait_for(lock, kLongestWait, [this] { return m_over || m_written > m_right; });
         const qint64 to = m_written;
         if (m_over || to == m_right)
             continue;
