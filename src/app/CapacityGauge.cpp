@@ -63,7 +63,6 @@ QString labelText(int tens)
 CapacityGauge::CapacityGauge(QWidget* parent) : QFrame(parent)
 {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    chooseFont();
     GaugeReader::install();
 }
 
@@ -77,7 +76,7 @@ void CapacityGauge::showTotal()
 
 QSize CapacityGauge::sizeHint() const
 {
-    const int labelHeight = static_cast<int>(std::ceil(QFontMetricsF(m_labelFont).height()));
+    const int labelHeight = static_cast<int>(std::ceil(QFontMetricsF(wideFont()).height()));
     return {wholePixels(12000), wholePixels(kLabelTop + kBottomTwips) + labelHeight};
 }
 
@@ -86,26 +85,34 @@ QSize CapacityGauge::minimumSizeHint() const
     return {wholePixels(6600), sizeHint().height()};
 }
 
+/// The labels' font before it is made narrow; as high as it is then.
+QFont CapacityGauge::wideFont() const
+{
+    QFont wide = font();
+    wide.setPixelSize(11);
+    wide.setHintingPreference(QFont::PreferNoHinting);
+    wide.setStretch(kWholeStretch);
+    return wide;
+}
+
 /// The last label has 405 twips up to the panel's edge, so the digits are made narrow enough for it. Each
 /// stretch that is tried is a font to be found: unhinted digits narrow evenly, so the search begins where it
 /// will end.
-void CapacityGauge::chooseFont()
+QFont CapacityGauge::narrowFont() const
 {
     const double room = pixelsFromTwips(kLastLabelShift);
-    m_labelFont = font();
-    m_labelFont.setPixelSize(11);
-    m_labelFont.setHintingPreference(QFont::PreferNoHinting);
-    m_labelFont.setStretch(kWholeStretch);
-    const double width = QFontMetricsF(m_labelFont).horizontalAdvance(labelText(10));
+    QFont narrow = wideFont();
+    const double width = QFontMetricsF(narrow).horizontalAdvance(labelText(10));
     if (width <= room)
-        return;
+        return narrow;
     const int near = static_cast<int>(kWholeStretch * room / width) / kStretchStep * kStretchStep;
     for (int stretch = std::min(near + kStretchStep, kWholeStretch); stretch > kLeastStretch;
          stretch -= kStretchStep) {
-        m_labelFont.setStretch(stretch);
-        if (QFontMetricsF(m_labelFont).horizontalAdvance(labelText(10)) <= room)
-            return;
+        narrow.setStretch(stretch);
+        if (QFontMetricsF(narrow).horizontalAdvance(labelText(10)) <= room)
+            break;
     }
+    return narrow;
 }
 
 /// The labels are black in every theme, so a dark theme does not reach the panel behind them.
@@ -119,7 +126,7 @@ void CapacityGauge::changeEvent(QEvent* event)
 {
     QFrame::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
-        chooseFont();
+        m_labelFont.reset();
         updateGeometry();
     }
 }
@@ -157,11 +164,13 @@ void CapacityGauge::paintTicks(QPainter& painter) const
         tick(painter, w * j / 100, j % 10 == 0 ? 345 : j % 5 == 0 ? 315 : 285);
 }
 
-void CapacityGauge::paintLabels(QPainter& painter) const
+void CapacityGauge::paintLabels(QPainter& painter)
 {
-    painter.setFont(m_labelFont);
+    if (!m_labelFont)
+        m_labelFont = narrowFont();
+    painter.setFont(*m_labelFont);
     painter.setPen(Qt::black);
-    const double baseline = pixelsFromTwips(kLabelTop) + QFontMetricsF(m_labelFont).ascent();
+    const double baseline = pixelsFromTwips(kLabelTop) + QFontMetricsF(*m_labelFont).ascent();
     for (int i = 0; i <= 10; ++i) {
         const int shift = i == 0 ? 0 : i == 10 ? kLastLabelShift : kLabelShift;
         painter.drawText(QPointF(pixelsFromTwips(scaleTwips() * i / 10 - shift), baseline), labelText(i));

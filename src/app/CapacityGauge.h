@@ -3,6 +3,8 @@
 #include <QFont>
 #include <QFrame>
 
+#include <optional>
+
 class QPainter;
 
 namespace zib {
@@ -27,13 +29,14 @@ protected:
 private:
     void paintTrough(QPainter& painter) const;
     void paintTicks(QPainter& painter) const;
-    void paintLabels(QPainter& painter) const;
+    void paintLabels(QPainter& painter);
     void paintFill(QPainter& painter) const;
     QColor background() const;
     double scaleTwips() const;
-    void chooseFont();
+    QFont wideFont() const;
+    QFont narrowFont() const;
 
-    QFont m_labelFont;
+    std::optional<QFont> m_labelFont; ///< Found when it is first painted, so that no window waits for it.
 };
 
 } // namespace zib

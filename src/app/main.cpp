@@ -72,9 +72,9 @@ int main(int argc, char* argv[])
     zib::LogindInhibitor inhibitor;
     zib::BoxMessages messages;
     zib::DesktopDialogs dialogs;
-    headStart.awaitFonts();
     const zib::ProgramFolder place = zib::findProgramFolder();
     zib::setApplicationFolder(place.path);
+    headStart.awaitFonts();
     if (!place.trouble.isEmpty())
         messages.critical(nullptr, place.trouble);
     zib::setPlatform({&ini, &shell, &folders, &registry, &messages, &inhibitor});

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QByteArrayList>
 #include <QDeadlineTimer>
+#include <QStandardPaths>
 #include <QThread>
 
 #include <cerrno>
@@ -20,6 +21,7 @@ namespace zib {
 namespace {
 
 constexpr const char* kVariable = "DBUS_SESSION_BUS_ADDRESS";
+constexpr const char* kNowhere = "unix:path=/dev/null"; // Nobody listens there, which is told at once.
 constexpr char kQuestion[] =
     "\0AUTH\r\n"; // Which ways are there to prove who one is? (D-Bus, authentication)
 constexpr unsigned kPauseMs = 20;
@@ -80,6 +82,12 @@ int connectTo(int socket, const Place& place, const QDeadlineTimer& latest)
     return 0;
 }
 
+/// Whether the bus library could start a bus where there is none, as it would try.
+bool canBeStarted()
+{
+    return !QStandardPaths::findExecutable(QStringLiteral("dbus-launch")).isEmpty();
+}
+
 /// One that hangs up has answered.
 bool answers(int socket, const QDeadlineTimer& latest)
 {
@@ -115,10 +123,12 @@ void leaveMuteSessionBus(std::chrono::milliseconds patience)
         const auto place = placeOf(address);
         const BusState bus = place ? look(*place, patience) : BusState::Answering;
         if (bus == BusState::Mute)
-            qputenv(kVariable, "unix:path=/dev/null"); // Where nobody listens, which is told at once.
+            qputenv(kVariable, kNowhere);
         if (bus != BusState::Missing)
             return;
     }
+    if (qEnvironmentVariableIsEmpty(kVariable) && !canBeStarted())
+        qputenv(kVariable, kNowhere);
 }
 
 } // namespace zib

@@ -1,6 +1,8 @@
 #include "platform/SessionBus.h"
 
 #include <QElapsedTimer>
+#include <QFile>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -172,6 +174,35 @@ private slots:
             qputenv(kAddress, address);
         zib::leaveMuteSessionBus(100ms);
         QCOMPARE(qgetenv(kAddress), QByteArray(kNowhere));
+    }
+
+    /// The bus library copies the whole process to look for the program that starts one.
+    void bus_thatIsNowhere_isLeftUnlessItCanBeStarted_data()
+    {
+        QTest::addColumn<QByteArray>("address");
+        QTest::addColumn<bool>("canBeStarted");
+        QTest::addColumn<QByteArray>("then");
+        QTest::newRow("no program starts one") << QByteArray() << false << QByteArray(kNowhere);
+        QTest::newRow("a program starts one") << QByteArray() << true << QByteArray();
+        QTest::newRow("a place was told")
+            << QByteArray("unix:path=/gone") << false << QByteArray("unix:path=/gone");
+    }
+    void bus_thatIsNowhere_isLeftUnlessItCanBeStarted()
+    {
+        QFETCH(QByteArray, address);
+        QFETCH(bool, canBeStarted);
+        QTemporaryDir empty;
+        const auto paths = qScopeGuard([path = qgetenv("PATH")] { qputenv("PATH", path); });
+        qputenv("PATH", empty.path().toUtf8());
+        qputenv("XDG_RUNTIME_DIR", empty.path().toUtf8());
+        if (canBeStarted)
+            QVERIFY(QFile::copy(QStringLiteral("/bin/true"), empty.filePath(QStringLiteral("dbus-launch"))));
+        if (address.isEmpty())
+            qunsetenv(kAddress);
+        else
+            qputenv(kAddress, address);
+        zib::leaveMuteSessionBus(100ms);
+        QTEST(qgetenv(kAddress), "then");
     }
 
     void address_thatIsNoneOfASocket_isLeftAlone_data()
