@@ -2,6 +2,7 @@
 
 // What fuzz targets make of their input.
 
+#include "answers/MemoryFile.h"
 #include "rules.h"
 
 #include <QByteArray>
@@ -10,28 +11,17 @@
 #include <algorithm>
 #include <cstdint>
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 namespace zib::fuzz {
 
 /// The input as a file in memory, reached by a name.
-class InputFile
+class InputFile : public answers::MemoryFile
 {
 public:
-    InputFile(const std::uint8_t* data, std::size_t size) : m_descriptor(::memfd_create("input", MFD_CLOEXEC))
+    InputFile(const std::uint8_t* data, std::size_t size)
+        : MemoryFile(
+              QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size)))
     {
-        check(m_descriptor >= 0 && ::write(m_descriptor, data, size) == static_cast<ssize_t>(size),
-              "the input fits into memory");
     }
-    ~InputFile() { ::close(m_descriptor); }
-    InputFile(const InputFile&) = delete;
-    InputFile& operator=(const InputFile&) = delete;
-
-    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(m_descriptor); }
-
-private:
-    int m_descriptor;
 };
 
 /// Takes values off the input, one after the other; zeros behind its end.
