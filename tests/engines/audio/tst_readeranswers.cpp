@@ -116,10 +116,11 @@ QList<qint64> placesIn(const Mp3Layout& layout)
             if (place >= 0 && place <= layout.length)
                 places << place;
     };
+    const QList<qint64> beginnings{0, 1, 16};
+    const QList<qint64> entries{0, 1, 2, 15, 16, 17, 79, 80, 81, 95, 96, 97, 110, 113};
     qint64 samples = 0;
     for (const Mp3Run& run : layout.runs) {
-        for (const qint64 frame :
-             {0LL, 1LL, 2LL, 15LL, 16LL, 17LL, 79LL, 80LL, 81LL, 95LL, 96LL, 97LL, 145LL, 159LL, 161LL})
+        for (const qint64 frame : layout.runs.size() > 1 ? beginnings : entries)
             if (frame < run.frames)
                 add(samples + samplesAtRate(frame * run.head.samples(), run.head.rateHz, layout.rateHz));
         samples += samplesAtRate(run.samples(), run.head.rateHz, layout.rateHz);
