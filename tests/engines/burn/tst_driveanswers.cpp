@@ -6,6 +6,7 @@
 
 #include <QTest>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -211,8 +212,11 @@ void tellMoods(Book& book, const QString& title, const QByteArray& command, cons
                 prepare(drive);
             drive.answer(command, QList<DriveReply>(times, reply) << DriveReply{.data = data});
             Answer words = ask(drive);
-            const qsizetype asked = words.last().count(QString::fromLatin1(command.toHex()));
-            const QStringList waits = words.last().split(", ").filter("pause");
+            const QStringList journal = words.last().section("asked: ", -1).split(", ");
+            const auto asked = std::count_if(journal.cbegin(), journal.cend(), [&](const QString& line) {
+                return line.startsWith(QString::fromLatin1(command.toHex()));
+            });
+            const QStringList waits = journal.filter("pause");
             words.last() = QString("asked %1 times, %2 times %3")
                                .arg(asked)
                                .arg(waits.size())
