@@ -26,6 +26,7 @@ struct Pack
 {
     uchar type = 0;
     int track = 0;
+    int number = 0; ///< Within its block.
     int block = 0;
     int position = 0; ///< Characters of its first text that stand in the packs before.
     bool doubleBytes = false;
@@ -40,8 +41,13 @@ QList<Pack> soundPacks(const QByteArray& packs)
         const auto byte = [pack](int i) { return static_cast<uchar>(pack[i]); };
         if (cdTextCrc(pack) != (byte(16) << 8 | byte(17)))
             continue;
-        sound << Pack{byte(0),        byte(1) & 0x7F,        byte(3) >> 4 & 7,
-                      byte(3) & 0x0F, (byte(3) & 0x80) != 0, QByteArray(pack + kHeaderBytes, kTextBytes)};
+        sound << Pack{.type = byte(0),
+                      .track = byte(1) & 0x7F,
+                      .number = byte(2),
+                      .block = byte(3) >> 4 & 7,
+                      .position = byte(3) & 0x0F,
+                      .doubleBytes = (byte(3) & 0x80) != 0,
+                      .text = QByteArray(pack + kHeaderBytes, kTextBytes)};
     }
     return sound;
 }
@@ -52,8 +58,10 @@ class TextJoiner
 public:
     void take(const Pack& pack)
     {
+        if (m_last && m_last->number == pack.number && m_last->text == pack.text)
+            return; // it comes twice
         const int unit = pack.doubleBytes ? 2 : 1;
-        const bool goesOn = m_track == pack.track && m_open &&
+        const bool goesOn = m_track == pack.track && m_last && follows(pack) &&
                             std::min<qsizetype>(m_text.size() / unit, kFarPosition) == pack.position;
         m_lost = !goesOn && pack.position > 0;
         if (!goesOn)
@@ -61,12 +69,17 @@ public:
         m_track = pack.track;
         for (int i = 0; i + unit <= kTextBytes; i += unit)
             takeCharacter(pack.text.mid(i, unit));
-        m_open = true;
+        m_last = pack;
     }
 
     const QHash<int, QByteArray>& texts() const { return m_texts; }
 
 private:
+    /// Whether no pack is missing before this one, where its position does not tell.
+    bool follows(const Pack& pack) const
+    {
+        return pack.position < kFarPosition || pack.number <= m_last->number + 1;
+    }
     void takeCharacter(const QByteArray& character)
     {
         if (character.count('\0') != character.size()) {
@@ -85,8 +98,8 @@ private:
     QHash<int, QByteArray> m_texts;
     QByteArray m_text;
     int m_track = -1;
-    bool m_open = false;
-    bool m_lost = false; ///< The beginning of the text under way stood in a pack that is missing.
+    std::optional<Pack> m_last; ///< Of this kind.
+    bool m_lost = false;        ///< The beginning of the text under way stood in a pack that is missing.
 };
 
 struct Block
