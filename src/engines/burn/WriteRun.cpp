@@ -10,13 +10,6 @@ namespace {
 constexpr qint32 kSenseNoDisc = 1033;
 const QString kNoDiscData = QStringLiteral("[2 3A 00]"); // MMC: medium not present
 
-/// A drive that is not there is no missing file.
-BurnError unanswered(const Failure& failure)
-{
-    const bool gone = failure.kind == Failure::Kind::NotFound;
-    return BurnError::from({gone ? Failure::Kind::DeviceGone : failure.kind, failure.detail});
-}
-
 } // namespace
 
 void WriteRun::run()
@@ -74,7 +67,7 @@ std::optional<BurnError> WriteRun::checkDisc()
     if (cancelled)
         return BurnError::byUser();
     if (!medium)
-        return unanswered(medium.error());
+        return BurnError::from(medium.error());
     if (medium->trouble)
         return medium->trouble;
     if (medium->status == DVDWriterPro::kNoDisc)

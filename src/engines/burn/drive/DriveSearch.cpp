@@ -59,7 +59,7 @@ struct Found
 QString troubleWith(const Failure& failure)
 {
     switch (failure.kind) {
-    case Failure::Kind::NotFound:
+    case Failure::Kind::DeviceGone:
         return {};
     case Failure::Kind::Busy:
         return QStringLiteral("Another program is using \"%1\". Close that program, then close this window "

@@ -35,8 +35,8 @@ public:
     ~GrabbedDrive();
     Q_DISABLE_COPY_MOVE(GrabbedDrive)
 
-    /// Whether the device may be opened now: NotFound, NoPermission or Busy otherwise; DeviceGone while an
-    /// earlier call still hangs. Takes no time.
+    /// Whether the device may be opened now: NoPermission or Busy otherwise; DeviceGone where it is not
+    /// there, and while an earlier call still hangs. Takes no time.
     static Outcome<> check(const QString& path);
 
     explicit operator bool() const { return m_info != nullptr; }
@@ -64,7 +64,7 @@ private:
     int m_patienceMs;
     const std::atomic<bool>* m_cancelled;
     burn::burn_drive_info* m_info = nullptr;
-    Failure m_failure{Failure::Kind::NotFound};
+    Failure m_failure{Failure::Kind::DeviceGone};
     std::vector<int> m_descriptors; ///< What the library has opened the device with.
 };
 

@@ -105,7 +105,7 @@ Outcome<std::shared_ptr<DriveLine>> DriveLine::open(const QString& path, Hold ho
     case EROFS:
         return Failure{Failure::Kind::NoPermission, path};
     default:
-        return Failure{Failure::Kind::NotFound, path};
+        return Failure{Failure::Kind::DeviceGone, path};
     }
 }
 

@@ -52,7 +52,7 @@ public:
     static constexpr int kShortMs = 5'000;
     static constexpr int kLongMs = 30'000;
 
-    /// @returns NotFound, NoPermission, or Busy when another program holds the drive. Takes no time.
+    /// @returns DeviceGone, NoPermission, or Busy when another program holds the drive. Takes no time.
     static Outcome<std::shared_ptr<DriveLine>> open(const QString& path, Hold hold);
     ~DriveLine();
     Q_DISABLE_COPY_MOVE(DriveLine)
