@@ -110,7 +110,7 @@ void Book::chapter(const QString& title, const Answer& usual)
 QString Book::told(const Answer& answer) const
 {
     if (answer == m_usual)
-        return QStringLiteral("as ever");
+        return m_usual.isEmpty() ? QStringLiteral("nothing") : QStringLiteral("as ever");
     const QStringList news = without(answer, m_usual);
     if (news == answer)
         return plain(answer.join(QStringLiteral("; ")));
