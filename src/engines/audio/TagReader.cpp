@@ -124,8 +124,10 @@ Tag readId3v2At(const SourceFile& file, qint64 offset, qint64 most)
 
 QString plainTagText(const QByteArray& bytes)
 {
-    const QByteArray used(bytes.constData(), static_cast<qsizetype>(qstrnlen(
-                                                 bytes.constData(), static_cast<size_t>(bytes.size()))));
+    QByteArray used(bytes.constData(),
+                    static_cast<qsizetype>(qstrnlen(bytes.constData(), static_cast<size_t>(bytes.size()))));
+    if (used.startsWith("\xEF\xBB\xBF")) // some programs mark UTF-8
+        used.remove(0, 3);
     const auto decoded = fromUtf8(used);
     return (decoded ? *decoded : fromWindows1252(used)).trimmed();
 }
