@@ -28,8 +28,8 @@ class Verdict:
 
 
 class Game:
-    def __init__(self, root, files, all_tests, seconds):
-        self.house, self.files, self.all_tests, self.seconds = House(root), files, all_tests, seconds
+    def __init__(self, root, files, options):
+        self.house, self.files, self.options = House(root), files, options
         self.sources, self.switched, self.alone, self.tests = {}, [], [], []
         self.failing = set()  # programs of which something fails as it is
 
@@ -50,13 +50,19 @@ class Game:
         return [change for change in changes if change in self.switched or change in self.alone]
 
     def listed(self):
-        return [test for test in self.house.tests() if self.all_tests or not test.slow]
+        return [test for test in self.house.tests() if self.is_wanted(test)]
+
+    def is_wanted(self, test):
+        if self.options.tests:
+            return re.search(self.options.tests, test.name)
+        return self.options.all_tests or not test.slow
 
     def make_tests(self):
         """The slow ones start programs of the tree besides their own, so they need it all."""
-        if self.all_tests:
+        if self.options.all_tests and not self.options.tests:
             return self.house.make()
-        return self.house.make(*{test.program.relative_to(self.house.build) for test in self.tests})
+        programs = {test.program.relative_to(self.house.build) for test in self.tests}
+        return self.house.make(*programs, *(["ZibCDBurner"] if self.options.tests else []))
 
     def texts(self):
         return {path: source.text() for path, source in self.sources.items()}
@@ -129,7 +135,7 @@ class Game:
         """Plays the tests that are able to notice, until one does or the time for one change is over."""
         seconds = 0
         for count, test in enumerate(self.in_order(change, able)):
-            if seconds > self.seconds:
+            if seconds > self.options.seconds:
                 return Verdict(played=count, able=len(able))
             if test.fails_with(number):
                 return Verdict(test.name)
