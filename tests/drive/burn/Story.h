@@ -1,7 +1,7 @@
 #pragma once
 
-#include "answers/Book.h"
 #include "drive/burn/DiscTruth.h"
+#include "drive/stories/Teller.h"
 
 #include <functional>
 
@@ -19,15 +19,8 @@ struct Story
 
 /// Plays a story on a drive of its own and tells all of it, a line for each: what the look at the drive
 /// found, what the writer said, how the write ended, what disc and drive are then, and which commands the
-/// drive was sent. Runs of one command are one, and left out are those that depend on the clock or on the
-/// version of the burning library.
+/// drive was sent. Where something is done meanwhile, no two writes are the same: then the commands are not
+/// told.
 answers::Answer told(const Story& story);
-
-/// Plays each story in a process of its own, several at once, and tells them, all but the first one by what
-/// differs from the first.  @param group of stories, by which the processes know them.
-void tellAll(answers::Book& book, const QString& group, const QList<Story>& stories);
-
-/// The work of such a process.  @returns whether this is one.
-bool toldOne(const QStringList& arguments, const std::function<QList<Story>(const QString& group)>& find);
 
 } // namespace zib

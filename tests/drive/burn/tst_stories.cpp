@@ -4,7 +4,6 @@
 #include <QMap>
 
 using namespace zib;
-using answers::Book;
 
 // Whole writes as they were recorded: the events in their order, the disc, and the commands that the drive
 // was sent. What only the drive's journal shows is held here: speed, buffer protection, door, the way of
@@ -319,8 +318,11 @@ private slots:
 private:
     static void play(const QString& group)
     {
-        Book book("drive/burn/stories/" + group);
-        tellAll(book, group, storiesOf(group));
+        QStringList names;
+        for (const Story& story : storiesOf(group))
+            names << story.name;
+        answers::Book book("drive/burn/stories/" + group);
+        tellAll(book, group, names);
         ZIB_COMPARE_ANSWERS(book);
     }
 };
@@ -328,7 +330,8 @@ private:
 int main(int argc, char* argv[])
 {
     const QCoreApplication application(argc, argv);
-    if (toldOne(QCoreApplication::arguments(), storiesOf))
+    const auto tell = [](const QString& group, int number) { return told(storiesOf(group).at(number)); };
+    if (toldOne(QCoreApplication::arguments(), tell))
         return 0;
     TestStories test;
     return QTest::qExec(&test, argc, argv);

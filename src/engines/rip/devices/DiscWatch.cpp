@@ -4,6 +4,8 @@
 #include "engines/rip/image/ImageDisc.h"
 #include "engines/rip/RipRun.h"
 
+#include <QThread>
+
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -14,6 +16,8 @@ namespace zib {
 namespace {
 constexpr qint64 kPollMs = 150;
 constexpr qint64 kRefusedPollMs = 1000;
+constexpr int kMostTocReadings = 3; ///< A blank disc has none however often it is read.
+constexpr unsigned long kTocPauseMs = 250;
 } // namespace
 
 /// Lives as long as the last task on the thread, which may be longer than the watch.
@@ -129,17 +133,23 @@ void DiscWatch::Shared::refreshDrive()
         readDisc();
 }
 
-/// The library remembers the disc of an opened drive, so it is opened anew for each disc.
+/// The library remembers the disc of an opened drive, so it is opened anew for each disc, and for each
+/// reading of its table of contents: a drive may fail at it that has only just started the disc.
 void DiscWatch::Shared::readDisc()
 {
     if (disc->readiness() != DiscPresence::Ready)
         return publishEmpty();
-    const auto opened = CdioDisc::openDrive(device.path);
-    if (!opened)
-        return refuse(opened.error());
-    disc = opened.value();
+    QList<TocTrack> tracks;
+    for (int reading = 0; reading < kMostTocReadings && tracks.isEmpty(); ++reading) {
+        if (reading > 0)
+            QThread::msleep(kTocPauseMs);
+        const auto opened = CdioDisc::openDrive(device.path);
+        if (!opened)
+            return refuse(opened.error());
+        disc = opened.value();
+        tracks = disc->tracks();
+    }
     setSpeed = 0;
-    const QList<TocTrack> tracks = disc->tracks();
     const std::lock_guard lock(mutex);
     swapped = swapped || knowledge.present;
     knowledge.refusal.reset();

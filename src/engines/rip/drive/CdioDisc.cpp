@@ -218,7 +218,7 @@ Failure CdioDisc::whyFailed(int error) const
         return {Failure::Kind::Busy, m_path};
     if (isRefusal(sense))
         return {Failure::Kind::Unsupported, m_path};
-    return {Failure::Kind::UnreadableFile, m_path};
+    return {Failure::Kind::UnreadableFile};
 }
 
 } // namespace zib
