@@ -1,5 +1,6 @@
 #include "answers/Sweep.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 
@@ -29,20 +30,6 @@ QByteArray withField(QByteArray input, const Field& field, qint64 value)
         input[field.at + place] = static_cast<char>(value >> (8 * i));
     }
     return input;
-}
-
-QByteArray unescaped(const QByteArray& line)
-{
-    QByteArray bytes;
-    for (qsizetype at = 0; at < line.size(); ++at) {
-        if (line.mid(at, 2) == "\\x") {
-            bytes += QByteArray::fromHex(line.mid(at + 2, 2));
-            at += 3;
-        } else {
-            bytes += line[at];
-        }
-    }
-    return bytes;
 }
 
 QByteArray joined(const QByteArrayList& lines)
@@ -159,8 +146,20 @@ void everyKept(Book& book, const QString& name, const Reader& read)
     book.chapter(QStringLiteral("Kept inputs, by their lines"));
     const QByteArrayList lines = file.readAll().split('\n');
     for (qsizetype i = 0; i < lines.size(); ++i)
-        if (!lines[i].isEmpty())
-            book.tell(QString::number(i + 1), read(unescaped(lines[i])));
+        if (!lines[i].isEmpty() && !lines[i].startsWith('#'))
+            book.tell(QString::number(i + 1), read(QByteArray::fromBase64(lines[i])));
+}
+
+void everySeed(Book& book, const QString& name, const Reader& read)
+{
+    const QDir folder(QStringLiteral(ZIB_TESTS_DIR "/../fuzz/seeds/") + name);
+    book.chapter(QStringLiteral("Seeds of the fuzz target"));
+    for (const QString& seed : folder.entryList(QDir::Files, QDir::Name)) {
+        QFile file(folder.filePath(seed));
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("cannot read %s", qPrintable(file.fileName()));
+        book.tell(seed, read(file.readAll()));
+    }
 }
 
 } // namespace zib::answers

@@ -39,8 +39,10 @@ void everyLine(Book& book, const QString& title, const QByteArray& seed, const R
 void everyNumber(Book& book, const QString& title, const QByteArray& seed, const Reader& read,
                  const QByteArrayList& others = {});
 
-/// Reads every input kept in tests/NAME.inputs: one to a line, letters of ASCII as they are, other bytes as
-/// \xHH.
+/// Reads every input kept in tests/NAME.inputs, one to a line in Base64.
 void everyKept(Book& book, const QString& name, const Reader& read);
+
+/// Reads every seed of the fuzz target @p name.
+void everySeed(Book& book, const QString& name, const Reader& read);
 
 } // namespace zib::answers

@@ -47,6 +47,19 @@ Answer valuesAnswer(const QByteArray& bytes)
     return words;
 }
 
+/// What the seeds of other tests are asked for.
+Answer seedAnswer(const QByteArray& bytes)
+{
+    IniText text(bytes);
+    Answer words;
+    for (const IniName& name :
+         QList<IniName>{{"s", "k"}, {"t", "k"}, {"s", "l"}, {"View", "Grid Back Color"}, {"s t", "k l"}})
+        if (const auto value = text.value(name.section, name.key))
+            words << QString("%1/%2: '%3'").arg(told(name.section), told(name.key), told(*value));
+    const bool done = text.set("s", "k", "v");
+    return words << QString("set: %1%2").arg(done ? "" : "refused ", told(text.bytes()));
+}
+
 /// A change and the text that is left of it.
 using Change = std::pair<const char*, bool (*)(IniText&)>;
 
@@ -110,6 +123,7 @@ private slots:
             answers::everyLength(book, bigEndian ? "16 bits, high first" : "16 bits, low first",
                                  inUtf16("[View]\nGrid=\xC3\xA4 b\r\n[b]\nk=\"2\"\n", bigEndian),
                                  valuesAnswer);
+        answers::everySeed(book, "ini", seedAnswer);
         answers::everyByte(book, "Marked", "\xEF\xBB\xBF[View]\nGrid=1\n", valuesAnswer, 0, 4);
         ZIB_COMPARE_ANSWERS(book);
     }

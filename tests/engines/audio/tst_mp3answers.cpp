@@ -286,6 +286,7 @@ private slots:
         tellInformed(book);
         tellBeginnings(book);
         tellReservoir(book);
+        answers::everySeed(book, "mp3", walkAnswer);
         ZIB_COMPARE_ANSWERS(book);
     }
     void freeFormat()

@@ -1,4 +1,5 @@
 #include "answers/MemoryFile.h"
+#include "answers/Sweep.h"
 #include "answers/WavSweep.h"
 #include "engines/audio/AudioKit.h"
 #include "engines/audio/convert/SpeakerMix.h"
@@ -117,6 +118,8 @@ private slots:
     {
         Book book("engines/audio/answers/wavheader");
         answers::everyWav(book, headerAnswer);
+        answers::everyKept(book, "engines/audio/wav", headerAnswer);
+        answers::everySeed(book, "wav", headerAnswer);
         ZIB_COMPARE_ANSWERS(book);
     }
     void samples()

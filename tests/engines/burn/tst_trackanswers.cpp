@@ -1,4 +1,5 @@
 #include "answers/MemoryFile.h"
+#include "answers/Sweep.h"
 #include "answers/WavSweep.h"
 #include "engines/burn/tracks/FileView.h"
 #include "engines/burn/tracks/TrackSource.h"
@@ -42,6 +43,8 @@ private slots:
     {
         Book book("engines/burn/answers/tracks");
         answers::everyWav(book, trackAnswer);
+        answers::everyKept(book, "engines/audio/wav", trackAnswer);
+        answers::everySeed(book, "wav", trackAnswer);
         book.chapter("Lengths on the disc of so many sample pairs");
         for (const qint64 pairs : {1, 300 * 588 - 1, 300 * 588, 300 * 588 + 1, 301 * 588, 301 * 588 + 1})
             book.tell(QString::number(pairs), trackAnswer(cdWav(QByteArray(pairs * 4, '\1'))));

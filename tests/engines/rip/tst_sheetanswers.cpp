@@ -220,6 +220,7 @@ private slots:
         tellKinds(book);
         tellTimes(book);
         tellFileLengths(book);
+        answers::everySeed(book, "sheets", cueOnDisc);
         ZIB_COMPARE_ANSWERS(book);
     }
     void tocFiles()
@@ -232,6 +233,7 @@ private slots:
                              {"59", "60", "75", "1099511627776", "1099511627777", "-1", "x"});
         answers::everyLength(book, "TOC", kToc, tocAnswer);
         tellModes(book);
+        answers::everySeed(book, "sheets", tocOnDisc);
         ZIB_COMPARE_ANSWERS(book);
     }
     void tocTokens()
