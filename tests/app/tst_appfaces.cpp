@@ -8,13 +8,16 @@
 #include "faces/Look.h"
 #include "faces/Strokes.h"
 #include "faces/World.h"
+#include "settings/OptionsFunc.h"
 
 #include <QAbstractButton>
+#include <QDir>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
+#include <QSemaphore>
 #include <QStyle>
 #include <QTimer>
 
@@ -248,6 +251,91 @@ private slots:
         d.trigger("mnuTracksSub_8");
         d.trigger("mnuFileSub_6");
         d.stageWithFile("cleared, and not to be saved so", d.folder.filePath("else.zibp"));
+        COMPARE_FACE(d.face);
+    }
+
+    void main_dropping()
+    {
+        MainDesk d("frmMain_drop");
+        d.addThree();
+        d.begin();
+        QVERIFY(QDir(d.folder.path()).mkpath("dropped/below"));
+        for (const char* name : {"dropped/10.mp3", "dropped/9.mp3", "dropped/below/Z.mp3",
+                                 "dropped/below/a.mp3", "dropped/.hidden.mp3"})
+            d.sound(name, 1000);
+        QStringList paths{d.folder.filePath("dropped/"), d.folder.filePath("a.wav")};
+        for (int i = 1; i <= 10; ++i)
+            paths << d.file(QString("text %1.txt").arg(i));
+        drop(d.window(), paths);
+        QTRY_COMPARE(d.desk.messages.shown.size(), 1);
+        d.stage("a folder, a file that is there, and ten of no sound");
+        drop(d.window(), paths << d.file("text 11.txt"));
+        QTRY_COMPARE(d.desk.messages.shown.size(), 2);
+        d.stage("eleven of no sound");
+        d.add({d.file("other.txt"), d.sound("last.wav"), d.file("more.txt")});
+        d.stage("chosen, two of no sound");
+        d.desk.dialogs.noFile = Failure{Failure::Kind::BadValue};
+        d.trigger("mnuFileSub_1");
+        d.stage("too many names");
+        COMPARE_FACE(d.face);
+    }
+
+    void main_busy_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("withStatusbar");
+        QTest::newRow("with the status bar") << "frmMain_busy" << true;
+        QTest::newRow("without it") << "frmMain_busy_plain" << false;
+    }
+    void main_busy()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, withStatusbar);
+        const auto gate = std::make_shared<QSemaphore>(); // a thread that is left behind may hold it longer
+        struct SlowSound : AnySound
+        {
+            explicit SlowSound(const std::shared_ptr<QSemaphore>& opened) : gate(opened) {}
+            bool isAudioFile(const QString&) override { return gate->tryAcquire(1, 30'000); }
+            std::shared_ptr<QSemaphore> gate;
+        };
+        MainDesk d(name);
+        d.set("View", "Show Statusbar", withStatusbar ? "True" : "False");
+        d.desk.components.makeInformation = [gate] { return std::make_unique<SlowSound>(gate); };
+        d.window();
+        for (const char* what : {"ListView1", "StatusBar1_1.t", "StatusBar1_2.t", "picPanel", "~minutes"})
+            d.face.leaveOut(what); // the third file may come at the last moment
+        d.begin();
+        gate->release(2);
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, this, [&] {
+            if (!d.control<QLabel>("lblProgress")->text().contains("2 of 3"))
+                return;
+            watch.stop();
+            d.face.stage("two of three", d.words());
+            QTest::keyClick(&d.window(), Qt::Key_Escape);
+            gate->release(1);
+        });
+        watch.start(10);
+        d.add({d.file("1.wav"), d.file("2.wav"), d.file("3.wav")});
+        QVERIFY(!watch.isActive());
+        QVERIFY(d.rows() >= 2);
+        d.stage("stopped");
+        COMPARE_FACE(d.face);
+    }
+
+    void main_listsOfEveryGround()
+    {
+        MainDesk d("frmMain_grounds");
+        d.face.leaveOut("ListView1.");
+        d.addThree();
+        d.tick(1);
+        d.face.begin(d.words());
+        for (const char* color : {"8355711", "8421504"}) { // as light as 127 and 128
+            d.set("View", "Grid Back Color", color);
+            OptionsFunc::LoadSettings();
+            d.window().RefreshMain();
+            d.stage(QString("a ground of ") + color);
+        }
         COMPARE_FACE(d.face);
     }
 

@@ -343,6 +343,37 @@ private slots:
         face.stage("done", words);
         COMPARE_FACE(face);
     }
+
+    /// What could not be prepared is told when it is to be written.
+    void prepare_whatCannotBeRead()
+    {
+        Writing w("frmPrepare_failing");
+        Preparing p;
+        w.face.replace(p.folder.path(), "PLACE");
+        QVERIFY(QDir(p.folder.path()).mkpath("Temp"));
+        QVERIFY(QFile(p.folder.filePath("Temp/one.wav")).open(QIODevice::WriteOnly));
+        p.add("one.mp3", FakeAudioShelf::ramp(8000, 8000, 1));
+        FakeSound broken = FakeAudioShelf::ramp(8000, 4000, 2);
+        broken.failAtSample = 9000;
+        p.add("broken.mp3", broken);
+        p.add(QString(60, 'x') + ".mp3", FakeAudioShelf::ramp(3, 16'000, 1));
+        p.shelf.refusedTargets = {p.folder.filePath("Temp/" + QString(60, 'x') + ".wav")};
+        frmPrepare window(p.desk.services, p.rows);
+        window.show();
+        QTRY_VERIFY(!window.isVisible());
+        Words words = p.words(window);
+        sayAll(words, "~track", window.trackFiles());
+        words.say("~made", QDir(p.folder.filePath("Temp")).entryList(QDir::Files).join(' '));
+        w.face.leaveOut("frmPrepare.");
+        w.face.stage("prepared", words);
+        w.files = window.trackFiles();
+        QVERIFY(w.open());
+        Words written;
+        sayWorld(written, w.desk);
+        sayAll(written, "~writer", w.writer->calls);
+        w.face.stage("to be written", written);
+        COMPARE_FACE(w.face);
+    }
 };
 
 QTEST_MAIN(TestBurnFaces)

@@ -7,6 +7,7 @@
 #include "label/DialogDesk.h"
 #include "label/CalibrationPage.h"
 #include "label/LabelControls.h"
+#include "label/LabelLayout.h"
 #include "label/LabelMaker.h"
 #include "label/LabelPainter.h"
 #include "label/LabelSettings.h"
@@ -18,9 +19,11 @@
 #include "label/frmPreview.h"
 #include "platform/IniFile.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QRadioButton>
@@ -28,6 +31,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QWheelEvent>
 
 using namespace zib;
 using LabelMaker::Document;
@@ -427,6 +431,92 @@ private slots:
         d.stage("chosen after all", window);
         press(window, "cmdApply");
         d.stage("applied again", window);
+        COMPARE_FACE(d.face);
+    }
+
+    void numbers_byKeysAndWheel()
+    {
+        Desk d("frmLabelTitle_keys");
+        frmLabelTitle window(d.services);
+        QVERIFY(activate(window));
+        d.face.begin(d.words(window));
+        auto* box = find<QLineEdit>(window, "txtLeft");
+        for (const auto& [key, name] : {std::pair{Qt::Key_Up, "Up"},
+                                        {Qt::Key_Down, "Down"},
+                                        {Qt::Key_PageUp, "Page Up"},
+                                        {Qt::Key_PageDown, "Page Down"},
+                                        {Qt::Key_Home, "Home"},
+                                        {Qt::Key_End, "End"},
+                                        {Qt::Key_5, "5"}}) {
+            QTest::keyClick(box, key);
+            d.stage(name, window);
+        }
+        QTest::keyClick(box, Qt::Key_Home);
+        QTest::keyPress(box, Qt::Key_Up);
+        QStringList numbers{box->text()};
+        for (int i = 1; i <= 42; ++i) {
+            QKeyEvent held(QEvent::KeyPress, Qt::Key_Up, Qt::NoModifier, QString(), true);
+            QApplication::sendEvent(box, &held);
+            numbers << box->text();
+        }
+        d.stage("held: " + numbers.join(' '), window);
+        QWheelEvent wheel(QPointF(3, 3), box->mapToGlobal(QPointF(3, 3)), {}, {0, -120}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(box, &wheel);
+        d.stage("the wheel", window);
+        COMPARE_FACE(d.face);
+    }
+
+    void layout_atItsLimits()
+    {
+        Desk d("layout");
+        QList<CompilationRow> rows;
+        for (int i = 1; i <= 9; ++i)
+            rows << CompilationRow{QString::number(i), "a.mp3", "Song", "Me", "01:02:03", "1 KB", "/m/"};
+        LabelMaker::InitLabelDocument(rows);
+        edit([](Document& document) { document.TextFontName = kPlainFont; });
+        const auto stage = [&](const QString& title) {
+            const QSize area(8250, 8250);
+            const layout::TrackFit fit = layout::trackFit(area);
+            const auto tighter = layout::tighterRows(area);
+            Words words;
+            words.say("fit", QString("%1 of %2, too wide %3")
+                                 .arg(fit.fitting)
+                                 .arg(fit.tracks)
+                                 .arg(layout::isTooWide(area)));
+            words.say("tighter", tighter ? QString("%1 high, %2 pt, padding %3")
+                                               .arg(tighter->rowHeight)
+                                               .arg(tighter->fontSize)
+                                               .arg(tighter->paddingTop)
+                                         : "none");
+            words.say("whole",
+                      QString("%1x%2").arg(LabelMaker::TotalColumnWidth()).arg(LabelMaker::TableHeight()));
+            QStringList edges;
+            for (qint16 col = 1; col <= 5; ++col)
+                edges << QString::number(LabelMaker::ColumnLeft(col));
+            words.say("columns", edges.join(' '));
+            words.say("picture", QString("%1 %2")
+                                     .arg(layout::imagePlace({10, 20}, area).width())
+                                     .arg(layout::imagePlace({10, 20}, area).height()));
+            d.face.stage(title, words);
+        };
+        stage("nine tracks");
+        for (const int top : {5250, 5251, 6000, 6750, 6751, 7500, 8250, 9000}) {
+            edit([top](Document& document) { document.TableTop = top; });
+            stage(QString("from %1 down").arg(top));
+        }
+        for (const int padding : {-15, 0, 15, 60}) {
+            edit([padding](Document& document) {
+                document.TableTop = 5700;
+                document.PaddingTop = padding;
+                document.BackImageStretch = padding > 0;
+            });
+            stage(QString("padded by %1").arg(padding));
+        }
+        for (const int width : {4275, 4276}) {
+            edit([width](Document& document) { document.ColWidths = {0, 450, 3000 - width, width, width}; });
+            stage(QString("columns of %1").arg(width));
+        }
         COMPARE_FACE(d.face);
     }
 

@@ -10,7 +10,9 @@
 #include "tools/frmRip.h"
 
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
+#include <QGroupBox>
 #include <QLineEdit>
 #include <QSemaphore>
 #include <QSignalSpy>
@@ -391,6 +393,66 @@ private slots:
         COMPARE_FACE(t.face);
     }
 
+    void play_withTheMouse()
+    {
+        Tool<frmPlay> t("frmPlay_mouse");
+        t.addSound(t.path("song.wav"), 10'000);
+        setCurrentFile(t.path("song.wav"));
+        t.open();
+        QTRY_VERIFY(t.player && t.player->calls.contains("open"));
+        t.face.begin(t.words());
+        auto* slider = t.find<QSlider>("Slider1");
+        slider->resize(400, slider->height());
+        const int middle = slider->height() / 2;
+        for (const int x : {200, 100, 0, 399}) {
+            QTest::mouseClick(slider, Qt::LeftButton, {}, {x, middle});
+            t.stage(QString("clicked at %1").arg(x));
+        }
+        QTest::mouseClick(slider, Qt::RightButton, {}, {50, middle});
+        t.stage("clicked by the other button");
+        QTest::mouseClick(slider, Qt::LeftButton, {}, {100, middle});
+        t.stage("back again");
+        QTest::mousePress(slider, Qt::LeftButton, {}, {300, middle});
+        t.player->play(500);
+        t.stage("held");
+        QTest::mouseMove(slider, {150, middle});
+        t.stage("dragged");
+        QTest::mouseRelease(slider, Qt::LeftButton, {}, {150, middle});
+        t.stage("let go");
+        t.find<QAbstractButton>("chkPause")->click();
+        QTest::mouseClick(slider, Qt::LeftButton, {}, {300, middle});
+        t.stage("clicked while paused");
+        t.find<QAbstractButton>("chkPause")->click();
+        t.stage("goes on from there");
+        t.player->lose();
+        t.stage("the device is gone");
+        t.player->nextOpen = -1;
+        t.press("cmdPlay");
+        t.stage("no device");
+        setCurrentFile(t.path("gone.wav"));
+        t.player->nextOpen = 0;
+        t.press("cmdPlay");
+        t.stage("no file");
+        COMPARE_FACE(t.face);
+    }
+
+    void ripper_speeds()
+    {
+        QList<FakeReader> readers;
+        for (const int speed : {0, 1, 2, 4, 5, 7, 8, 9, 52})
+            readers << FakeReader{"/dev/sr", "FINE", QString("UP TO %1").arg(speed),
+                                  true,      speed,  {{.frames = 75}}};
+        Ripping t("frmRip_speeds", readers);
+        QVERIFY(t.loads());
+        t.find<QTimer>("Timer1")->stop();
+        t.face.begin(t.words());
+        for (int reader = 1; reader < readers.size(); ++reader) {
+            t.find<QComboBox>("cboDevices")->setCurrentIndex(reader);
+            t.stage(readers[reader].model);
+        }
+        COMPARE_FACE(t.face);
+    }
+
     void converter_converting()
     {
         Tool<frmMP3ToWAV> t("frmMP3ToWAV");
@@ -413,6 +475,17 @@ private slots:
         QTRY_VERIFY(t.window->testAttribute(Qt::WA_SetCursor));
         t.face.leaveOut("~shelf");
         t.stage("begun");
+        for (const char* percent : {"25%", "50%"}) {
+            gate.release(1);
+            if (!QTest::qWaitFor([&] { return t.find<QGroupBox>("frmPer")->title().endsWith(percent); },
+                                 30'000)) {
+                gate.release(1000);
+                QFAIL(percent);
+            }
+            QTest::keyClick(t.window.get(), Qt::Key_Escape);
+            QTest::keyClick(t.window.get(), Qt::Key_Return);
+            t.stage(percent);
+        }
         gate.release(1000);
         QTRY_COMPARE(t.desk.messages.shown.size(), 3);
         t.stage("done");
