@@ -65,6 +65,12 @@ public:
             ::close(fd);
     }
     bool isOpen() const { return m_isOpen; }
+    /// A full bus takes in whoever stands before its door, and answers.
+    void serveAfterAll()
+    {
+        m_manner = Manner::Refuses;
+        m_thread = std::thread([this] { serve(); });
+    }
     QByteArray heard() const { return m_heard; }
 
 private:
@@ -73,6 +79,7 @@ private:
         for (int i = 0; i < 4; ++i) {
             const int guest = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
             [[maybe_unused]] const int in = ::connect(guest, reinterpret_cast<const sockaddr*>(&place), size);
+            [[maybe_unused]] const auto asked = ::send(guest, "?", 1, MSG_NOSIGNAL);
             m_guests.push_back(guest);
         }
     }
@@ -139,6 +146,21 @@ private slots:
         zib::leaveMuteSessionBus(isLeft ? 300ms : 10s);
         QVERIFY2(taken.elapsed() < 5000, qPrintable(QString::number(taken.elapsed())));
         QCOMPARE(qgetenv(kAddress), isLeft ? QByteArray(kNowhere) : address);
+    }
+
+    void bus_thatHasRoomAfterAWhile_isKept()
+    {
+        SmallBus bus(path("bus"), Manner::Full);
+        QVERIFY(bus.isOpen());
+        const QByteArray address = "unix:path=" + path("bus");
+        qputenv(kAddress, address);
+        std::thread later([&bus] {
+            std::this_thread::sleep_for(300ms);
+            bus.serveAfterAll();
+        });
+        zib::leaveMuteSessionBus(20s);
+        later.join();
+        QCOMPARE(qgetenv(kAddress), address);
     }
 
     void bus_thatAnswers_wasAskedAsTheProtocolHasIt()
