@@ -85,6 +85,7 @@ private slots:
     void BuildTrackList_ofAnythingElse_namesTempFiles_data();
     void BuildTrackList_ofAnythingElse_namesTempFiles();
     void BuildTrackList_ofEqualNames_countsUp();
+    void BuildTrackList_onceMore_isTheSame();
     void BuildTrackList_withFilesInTheWay_goesRoundThem();
     void BuildTrackList_whileAnotherInstancePrepares_goesRoundItsNames();
     void BuildTrackList_ofASourceInTempItself_takesAnotherName();
@@ -186,6 +187,19 @@ void TestTrackList::BuildTrackList_ofAnythingElse_namesTempFiles()
     desk.add("/music/", name, mp3());
     QCOMPARE(desk.built(), QStringList{desk.temp(entry)});
     QVERIFY(desk.list->needsConversion(0));
+}
+
+void TestTrackList::BuildTrackList_onceMore_isTheSame()
+{
+    Desk desk;
+    desk.add("/one/", "a.mp3", mp3());
+    desk.add("/two/", "a.mp3", mp3());
+    desk.add("/two/", "b.wav");
+    const QStringList first = desk.built();
+    desk.list->BuildTrackList([](const std::function<TrackList::Look()>& question) { return question(); });
+    QCOMPARE(desk.list->entries().size(), 3);
+    QCOMPARE(desk.list->entries().last(), first.last());
+    QCOMPARE(desk.list->CountConversions(), std::optional<qint16>(2));
 }
 
 void TestTrackList::BuildTrackList_ofEqualNames_countsUp()

@@ -113,6 +113,9 @@ private slots:
         desk.click("labels_5");
         QCOMPARE(desk.editor()->text(), QString("1"));
         QCOMPARE(desk.editor()->width(), 50);
+        const QRect place = desk.editor()->geometry();
+        for (const QPoint& corner : {place.topLeft(), place.center(), place.bottomRight()})
+            QCOMPARE(desk.editor()->parentWidget()->childAt(corner), desk.editor()); // before its neighbours
     }
     void typing_beyondTheEditor_widensIt()
     {

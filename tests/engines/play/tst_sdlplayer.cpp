@@ -137,6 +137,8 @@ private slots:
         QCOMPARE(player->open(), 0);
         QCOMPARE(SDL_GetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME), "Zib CD Burner");
         QCOMPARE(SDL_GetHint(SDL_HINT_APP_NAME), "Zib CD Burner");
+        QCOMPARE(SDL_GetHint(SDL_HINT_AUDIO_DEVICE_STREAM_NAME), "Music");
+        QCOMPARE(SDL_GetHint(SDL_HINT_AUDIO_DEVICE_STREAM_ROLE), "music");
         QVERIFY2(!qEnvironmentVariableIsSet("PULSE_PROP_application.icon_name"),
                  "programs started later must not carry the icon");
     }

@@ -307,6 +307,20 @@ private slots:
         QCOMPARE(r.ripper->trackLength(1), 300);
     }
 
+    void track_ofOneFrame_isCopied()
+    {
+        ImageBench b;
+        b.add("disc",
+              "FILE \"disc.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n  TRACK 02 AUDIO\n"
+              "    INDEX 01 00:00:01\n",
+              discSound(3, 1));
+        RipBench& r = b.open();
+        QVERIFY(r.takeDisc("disc"));
+        QCOMPARE(r.ripper->trackLength(1), 1);
+        QCOMPARE(r.rip({1, 2}), QString("finished"));
+        QVERIFY(wavSamples(r.target(1)) == frames(discSound(3, 1), 0, 1));
+    }
+
     void image_longerThanItsFile_givesWhatIsThere()
     {
         ImageBench b;
