@@ -128,6 +128,9 @@ void tellChunks(Book& book, const Reader& read)
         {"two of data", formatChunk() + data + other},
         {"two formats", formatChunk() + formatChunk(1, 1, 8000, 8) + data},
         {"two formats, the first too short", chunk("fmt ", "short") + formatChunk() + data},
+        {"two formats, the first of 13 bytes", chunk("fmt ", QByteArray(13, '\1')) + formatChunk() + data},
+        {"two formats, the first of 14 bytes", chunk("fmt ", QByteArray(14, '\1')) + formatChunk() + data},
+        {"two formats, the first of 15 bytes", chunk("fmt ", QByteArray(15, '\1')) + formatChunk() + data},
         {"no format", data},
         {"no data", formatChunk()},
         {"another letter case", chunk("FMT ", formatChunk().mid(8)) + data},
@@ -152,6 +155,10 @@ void tellLists(Book& book, const Reader& read)
     for (qsizetype bytes = 0; bytes <= items.size(); ++bytes)
         book.tell(QString::number(bytes), withList(items.first(bytes)));
     everyByte(book, "A list", riff(before + infoList()), read, 12 + before.size() + 8, items.size());
+    book.chapter("Two titles, the last one so many bytes at the end of the list", withList(items));
+    for (int bytes = 0; bytes < 4; ++bytes)
+        book.tell(QString::number(bytes), withList("INFO" + chunk("INAM", "First.") + "INAM" +
+                                                   little32(bytes) + QByteArray("abc").first(bytes)));
     book.chapter("A title of so many bytes", withList(items));
     for (int bytes = 0; bytes < 9; ++bytes)
         book.tell(QString::number(bytes), withList("INFOINAM" + little32(bytes) + "abcdef"));

@@ -133,6 +133,11 @@ private slots:
         book.chapter("Changes of a long text", {});
         for (const Change& change : kChanges)
             book.tell(change.first, changedBy(change, kSeed));
+        book.chapter("Changes of a text that begins without a section");
+        for (const Change& change : kChanges)
+            book.tell(
+                change.first,
+                changedBy(change, "k=0\nGrid=0\n\n[x]\nk=1\n[View]\nGrid=2\n[b]\nk=3\n[y]\nk=4\n[b]\nk=5"));
         answers::everyLength(book, "Changes", kSmall, changesAnswer);
         answers::everyLetter(book, "Changes", kSmall, changesAnswer, {";", "\n"});
         for (const bool bigEndian : {false, true}) {
