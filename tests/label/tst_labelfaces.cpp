@@ -207,6 +207,18 @@ private slots:
         find<QLineEdit>(window, "txtCursor")->clear();
         QTest::keyClick(find<QLineEdit>(window, "txtCursor"), Qt::Key_Return);
         d.stage("an empty title", window);
+        QTest::mouseClick(find<QWidget>(window, "labels_8"), Qt::LeftButton);
+        QTest::keyClicks(find<QLineEdit>(window, "txtCursor"), "1");
+        QTest::mouseClick(find<QWidget>(window, "Picture1"), Qt::RightButton, {}, {5, 5});
+        d.stage("the other button leaves the editor", window);
+        QTest::mouseClick(find<QWidget>(window, "Picture1"), Qt::LeftButton, {}, {5, 5});
+        d.stage("a click on the ground does not", window);
+        QTest::mouseClick(find<QWidget>(window, "labels_12"), Qt::LeftButton);
+        QTest::keyClick(find<QLineEdit>(window, "txtCursor"), Qt::Key_Tab);
+        d.stage("behind the last cell", window);
+        QTest::mouseClick(find<QWidget>(window, "cdTitle"), Qt::LeftButton);
+        QTest::keyClick(find<QLineEdit>(window, "txtCursor"), Qt::Key_Backtab, Qt::ShiftModifier);
+        d.stage("before the title", window);
         for (const char* button : {"Title", "cmdBack", "cmdList", "cmdPrint", "cmdCalibrate"})
             press(window, button);
         d.stage("every dialog", window);
