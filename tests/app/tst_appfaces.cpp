@@ -103,7 +103,8 @@ private slots:
         d.stage("an hour but for a hundredth");
         d.add({d.sound("two.mp3", 10, 1024), d.sound("10.wav", 61'000, 1025, "<b>", QString(101, 'a')),
                d.sound("9.wav", 1000, 2'097'152)});
-        d.stage("four tracks");
+        d.trigger("mnuTracksSub_7");
+        d.stage("four tracks, none ticked to be removed");
         d.list()->setCurrentIndex(d.list()->model()->index(2, 3));
         d.trigger("mnuTracksSub_1");
         d.stage("the third is the second");
@@ -142,6 +143,12 @@ private slots:
         QTest::keyClick(d.list(), Qt::Key_Home, Qt::ControlModifier);
         QTest::keyClick(d.list(), Qt::Key_Enter, Qt::KeypadModifier);
         d.stage("the first, played");
+        const QPoint second = d.list()->visualRect(d.list()->model()->index(1, 2)).center();
+        QTest::mouseDClick(d.list()->viewport(), Qt::RightButton, {}, second);
+        d.stage("the other button plays nothing");
+        QTest::mouseClick(d.list()->viewport(), Qt::LeftButton, {}, second);
+        QTest::mouseDClick(d.list()->viewport(), Qt::LeftButton, {}, second);
+        d.stage("the second, played by a double-click");
         d.window().resize(400, 300);
         QTest::keyClick(d.list(), Qt::Key_Right);
         QTest::keyClick(d.list(), Qt::Key_Right);
@@ -277,6 +284,18 @@ private slots:
         d.desk.dialogs.noFile = Failure{Failure::Kind::BadValue};
         d.trigger("mnuFileSub_1");
         d.stage("too many names");
+        QFile project(d.folder.filePath("two.zibp"));
+        QVERIFY(project.open(QIODevice::WriteOnly));
+        project.write(QString("[General]\r\nFileCount=2\r\n[Files]\r\nFile1=%1\r\nFile2=%2\r\n")
+                          .arg(d.folder.filePath("c.wav"), d.folder.filePath("dropped/9.mp3"))
+                          .toUtf8());
+        project.close();
+        drop(d.window(), {project.fileName()});
+        QTRY_COMPARE(d.rows(), 2);
+        d.stage("a project");
+        drop(d.window(), {d.folder.filePath("a.wav"), project.fileName()});
+        QTRY_COMPARE(d.rows(), 3);
+        d.stage("the same among others");
         COMPARE_FACE(d.face);
     }
 
@@ -392,6 +411,9 @@ private slots:
         face.stage("shown", wordsOf(about, desk));
         about.findChild<QAbstractButton*>("cmdSysInfo")->click();
         face.stage("of a system that tells nothing", wordsOf(about, desk));
+        desk.registry.entries = {{"SOFTWARE\\Microsoft\\Shared Tools\\MSINFO\\PATH", "/usr/bin/info"}};
+        about.findChild<QAbstractButton*>("cmdSysInfo")->click();
+        face.stage("of a system with a tool", wordsOf(about, desk));
         about.findChild<QAbstractButton*>("cmdOK")->click();
         face.stage("closed", wordsOf(about, desk));
         COMPARE_FACE(face);

@@ -82,6 +82,7 @@ struct Writing
         for (auto track = writer->trackNames.begin(); track != writer->trackNames.end(); ++track)
             said.say(QString("~name %1").arg(track.key()), track->title + " by " + track->artist);
         said.say("~title", writer->discTitle);
+        said.say("~folders", QDir(folder.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).join(' '));
         return said;
     }
     void stage(const QString& title) { face.stage(title, words()); }
@@ -235,6 +236,15 @@ private slots:
             w.writer->running = false;
             emit w.writer->WriteError(code, sense, "What happened", "[3 0C 00]");
             w.stage(QString("error %1").arg(code));
+        }
+        for (const char* focus : {"cboDevices", "cmdOptions", "cmdExit"}) {
+            w.find<QWidget>(focus)->setFocus();
+            w.find<QPushButton>("cmdWrite")->click();
+            QTRY_VERIFY(w.writer->running);
+            w.stage(QString("started while %1 has the focus").arg(focus));
+            w.writer->running = false;
+            emit w.writer->WriteCancelled();
+            w.stage("cancelled again");
         }
         w.writer->starts = false;
         w.press("cmdWrite");

@@ -355,6 +355,11 @@ private slots:
         press(window, "optImage_0");
         press(window, "OKButton");
         d.stage("stretched, and OK", window);
+        frmLabelBack again(d.services);
+        QVERIFY(activate(again));
+        press(again, "chkBackColor");
+        press(again, "CancelButton");
+        d.stage("opened again, changed and cancelled", again);
         COMPARE_FACE(d.face);
     }
 
@@ -388,6 +393,11 @@ private slots:
         d.stage("applied", window);
         press(window, "CancelButton");
         d.stage("cancelled", window);
+        frmLabelTitle again(d.services);
+        QVERIFY(activate(again));
+        find<QLineEdit>(again, "txtTitle")->clear();
+        press(again, "OKButton");
+        d.stage("opened again, cleared, and OK", again);
         COMPARE_FACE(d.face);
     }
 
@@ -426,6 +436,11 @@ private slots:
         d.stage("applied without lines and text", window);
         press(window, "OKButton");
         d.stage("OK", window);
+        frmLabelList again(d.services);
+        QVERIFY(activate(again));
+        press(again, "chkText");
+        press(again, "CancelButton");
+        d.stage("opened again, changed and cancelled", again);
         COMPARE_FACE(d.face);
     }
 
@@ -525,6 +540,15 @@ private slots:
             });
             stage(QString("padded by %1").arg(padding));
         }
+        LabelMaker::InitLabelDocument({});
+        edit([](Document& document) {
+            document.TextFontName = kPlainFont;
+            document.TableTop = 6750;
+        });
+        stage("numbers alone");
+        edit([](Document& document) { document.TableCols = 1; });
+        stage("and nothing but their column");
+        edit([](Document& document) { document.TableCols = 4; });
         for (const int width : {4275, 4276}) {
             edit([width](Document& document) { document.ColWidths = {0, 450, 3000 - width, width, width}; });
             stage(QString("columns of %1").arg(width));
@@ -552,6 +576,7 @@ private slots:
         Words words = d.words(window);
         sayFile(words, "~file", gSettingsFile);
         d.face.stage("OK", words);
+        d.tray.answer = {};
         frmCalibrate again(d.services);
         QVERIFY(activate(again));
         d.stage("opened again", again);
@@ -592,6 +617,7 @@ private slots:
         scene.image = {QRect(-300, 400, 3000, 1500), {picture, picture.size()}};
         scene.lines = {{0, 0, 300, 0, 1, QColor(4, 5, 6)}, {450, 600, 450, 150, 3, QColor(7, 8, 9)}};
         scene.cells = {{10, 20, "Cell", QFont(kPlainFont, 9), QColor(5, 5, 5)},
+                       {30, 40, "Two\nlines\tand a tab\r\n\nfour", QFont(kPlainFont, 9), QColor(5, 5, 5)},
                        {8249, 7999, "In", QFont(kPlainFont, 9), QColor(5, 5, 5)},
                        {8250, 20, "Out", QFont(kPlainFont, 9), QColor(5, 5, 5)},
                        {10, 8000, "Below", QFont(kPlainFont, 9), QColor(5, 5, 5)},

@@ -102,7 +102,7 @@ struct Ripping : Tool<frmRip>
     void sayMore(Words& said) override
     {
         sayAll(said, "~ripper", ripper->calls);
-        said.say("~folder", QDir(path("wav")).entryList(QDir::Files).join(' '));
+        said.say("~folder", QDir(path("wav")).entryList(QDir::Files | QDir::Hidden).join(' '));
     }
     void tick(int track, Qt::CheckState state = Qt::Checked) const
     {
@@ -241,6 +241,9 @@ private slots:
         t.ripper->readers = {kAlbum};
         emit t.ripper->DevicesChanged(1);
         t.stage("a drive was found late");
+        t.ripper->readers[0].path = "/dev/sr5";
+        emit t.ripper->DevicesChanged(1);
+        t.stage("and told otherwise");
         t.tick(1);
         t.press("cmdRip");
         QTRY_VERIFY(!t.desk.messages.shown.isEmpty());
@@ -359,6 +362,12 @@ private slots:
         t.stage("the first ticked and played by keys");
         QTest::keyClick(list, Qt::Key_A, Qt::ControlModifier);
         t.stage("all ticked");
+        list->model()->setData(list->model()->index(0, 0), Qt::Unchecked, Qt::CheckStateRole);
+        t.press("cmdRemove");
+        QTest::keyClick(t.window.get(), Qt::Key_Escape);
+        t.stage("all but one removed; Escape stops that one");
+        QTest::keyClick(t.window.get(), Qt::Key_Escape);
+        t.stage("and does not close a list of one");
         t.desk.dialogs.noFile = Failure{Failure::Kind::BadValue};
         t.press("cmdOpen");
         t.stage("too many names");
@@ -467,6 +476,7 @@ private slots:
         t.addSound(t.path("song.mp3"), 44'100 * 4, 44'100, 2);
         t.desk.dialogs.files << t.path("song.mp3") << t.path("song.wav");
         t.press("cmdOpen");
+        t.stage("one chosen, the other suggested");
         t.press("cmdSave");
         t.stage("both chosen");
         Errands::setPatience(Errands::kPatience);
