@@ -217,10 +217,12 @@ void tellMoods(Book& book, const QString& title, const QByteArray& command, cons
                 return line.startsWith(QString::fromLatin1(command.toHex()));
             });
             const QStringList waits = journal.filter("pause");
-            words.last() = QString("asked %1 times, %2 times %3")
+            QStringList questions = journal;
+            questions.removeDuplicates();
+            words.last() = QString("asked %1 times, %2 times %3: %4")
                                .arg(asked)
                                .arg(waits.size())
-                               .arg(waits.value(0, "no pause"));
+                               .arg(waits.value(0, "no pause"), questions.filter("within").join(", "));
             book.tell(QString("%1 %2").arg(name).arg(times), words);
         }
 }
