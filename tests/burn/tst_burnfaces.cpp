@@ -261,6 +261,10 @@ private slots:
         w.window->close();
         w.stage("closed while it writes");
         QCOMPARE(w.desk.windows.kept.size(), std::size_t{1});
+        w.writer->running = false;
+        emit w.writer->ClosingDisc();
+        emit w.writer->WriteCompleted();
+        w.stage("and its end is somebody else's to tell");
         COMPARE_FACE(w.face);
     }
 

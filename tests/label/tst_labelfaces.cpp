@@ -314,6 +314,24 @@ private slots:
         COMPARE_FACE(d.face);
     }
 
+    void preview_onSmallPaper()
+    {
+        Desk d("frmPreview_paper");
+        frmPreview window(d.services, {8250, 8250});
+        QVERIFY(activate(window));
+        d.face.begin(d.words(window));
+        for (const QSizeF& printable : {QSizeF(8234, 16'000), QSizeF(16'000, 8234), QSizeF(8235, 8235)}) {
+            d.tray.printable = printable;
+            const auto boxes = d.messages.shown.size();
+            const auto jobs = d.tray.jobs.size();
+            find<QTimer>(window, "Timer1")->start(0);
+            QTRY_VERIFY(d.messages.shown.size() > boxes || d.tray.jobs.size() > jobs);
+            QTRY_VERIFY(!find<QTimer>(window, "Timer1")->isActive());
+            d.stage(QString("on %1 by %2 twips").arg(printable.width()).arg(printable.height()), window);
+        }
+        COMPARE_FACE(d.face);
+    }
+
     void preview_thatScrolls()
     {
         Desk d("frmPreview_scrolling");
