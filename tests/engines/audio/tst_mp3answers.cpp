@@ -390,6 +390,12 @@ private:
             info.sliced(0, 44) + bigEndian(10) + bigEndian(417 + 10 * 104) + info.sliced(52);
         answers::everyValue(book, "Four of ten frames told", more + frame.repeated(4), walkAnswer,
                             {"bytes told", 48, 4, true}, {1, 417, 417 + 4 * 104, 417 + 10 * 104, 0xFFFFFFF0});
+        book.chapter("Six frames and so many bytes of the next, so many frames told");
+        for (const int bytes : {0, 50})
+            for (quint32 told = 5; told < 10; ++told)
+                book.tell(QString("%1, %2").arg(bytes).arg(told),
+                          walkAnswer(infoFrame({3, 9}, told, 417 + told * 104, 576, 1000) +
+                                     frame.repeated(6) + frame.first(bytes)));
         book.chapter("Ten frames told, so many there, a gap of so many bytes behind three of them");
         for (int frames = 4; frames < 12; ++frames)
             for (const int gap : {0, 51, 52, 104, 260, 520})

@@ -493,6 +493,14 @@ private:
                 book.tell(QString("%1 and %2").arg(sent).arg(unsent),
                           wordsOf(drive.line().read({0x12, 0, 0, 0, 6, 0}, 6)) + drive.takeJournal());
             }
+        book.chapter("Whose a descriptor is");
+        int descriptor = -1;
+        {
+            ScriptedDrive open;
+            descriptor = open.line().descriptor();
+            book.tell("open", {DriveLine::isOurs(descriptor) ? "ours" : "not"});
+        }
+        book.tell("closed", {DriveLine::isOurs(descriptor) ? "ours" : "not"});
         book.chapter("Bytes sent to a drive");
         ScriptedDrive drive;
         drive.answer("\x15", {{}});
