@@ -235,6 +235,20 @@ private slots:
         QCOMPARE(desk.messages.shown, QStringList{"c: There is no default printer."});
         QVERIFY(desk.windows.shown.isEmpty());
     }
+    void calibrationKey_whoseDialogCannotCome_tellsWhy()
+    {
+        Desk desk;
+        desk.windows.calibrateAnswer = zib::Failure{zib::Failure::Kind::NotFound, "The printer has gone."};
+        Preview preview(desk);
+        preview.timer()->stop();
+        preview.window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&preview.window));
+        QTest::keyClick(&preview.window, Qt::Key_P, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(desk.tray.jobs.size(), 1);
+        QCOMPARE(desk.windows.shown, QStringList{"calibrate"});
+        QCOMPARE(desk.messages.shown, QStringList{"c: The printer has gone."});
+        QCOMPARE(desk.messages.owners[0].data(), &preview.window);
+    }
     void printing_thatFails_isToldAndTheWindowStays()
     {
         Desk desk;

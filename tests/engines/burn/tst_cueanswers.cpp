@@ -60,6 +60,8 @@ private slots:
         for (const char16_t code : {u'\x2028', u'\x3000', u'\xD800', u'\xDC00', u'\xFEFF'})
             book.tell(QString::number(code, 16), {sheetNames({QString("a") + QChar(code), {}, {}}, 0).title});
         book.tell("a pair", {sheetNames({QString::fromUtf8("a\xF0\x9F\x98\x80z"), {}, {}}, 0).title});
+        book.tell("a pair at the end",
+                  {sheetNames({QString::fromUtf8("a\xF0\x9F\x98\x80"), {}, {}}, 0).title});
         book.tell("halves", {sheetNames({QString(QChar(0xD83D)) + "z" + QChar(0xD83D), {}, {}}, 0).title});
         ZIB_COMPARE_ANSWERS(book);
     }
