@@ -115,6 +115,18 @@ private slots:
         QCOMPARE(darkPixels(image, {940, top, 33, height}), 0);
         QCOMPARE(darkPixels(image, {40, top, 40, height}), 0);
     }
+    void labels_inEveryTheme_areBlack()
+    {
+        QPalette palette;
+        palette.setColor(QPalette::Window, Qt::white);
+        const QImage usual = painted(0, palette);
+        for (const QColor& letters : {QColor(Qt::white), kRed, kBlue}) {
+            palette.setColor(QPalette::WindowText, letters);
+            QCOMPARE(painted(0, palette), usual);
+        }
+        QVERIFY(darkPixels(usual, {0, 24, usual.width(), usual.height() - 24}) > 50);
+    }
+
     void background_followsALightThemeAndStaysReadableInADarkOne()
     {
         QPalette light;
