@@ -126,7 +126,7 @@ QString plainTagText(const QByteArray& bytes)
 {
     QByteArray used(bytes.constData(),
                     static_cast<qsizetype>(qstrnlen(bytes.constData(), static_cast<size_t>(bytes.size()))));
-    if (used.startsWith("\xEF\xBB\xBF")) // some programs mark UTF-8
+    while (used.startsWith("\xEF\xBB\xBF")) // some programs mark UTF-8, and some twice
         used.remove(0, 3);
     const auto decoded = fromUtf8(used);
     return (decoded ? *decoded : fromWindows1252(used)).trimmed();

@@ -209,6 +209,8 @@ QList<Story> damages()
                              "READ_SUB_CHANNEL times=forever sense=5/20/00",
                              "MODE_SENSE_10 times=forever sense=5/20/00"})
         stories << Story{rule, fault(rule)};
+    for (const char* open : {"missing", "denied", "busy"})
+        stories << Story{QString("a drive that is %1 then").arg(open), {}, set("open", open)};
     for (const char* rule : {"READ_CD nth=3 gone", "READ_TOC sense=5/24/00", "SET_CD_SPEED transport",
                              "GET_EVENT_STATUS times=forever sense=5/20/00"})
         stories << Story{QString(rule) + ", later", {}, fault(rule)};

@@ -52,6 +52,23 @@ class TestRipWindow : public QObject
 {
     Q_OBJECT
 private slots:
+    /// The window asks for the disc when a drive is chosen, and then now and then.
+    void disc_thatAnswersSoonAfterItsDriveWasChosen_isListed_data()
+    {
+        QTest::addColumn<int>("delayMs");
+        for (const int delay : {10, 20, 30, 60})
+            QTest::addRow("%d ms", delay) << delay;
+    }
+    void disc_thatAnswersSoonAfterItsDriveWasChosen_isListed()
+    {
+        QFETCH(int, delayMs);
+        WindowBench bench;
+        bench.recorder.insert("album", {"audio 400", "audio 350", "close"});
+        bench.recorder.addFault(QString("READ_TOC times=forever delay=%1").arg(delayMs));
+        bench.open();
+        QTRY_COMPARE_WITH_TIMEOUT(bench.list()->topLevelItemCount(), 2, 20'000);
+    }
+
     void disc_comesGoesAndIsCopied()
     {
         WindowBench bench;

@@ -168,12 +168,29 @@ void DiscWatch::Shared::extract(RipRun& run, int speed)
     run.run(image.get(), why);
 }
 
+namespace {
+
+/// Why a drive cannot be had, as what it means for its tracks: nothing is said of the folder.
+Failure unreached(const Failure& why)
+{
+    switch (why.kind) {
+    case Failure::Kind::NotFound:
+        return {Failure::Kind::DeviceGone};
+    case Failure::Kind::NoPermission:
+        return {Failure::Kind::UnreadableFile, QStringLiteral("you may not use the drive")};
+    default:
+        return why;
+    }
+}
+
+} // namespace
+
 /// The drive is ours meanwhile. A disc that was lost on the way is looked at anew.
 void DiscWatch::Shared::extractFromDrive(RipRun& run, int speed)
 {
     const Outcome<> free = whetherFree(device.path);
     if (!free || !disc)
-        return free ? run.run(nullptr) : run.run(nullptr, free);
+        return free ? run.run(nullptr) : run.run(nullptr, unreached(free.error()));
     if (std::exchange(setSpeed, speed) != speed)
         disc->setReadSpeed(speed);
     {
@@ -214,7 +231,7 @@ DiscKnowledge DiscWatch::look(std::chrono::milliseconds patience)
     post();
     std::unique_lock lock(m_shared->mutex);
     m_shared->changed.wait_for(lock, patience, [this] { return !m_shared->asking; });
-    m_shared->swapped = false;
+    m_shared->swapped = !m_shared->knowledge.present; // a disc that is found later is told as put in
     return m_shared->knowledge;
 }
 
